@@ -1,0 +1,17 @@
+# Build settings shared by every target of the project.
+add_library(overlay_settings INTERFACE)
+target_compile_options(overlay_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+    # Every float is computed as written: products are not fused into sums, so that results are the same
+    # on every processor.
+    -ffp-contract=off)
+if(OVERLAY_WERROR)
+    target_compile_options(overlay_settings INTERFACE -Werror)
+endif()
+if(OVERLAY_SANITIZE)
+    add_compile_options(-fsanitize=${OVERLAY_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${OVERLAY_SANITIZE})
+    if(OVERLAY_SANITIZE MATCHES "undefined")
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+endif()

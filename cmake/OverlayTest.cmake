@@ -1,0 +1,14 @@
+# overlay_test(NAME LABEL SOURCES file... LIBS target...): executable, test and label in one line. A test
+# in which a row was skipped counts as skipped, never as passed.
+function(overlay_test name label)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} overlay_settings GTest::gtest GTest::gtest_main)
+    target_compile_definitions(${name} PRIVATE
+        OVERLAY_SOURCE_DIR="${PROJECT_SOURCE_DIR}" OVERLAY_RECORDED_DATA="${OVERLAY_RECORDED_DATA}")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES LABELS ${label} SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\]" TIMEOUT 600)
+    if(label STREQUAL "unit")
+        add_dependencies(unit_tests ${name})
+    endif()
+endfunction()

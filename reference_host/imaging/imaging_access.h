@@ -1,0 +1,50 @@
+// What the reference host may do with the reference imaging library beyond the plugin interface: reach a
+// picture's planes, name its colours, watch what is drawn.
+#pragma once
+
+#include "Painter.h"
+#include "Picture.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace imaging {
+
+/// The picture's planes; they stay where they are for the picture's lifetime. Rows are padded to a
+/// multiple of 64 bytes.
+MappedNV12 planesOf(zelvo::ZelvoPicture& picture);
+
+/// The planes behind a target made by ZelvoPicture::makeRenderTarget; null planes for any other target.
+MappedNV12 planesOf(IRenderTarget& target);
+
+/// A picture from the pool without copying anything into it (contents undefined). The pool keeps the
+/// memory of pictures that were let go and hands it out again for the same size.
+std::shared_ptr<zelvo::ZelvoPicture> takePicture(zelvo::ZelvoPicturePool& pool, unsigned width, unsigned height);
+
+enum class ColorMatrix {
+    Auto,  ///< BT.709 for 720 lines and more, BT.601 below
+    Bt601,
+    Bt709,
+};
+
+/// How pen colours become luma and chroma. The default is Auto in limited range.
+void setColor(Painter& painter, ColorMatrix matrix, bool fullRange);
+
+struct DrawnText {
+    std::string text;
+    int x = 0;
+    int y = 0;
+    int pixelSize = 0;
+};
+
+/// From now on texts are reported instead of drawn, and boxes are not drawn; measuring goes on as usual.
+/// An empty observer ends that.
+void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer);
+
+/// Opens the font for `family` (found through fontconfig; "" means DejaVu Sans) so that the first text
+/// costs no more than any other. Throws std::runtime_error naming the family when no font can be opened.
+void openFonts(Painter& painter, std::string const& family = "");
+
+}  // namespace imaging
