@@ -29,7 +29,7 @@ template <typename Enum>
 class SwFlagSet {
 public:
     SwFlagSet() = default;
-    SwFlagSet(Enum flag) : bits_(static_cast<unsigned>(flag)) {}  // NOLINT(google-explicit-constructor)
+    SwFlagSet(Enum flag) : bits_(static_cast<unsigned>(flag)) {}
     SwFlagSet& set(Enum flag, bool on = true)
     {
         bits_ = on ? (bits_ | static_cast<unsigned>(flag)) : (bits_ & ~static_cast<unsigned>(flag));
@@ -66,7 +66,7 @@ public:
     SwAny() = default;
     /// Holds a copy of `value`, whose type registers its operations on the way.
     template <typename T, std::enable_if_t<!std::is_same_v<std::decay_t<T>, SwAny>, int> = 0>
-    SwAny(T&& value)  // NOLINT(google-explicit-constructor,bugprone-forwarding-reference-overload)
+    SwAny(T&& value)
         : ops_(registerMetaType<std::decay_t<T>>())
         , data_(new std::decay_t<T>(std::forward<T>(value)))
         , typeName_(nameOf<std::decay_t<T>>())

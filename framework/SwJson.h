@@ -34,30 +34,23 @@ public:
     enum Type : std::int32_t { Null = 0, Bool = 1, Int = 2, Double = 3, String = 4, Object = 5, Array = 6 };
 
     SwJsonValue() noexcept = default;
-    SwJsonValue(std::nullptr_t) noexcept {}                          // NOLINT(google-explicit-constructor)
-    SwJsonValue(bool value) noexcept : type_(Bool), bool_(value) {}  // NOLINT(google-explicit-constructor)
+    SwJsonValue(std::nullptr_t) noexcept {}
+    SwJsonValue(bool value) noexcept : type_(Bool), bool_(value) {}
     /// Any integer type; an unsigned value above the signed range wraps to its two's complement.
     template <typename T, std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, bool>, int> = 0>
-    SwJsonValue(T value) noexcept
-        : type_(Int)
-        , int_(static_cast<std::int64_t>(value))  // NOLINT(google-explicit-constructor)
+    SwJsonValue(T value) noexcept : type_(Int)
+                                  , int_(static_cast<std::int64_t>(value))
     {
     }
-    SwJsonValue(double value) noexcept : type_(Double), double_(value) {}  // NOLINT(google-explicit-constructor)
-    SwJsonValue(char const* text)
-        : type_(String)
-        , string_(text == nullptr ? "" : text) {}  // NOLINT(google-explicit-constructor)
-    SwJsonValue(std::string text) noexcept
-        : type_(String)
-        , string_(std::move(text)) {}  // NOLINT(google-explicit-constructor)
-    SwJsonValue(SwString const& text)
-        : type_(String)
-        , string_(text.toStdString()) {}  // NOLINT(google-explicit-constructor)
-    SwJsonValue(SwJsonObject object);     // NOLINT(google-explicit-constructor)
-    SwJsonValue(SwJsonArray array);       // NOLINT(google-explicit-constructor)
+    SwJsonValue(double value) noexcept : type_(Double), double_(value) {}
+    SwJsonValue(char const* text) : type_(String), string_(text == nullptr ? "" : text) {}
+    SwJsonValue(std::string text) noexcept : type_(String), string_(std::move(text)) {}
+    SwJsonValue(SwString const& text) : type_(String), string_(text.toStdString()) {}
+    SwJsonValue(SwJsonObject object);
+    SwJsonValue(SwJsonArray array);
     /// Values of kind Object or Array over an existing container, which may be null.
-    SwJsonValue(std::shared_ptr<SwJsonObject> object) noexcept;  // NOLINT(google-explicit-constructor)
-    SwJsonValue(std::shared_ptr<SwJsonArray> array) noexcept;    // NOLINT(google-explicit-constructor)
+    SwJsonValue(std::shared_ptr<SwJsonObject> object) noexcept;
+    SwJsonValue(std::shared_ptr<SwJsonArray> array) noexcept;
 
     SwJsonValue(SwJsonValue const& other);
     SwJsonValue(SwJsonValue&& other) noexcept;  ///< leaves `other` Null

@@ -14,11 +14,11 @@
 class SwString {
 public:
     SwString() = default;
-    SwString(std::string text) noexcept : text_(std::move(text)) {}  // NOLINT(google-explicit-constructor)
+    SwString(std::string text) noexcept : text_(std::move(text)) {}
     /// A null pointer gives the empty string.
-    SwString(char const* text) : text_(text == nullptr ? "" : text) {}  // NOLINT(google-explicit-constructor)
+    SwString(char const* text) : text_(text == nullptr ? "" : text) {}
 
-    operator std::string const&() const noexcept { return text_; }  // NOLINT(google-explicit-constructor)
+    operator std::string const&() const noexcept { return text_; }
     std::string const& toStdString() const noexcept { return text_; }
 
     std::size_t size() const noexcept { return text_.size(); }
