@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace telemetry {
@@ -28,11 +29,12 @@ struct KlvCounts {
     std::uint64_t packets = 0;       ///< ST 0601 packets used, bad checksums included
     std::uint64_t badChecksums = 0;  ///< used all the same
     std::uint64_t foreignKeys = 0;   ///< other universal keys, skipped
-    std::uint64_t truncated = 0;     ///< packets that run past their end, dropped
+    std::uint64_t truncated = 0;     ///< packets, or items in one, that run past their end: dropped
 };
 
 /// Decodes the KLV bytes of one stream unit (a PES payload, an access unit, a file); one unit may hold
-/// several packets and foreign keys. Stateless between units but for the counts.
+/// several packets and foreign keys; bytes before a key (a PES header, damage) are passed over. All packets
+/// of the unit get its time. Any bytes are safe. Stateless between units but for the counts.
 class KlvDecoder {
 public:
     std::vector<Packet> decode(std::span<std::uint8_t const> bytes, std::optional<double> timeSeconds);
@@ -42,18 +44,26 @@ private:
     KlvCounts counts_;
 };
 
-/// Reads a raw .klv file. Throws std::runtime_error with one line that names the file and the cure.
+/// Reads a raw .klv file; its packets have no time. `counts` is set to what the file held. Throws
+/// std::runtime_error with one line that names the file and the cure, also when no packet is usable.
 std::vector<Packet> readKlvFile(std::string const& path, KlvCounts& counts);
 
 /// Reads JSON Lines: one object a line, "t" in seconds and any further keys, which become the payload.
-/// Empty lines are skipped. Throws std::runtime_error that names file, line and what is wrong.
+/// Without "t", or with null, the packet has no time. Blank lines and a byte order mark are skipped.
+/// Throws std::runtime_error "NAME:LINE: what is wrong". `{"t":1.5,"heading_deg":90}` gives a packet at
+/// 1.5 s with the one key heading_deg. Values are read by the framework's rules: "12" is the number 12.
+std::vector<Packet> parseJsonLines(std::string_view text, std::string const& name);
+
+/// parseJsonLines on a file. Throws std::runtime_error that names file, line and what is wrong.
 std::vector<Packet> readJsonLinesFile(std::string const& path);
 
-/// A telemetry file by its ending: .jsonl or .klv (anything else is refused with a clear message).
+/// A telemetry file by its ending: .jsonl or .klv (anything else is refused with a clear message). `counts`
+/// is left alone by .jsonl.
 std::vector<Packet> readTelemetryFile(std::string const& path, KlvCounts& counts);
 
 /// An ST 0601 packet, checksum included, from values by key (the keys that KlvDecoder gives). Keys that
-/// the table does not know are left out; values out of a tag's range are limited to it.
+/// the table does not know are left out, and so are values of a kind that the tag cannot hold; numbers out
+/// of a tag's range are limited to it. decode(encodeKlv(p)) is within half a code step of p.
 std::vector<std::uint8_t> encodeKlv(SwJsonObject const& payload);
 
 }  // namespace telemetry

@@ -1,0 +1,116 @@
+// Framing of KLV (SMPTE ST 336, MISB ST 0601): universal keys, BER lengths, BER-OID tags, checksum.
+// Feeds mapping.cpp; every access is bounded by the unit's span.
+#include "klv_reader.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace telemetry {
+namespace {
+
+constexpr std::size_t kKeySize = kSt0601Key.size();
+
+/// The place of `pattern` at or after `from`, the unit's size when there is none.
+std::size_t find(std::span<std::uint8_t const> unit, std::size_t from, std::span<std::uint8_t const> pattern)
+{
+    auto const begin = unit.begin() + static_cast<std::ptrdiff_t>(std::min(from, unit.size()));
+    auto const at = std::search(begin, unit.end(), pattern.begin(), pattern.end());
+    return static_cast<std::size_t>(at - unit.begin());
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> readBerLength(std::span<std::uint8_t const> bytes, std::size_t& position)
+{
+    if (position >= bytes.size()) {
+        return std::nullopt;
+    }
+    std::uint8_t const first = bytes[position++];
+    if (first < 0x80) {
+        return first;
+    }
+    std::size_t const count = first & 0x7FU;
+    if (count == 0 || count > bytes.size() - position) {
+        return std::nullopt;
+    }
+    std::uint64_t length = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if ((length >> 56U) != 0) {
+            return std::nullopt;
+        }
+        length = (length << 8U) | bytes[position++];
+    }
+    return length;
+}
+
+std::optional<std::uint32_t> readBerOid(std::span<std::uint8_t const> bytes, std::size_t& position)
+{
+    constexpr std::uint32_t kTooLarge = std::numeric_limits<std::uint32_t>::max();
+    std::uint32_t tag = 0;
+    while (position < bytes.size()) {
+        std::uint8_t const byte = bytes[position++];
+        bool const full = tag == kTooLarge || (tag >> 25U) != 0;
+        tag = full ? kTooLarge : (tag << 7U) | (byte & 0x7FU);
+        if (byte < 0x80) {
+            return tag;
+        }
+    }
+    return std::nullopt;
+}
+
+std::uint16_t klvChecksum(std::span<std::uint8_t const> bytes)
+{
+    std::uint32_t sum = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        sum += static_cast<std::uint32_t>(bytes[i]) << (i % 2 == 0 ? 8U : 0U);
+    }
+    return static_cast<std::uint16_t>(sum & 0xFFFFU);
+}
+
+std::optional<KlvPacket> KlvReader::next()
+{
+    std::size_t const key = find(unit_, position_, std::span(kSt0601Key).first(4));
+    if (unit_.size() - key < kKeySize) {
+        position_ = unit_.size();
+        return std::nullopt;
+    }
+    auto const rest = unit_.subspan(key);
+    bool const ours = std::equal(kSt0601Key.begin(), kSt0601Key.end(), rest.begin());
+    std::size_t valueOffset = kKeySize;
+    auto const length = readBerLength(rest, valueOffset);
+    bool const whole = length.has_value() && *length <= rest.size() - valueOffset;
+    if (whole) {
+        std::size_t const end = valueOffset + static_cast<std::size_t>(*length);
+        position_ = key + end;
+        return ours ? KlvPacket{KlvKind::St0601, rest.first(end), valueOffset} : KlvPacket{};
+    }
+    if (ours) {
+        // Its length cannot be trusted, so the search goes on right behind the key.
+        position_ = key + kKeySize;
+        return KlvPacket{KlvKind::Truncated, {}, 0};
+    }
+    // Universal sets hold universal keys: only an ST 0601 key ends what is left of a foreign packet.
+    position_ = find(unit_, key + kKeySize, kSt0601Key);
+    return KlvPacket{};
+}
+
+std::optional<KlvItem> KlvItemReader::next()
+{
+    if (position_ >= packet_.bytes.size() || damaged_) {
+        return std::nullopt;
+    }
+    KlvItem item;
+    auto const tag = readBerOid(packet_.bytes, position_);
+    auto const length = tag.has_value() ? readBerLength(packet_.bytes, position_) : std::nullopt;
+    if (!length.has_value() || *length > packet_.bytes.size() - position_) {
+        damaged_ = true;
+        return std::nullopt;
+    }
+    item.tag = *tag;
+    item.dataOffset = position_;
+    item.data = packet_.bytes.subspan(position_, static_cast<std::size_t>(*length));
+    position_ += item.data.size();
+    return item;
+}
+
+}  // namespace telemetry

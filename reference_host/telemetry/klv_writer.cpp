@@ -1,0 +1,138 @@
+// Payload keys to an ST 0601 packet: the mapping of mapping.cpp in the other direction. Used by the sample
+// command and by tests.
+#include "klv_reader.h"
+#include "st0601_table.h"
+#include "st0601_value.h"
+#include "telemetry.h"
+
+#include <string_view>
+
+namespace telemetry {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+void appendLength(Bytes& out, std::size_t length)
+{
+    if (length < 0x80) {
+        out.push_back(static_cast<std::uint8_t>(length));
+        return;
+    }
+    unsigned count = 1;
+    while (count < sizeof(length) && (length >> (8U * count)) != 0) {
+        ++count;
+    }
+    out.push_back(static_cast<std::uint8_t>(0x80U | count));
+    for (unsigned i = count; i > 0; --i) {
+        out.push_back(static_cast<std::uint8_t>((length >> (8U * (i - 1))) & 0xFFU));
+    }
+}
+
+void appendTag(Bytes& out, std::uint32_t tag)
+{
+    unsigned groups = 1;
+    while ((tag >> (7U * groups)) != 0) {
+        ++groups;
+    }
+    for (unsigned i = groups; i > 0; --i) {
+        std::uint32_t const group = (tag >> (7U * (i - 1))) & 0x7FU;
+        out.push_back(static_cast<std::uint8_t>(i > 1 ? group | 0x80U : group));
+    }
+}
+
+void appendItem(Bytes& out, std::uint32_t tag, Bytes const& data)
+{
+    appendTag(out, tag);
+    appendLength(out, data.size());
+    out.insert(out.end(), data.begin(), data.end());
+}
+
+bool isNumber(SwJsonValue const& value)
+{
+    return value.isInt() || value.isDouble();
+}
+
+double toNumber(SwJsonValue const& value)
+{
+    return value.isInt() ? static_cast<double>(value.toInt()) : value.toDouble();
+}
+
+/// Whether pitch or roll goes out by its short tag: when that one holds the value to the last bit and is not
+/// taken by a value of its own.
+bool fitsShortTag(TableRow const& shortRow, SwJsonObject const& payload, std::string_view shortKey)
+{
+    SwJsonValue const& value = payload[shortRow.key];
+    if (payload.contains(shortKey) || !isNumber(value)) {
+        return false;
+    }
+    SwJsonValue const held = decodeValue(shortRow, encodeValue(shortRow, value));
+    return held.isDouble() && held.toDouble() == toNumber(value);
+}
+
+/// The value of tag 6 or 7.
+SwJsonValue shortForm(TableRow const& shortRow, SwJsonObject const& payload, std::string_view shortKey)
+{
+    return fitsShortTag(shortRow, payload, shortKey) ? payload[shortRow.key] : payload[shortKey];
+}
+
+/// The value of tag 90 or 91.
+SwJsonValue fullForm(std::uint32_t shortTag, SwJsonObject const& payload, std::string_view shortKey)
+{
+    TableRow const& shortRow = *findRow(shortTag);
+    return fitsShortTag(shortRow, payload, shortKey) ? SwJsonValue() : payload[shortRow.key];
+}
+
+SwJsonValue flagsOf(TableRow const& row, SwJsonObject const& payload)
+{
+    SwJsonValue const& flags = payload[row.key];
+    SwJsonValue const& laser = payload[kLaserKey];
+    if (!laser.isBool()) {
+        return flags;
+    }
+    std::int64_t const others = flags.isInt() ? flags.toInt() & 0xFE : 0;
+    return others | (laser.toBool() ? 1 : 0);
+}
+
+SwJsonValue valueFor(TableRow const& row, SwJsonObject const& payload)
+{
+    switch (row.tag) {
+    case tag::kHeading:
+        return isNumber(payload[row.key]) ? payload[row.key] : payload[kYawKey];
+    case tag::kPitch:
+        return shortForm(row, payload, kShortPitchKey);
+    case tag::kRoll:
+        return shortForm(row, payload, kShortRollKey);
+    case tag::kFullPitch:
+        return fullForm(tag::kPitch, payload, kShortPitchKey);
+    case tag::kFullRoll:
+        return fullForm(tag::kRoll, payload, kShortRollKey);
+    case tag::kGenericFlags:
+        return flagsOf(row, payload);
+    default:
+        return payload[row.key];
+    }
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> encodeKlv(SwJsonObject const& payload)
+{
+    Bytes items;
+    for (TableRow const& row : st0601Table()) {
+        Bytes const data = encodeValue(row, valueFor(row, payload));
+        if (!data.empty()) {
+            appendItem(items, row.tag, data);
+        }
+    }
+    constexpr std::size_t kChecksumItemSize = 4;
+    Bytes packet(kSt0601Key.begin(), kSt0601Key.end());
+    appendLength(packet, items.size() + kChecksumItemSize);
+    packet.insert(packet.end(), items.begin(), items.end());
+    packet.insert(packet.end(), {static_cast<std::uint8_t>(tag::kChecksum), 2});
+    std::uint16_t const sum = klvChecksum(packet);
+    packet.push_back(static_cast<std::uint8_t>(sum >> 8U));
+    packet.push_back(static_cast<std::uint8_t>(sum & 0xFFU));
+    return packet;
+}
+
+}  // namespace telemetry

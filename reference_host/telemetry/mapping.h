@@ -1,0 +1,22 @@
+// The items of one packet to payload keys.
+#pragma once
+
+#include "SwJson.h"
+#include "klv_reader.h"
+#include "telemetry.h"
+
+#include <optional>
+
+namespace telemetry {
+
+struct MappedPacket {
+    SwJsonObject payload;
+    Checksum checksum = Checksum::Absent;
+};
+
+/// The keys of a packet of kind St0601, by the table. Tags that the table lacks and items without value give
+/// no key; of an item that occurs twice the last usable value counts. Empty when an item runs past the
+/// packet's end.
+std::optional<MappedPacket> mapPacket(KlvPacket const& packet);
+
+}  // namespace telemetry

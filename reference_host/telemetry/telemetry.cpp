@@ -1,0 +1,120 @@
+// The telemetry library's front: the decoder of stream units and the telemetry files.
+#include "telemetry.h"
+
+#include "klv_reader.h"
+#include "mapping.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+namespace telemetry {
+namespace {
+
+/// A telemetry file is read at once; nobody has one near this size.
+constexpr std::size_t kMaxFileBytes = std::size_t{512} << 20U;
+
+std::string readFile(std::string const& path)
+{
+    auto const closeFile = [](std::FILE* file) { std::fclose(file); };
+    std::unique_ptr<std::FILE, decltype(closeFile)> const file(std::fopen(path.c_str(), "rb"), closeFile);
+    if (file == nullptr) {
+        throw std::runtime_error(path + ": cannot open the telemetry file (" + std::strerror(errno) +
+                                 "); check the name and its permissions");
+    }
+    std::string bytes;
+    std::string block(std::size_t{1} << 16U, '\0');
+    std::size_t count = 0;
+    while ((count = std::fread(block.data(), 1, block.size(), file.get())) > 0) {
+        if (bytes.size() + count > kMaxFileBytes) {
+            throw std::runtime_error(path + ": the telemetry file is larger than 512 MiB; split it");
+        }
+        bytes.append(block, 0, count);
+    }
+    if (std::ferror(file.get()) != 0) {
+        throw std::runtime_error(path + ": cannot read the telemetry file (" + std::strerror(errno) +
+                                 "); give a regular .klv or .jsonl file");
+    }
+    return bytes;
+}
+
+std::string lowerEnding(std::string const& path)
+{
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return ending;
+}
+
+}  // namespace
+
+char const* toText(Checksum checksum)
+{
+    switch (checksum) {
+    case Checksum::Ok:
+        return "ok";
+    case Checksum::Bad:
+        return "bad";
+    default:
+        return "absent";
+    }
+}
+
+std::vector<Packet> KlvDecoder::decode(std::span<std::uint8_t const> bytes, std::optional<double> timeSeconds)
+{
+    std::vector<Packet> packets;
+    KlvReader reader(bytes);
+    while (auto const found = reader.next()) {
+        if (found->kind == KlvKind::Foreign) {
+            ++counts_.foreignKeys;
+            continue;
+        }
+        auto mapped = found->kind == KlvKind::St0601 ? mapPacket(*found) : std::nullopt;
+        if (!mapped.has_value()) {
+            ++counts_.truncated;
+            continue;
+        }
+        ++counts_.packets;
+        counts_.badChecksums += mapped->checksum == Checksum::Bad ? 1U : 0U;
+        packets.push_back({timeSeconds, mapped->checksum, std::move(mapped->payload)});
+    }
+    return packets;
+}
+
+std::vector<Packet> readKlvFile(std::string const& path, KlvCounts& counts)
+{
+    std::string const bytes = readFile(path);
+    KlvDecoder decoder;
+    auto packets = decoder.decode({reinterpret_cast<std::uint8_t const*>(bytes.data()), bytes.size()}, std::nullopt);
+    counts = decoder.counts();
+    if (packets.empty()) {
+        throw std::runtime_error(path + ": no ST 0601 packet in the file; give raw KLV that holds some");
+    }
+    return packets;
+}
+
+std::vector<Packet> readJsonLinesFile(std::string const& path)
+{
+    return parseJsonLines(readFile(path), path);
+}
+
+std::vector<Packet> readTelemetryFile(std::string const& path, KlvCounts& counts)
+{
+    std::string const ending = lowerEnding(path);
+    if (ending == ".jsonl") {
+        return readJsonLinesFile(path);
+    }
+    if (ending == ".klv") {
+        return readKlvFile(path, counts);
+    }
+    throw std::runtime_error(path + ": unknown kind of telemetry file; rename it to .jsonl (JSON Lines) or .klv "
+                                    "(raw ST 0601)");
+}
+
+}  // namespace telemetry
