@@ -138,12 +138,13 @@ public:
     }
     static std::string plainName(char const* rawName) { return *rawName == '*' ? rawName + 1 : rawName; }
 
-    /// Makes the type's operations known under its name and returns them; a type registered again (by a
-    /// module that was loaded anew) takes the newer operations.
+    /// Makes the type's operations known under its name and returns those to use. A type that the
+    /// framework registers itself keeps the framework's operations, whatever module registers it again:
+    /// that module may be unloaded while its values live on. Any other type takes the newer operations.
     template <typename T>
     static TypeOps const* registerMetaType()
     {
-        static TypeOps const* const ops = storeOps(nameOf<T>(), opsOf_<T>());
+        static TypeOps const* const ops = storeOps(nameOf<T>(), opsOf<T>());
         return ops;
     }
     static TypeOps const* storeOps(std::string const& typeName, TypeOps const& ops);
@@ -163,7 +164,8 @@ public:
     static void addConverter(std::string const& from, std::string const& to, Converter converter);
 
     /// The conversions by (source, target) and, per source, the targets in the order of registration.
-    /// Both are snapshots that hold the built-in rules too.
+    /// Both are snapshots that hold the built-in rules too. A conversion added by a module must not be
+    /// used after the module is unloaded.
     static ConverterMap getConverters();
     static ConversionRules getConversionRules();
 
@@ -171,9 +173,9 @@ public:
     /// registry calls it. Writes the banner line to standard error on its one run.
     static bool registerAllType();
 
-private:
+    /// The operations of T as this module compiles them.
     template <typename T>
-    static TypeOps opsOf_()
+    static TypeOps opsOf()
     {
         return TypeOps{
             [](void const* source) -> void* { return new T(*static_cast<T const*>(source)); },
@@ -183,6 +185,8 @@ private:
             [](void* value) { return value; },
         };
     }
+
+private:
     void* checkedData_(std::string const& wanted) const;
 
     TypeOps const* ops_ = nullptr;

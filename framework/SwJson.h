@@ -99,7 +99,7 @@ public:
     friend bool operator!=(SwJsonValue const& a, SwJsonValue const& b) { return !(a == b); }
 
 private:
-    void releaseTree_() noexcept;
+    friend class SwJsonTree;
 
     Type type_ = Null;
     bool bool_ = false;
@@ -200,7 +200,7 @@ public:
     /// Loads a whole document. `error` must come in empty (a text in it counts as the first error) and
     /// comes back empty on success; after an error the root is Null. Bytes other than white space after
     /// the value give "Unexpected characters at the end of JSON.".
-    static SwJsonDocument fromJson(SwString text, SwString key, SwString& error);
+    static SwJsonDocument fromJson(SwString const& text, SwString const& key, SwString& error);
 
     /// Reads one value from byte `cursor` on, leading white space skipped, and leaves the cursor after
     /// it. An error leaves the cursor at or near the problem and gives Null. With a non-empty key

@@ -39,6 +39,9 @@ public:
     }
     SwString& operator+=(SwString const& other) { return append(other.text_); }
 
+    /// Gives the bytes away; the string is empty afterwards.
+    std::string takeStdString() noexcept { return std::exchange(text_, std::string()); }
+
     /// A new string: this one followed by the other.
     SwString operator+(SwString const& other) const;
 
@@ -70,6 +73,10 @@ public:
     /// toInt without the 32-bit limit. Returns whether a number was read; `out` is untouched on failure.
     /// Writes nothing: the callers name the conversion in their own message.
     bool parseNumericDouble(double& out) const;
+
+    /// Reads a number the way strtoll does with automatic base; no number, or one outside 64 bits, gives 0
+    /// without a message. Bytes after the number are ignored.
+    long toLong() const;
 
     /// Reads an unsigned number the way strtoull does with automatic base after trimming; a leading
     /// "-", no digits, or a value above `max` gives 0. Bytes after the number are ignored.
