@@ -1,0 +1,30 @@
+// Turns compressed video packets into pictures; damaged packets are counted and passed over.
+#pragma once
+
+#include "ffmpeg_types.h"
+
+#include <cstdint>
+#include <string>
+
+namespace media {
+
+class Decoder {
+public:
+    /// Throws std::runtime_error naming the codec when it cannot be decoded; `inputName` is for messages.
+    Decoder(AVStream const& stream, std::string const& inputName);
+
+    /// Takes the next packet in decoding order, or null to say that there are no more. All pictures that
+    /// are ready must have been received before.
+    void send(AVPacket const* packet);
+    /// The next picture in presentation order; false when another packet is needed, or after the last one.
+    bool receive(AVFrame& frame);
+
+    /// Packets that could not be decoded, and pictures that came out damaged.
+    std::uint64_t damaged() const { return damaged_; }
+
+private:
+    CodecPtr context_;
+    std::uint64_t damaged_ = 0;
+};
+
+}  // namespace media

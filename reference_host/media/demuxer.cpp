@@ -1,0 +1,207 @@
+// Opening inputs and naming the role of each stream; see the header.
+#include "demuxer.h"
+
+#include "interrupt.h"
+
+extern "C" {
+#include <libavutil/mem.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace media {
+namespace {
+
+/// Every universal key of the KLV standards begins with these bytes (SMPTE ST 336).
+constexpr std::array<std::uint8_t, 4> kKeyPrefix = {0x06, 0x0E, 0x2B, 0x34};
+
+/// Where a key may begin in a data unit: an access unit header of 5 bytes may stand before it.
+constexpr std::size_t kSniffBytes = 16;
+
+int onPoll(void*)
+{
+    return interrupted() ? 1 : 0;
+}
+
+std::string cureFor(int code)
+{
+    if (code == AVERROR(ENOENT)) {
+        return "check the path";
+    }
+    if (code == AVERROR(EACCES)) {
+        return "make it readable";
+    }
+    if (code == AVERROR_INVALIDDATA || code == AVERROR_EOF) {
+        return "give a file or an address that holds video";
+    }
+    return "check that it can be read";
+}
+
+}  // namespace
+
+struct Demuxer::CustomIo {
+    ByteSource source;
+    AVIOContext* context = nullptr;
+
+    explicit CustomIo(ByteSource bytes) : source(std::move(bytes))
+    {
+        constexpr int kBufferBytes = 32768;
+        auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
+        context = avio_alloc_context(buffer, kBufferBytes, 0, this, &CustomIo::onRead, nullptr, nullptr);
+        if (context == nullptr) {
+            av_free(buffer);
+            throw std::bad_alloc();
+        }
+    }
+    ~CustomIo()
+    {
+        av_freep(static_cast<void*>(&context->buffer));
+        avio_context_free(&context);
+    }
+    CustomIo(CustomIo const&) = delete;
+    CustomIo& operator=(CustomIo const&) = delete;
+
+    static int onRead(void* self, std::uint8_t* bytes, int size)
+    {
+        auto const got = static_cast<CustomIo*>(self)->source(bytes, static_cast<std::size_t>(size));
+        return got == 0 ? AVERROR_EOF : static_cast<int>(got);
+    }
+};
+
+Demuxer::Demuxer(std::string const& url) : name_(url)
+{
+    open_(url == "-" ? "pipe:0" : url.c_str(), nullptr);
+}
+
+Demuxer::Demuxer(std::string name, ByteSource source)
+    : name_(std::move(name))
+    , io_(std::make_unique<CustomIo>(std::move(source)))
+{
+    open_(nullptr, av_find_input_format("mpegts"));
+}
+
+Demuxer::~Demuxer() = default;
+
+void Demuxer::open_(char const* url, AVInputFormat const* format)
+{
+    AVFormatContext* context = avformat_alloc_context();
+    if (context == nullptr) {
+        throw std::bad_alloc();
+    }
+    context->interrupt_callback = AVIOInterruptCB{&onPoll, nullptr};
+    if (io_) {
+        context->pb = io_->context;
+    }
+    // On failure the call frees the context.
+    int const opened = avformat_open_input(&context, url, format, nullptr);
+    if (opened < 0) {
+        throw std::runtime_error(name_ + ": cannot be opened: " + errorText(opened) + "; " + cureFor(opened));
+    }
+    input_.reset(context);
+    avformat_find_stream_info(context, nullptr);  // what it does not find, the decoder will
+    videoIndex_ = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+}
+
+bool Demuxer::read(AVPacket& packet)
+{
+    for (;;) {
+        if (interrupted()) {
+            return false;
+        }
+        int const result = av_read_frame(input_.get(), &packet);
+        if (result == AVERROR(EAGAIN)) {
+            continue;
+        }
+        if (result < 0) {
+            if (result != AVERROR_EOF && result != AVERROR_EXIT) {
+                readError_ = errorText(result);
+            }
+            return false;
+        }
+        sniffKlv_(packet);
+        return true;
+    }
+}
+
+void Demuxer::sniffKlv_(AVPacket const& packet)
+{
+    if (kindOf(packet.stream_index) != StreamKind::Other || packet.data == nullptr) {
+        return;
+    }
+    AVCodecParameters const& codec = *stream(packet.stream_index).codecpar;
+    bool const unnamedData = codec.codec_type == AVMEDIA_TYPE_UNKNOWN ||
+                             (codec.codec_type == AVMEDIA_TYPE_DATA &&
+                              (codec.codec_id == AV_CODEC_ID_NONE || codec.codec_id == AV_CODEC_ID_BIN_DATA));
+    if (!unnamedData) {
+        return;
+    }
+    auto const* const end = packet.data + std::min(static_cast<std::size_t>(packet.size), kSniffBytes);
+    if (std::search(static_cast<std::uint8_t const*>(packet.data), end, kKeyPrefix.begin(), kKeyPrefix.end()) != end) {
+        sniffedKlv_.push_back(packet.stream_index);
+    }
+}
+
+StreamKind Demuxer::kindOf(int streamIndex) const
+{
+    if (streamIndex == videoIndex_) {
+        return StreamKind::Video;
+    }
+    AVCodecParameters const& codec = *stream(streamIndex).codecpar;
+    if (codec.codec_id == AV_CODEC_ID_SMPTE_KLV || codec.codec_tag == MKTAG('K', 'L', 'V', 'A') ||
+        std::find(sniffedKlv_.begin(), sniffedKlv_.end(), streamIndex) != sniffedKlv_.end()) {
+        return StreamKind::Klv;
+    }
+    return codec.codec_type == AVMEDIA_TYPE_AUDIO ? StreamKind::Audio : StreamKind::Other;
+}
+
+AVStream const* Demuxer::video() const
+{
+    return videoIndex_ < 0 ? nullptr : input_->streams[videoIndex_];
+}
+
+AVStream const& Demuxer::stream(int streamIndex) const
+{
+    return *input_->streams[streamIndex];
+}
+
+std::vector<int> Demuxer::streamsOf(StreamKind kind) const
+{
+    std::vector<int> found;
+    for (int index = 0; index < static_cast<int>(input_->nb_streams); ++index) {
+        if (kindOf(index) == kind) {
+            found.push_back(index);
+        }
+    }
+    return found;
+}
+
+AVRational Demuxer::frameRate() const
+{
+    constexpr AVRational kFallback{25, 1};
+    if (videoIndex_ < 0) {
+        return kFallback;
+    }
+    AVRational const guessed = av_guess_frame_rate(input_.get(), input_->streams[videoIndex_], nullptr);
+    double const value = guessed.den == 0 ? 0.0 : av_q2d(guessed);
+    // A stream whose real rate is unknown reports its clock instead.
+    return value > 0.01 && value <= 1000.0 ? guessed : kFallback;
+}
+
+std::optional<double> Demuxer::durationSeconds() const
+{
+    if (input_->duration == AV_NOPTS_VALUE || input_->duration <= 0) {
+        return std::nullopt;
+    }
+    return static_cast<double>(input_->duration) / AV_TIME_BASE;
+}
+
+bool Demuxer::timeMayJump() const
+{
+    return (input_->iformat->flags & AVFMT_TS_DISCONT) != 0;
+}
+
+}  // namespace media

@@ -1,0 +1,72 @@
+// Opens a clip, a device or an address and hands out its packets, each with the role it plays here.
+// First step of the flow: demuxer -> frame reader -> decoder -> NV12.
+#pragma once
+
+#include "ffmpeg_types.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace media {
+
+enum class StreamKind {
+    Video,  ///< the one video stream that is shown
+    Klv,    ///< telemetry
+    Audio,
+    Other,  ///< everything else, further video streams included
+};
+
+class Demuxer {
+public:
+    /// Fills a buffer of the given size; returns the number of bytes, 0 at the end.
+    using ByteSource = std::function<std::size_t(std::uint8_t*, std::size_t)>;
+
+    /// Opens anything FFmpeg reads; "-" is standard input. Throws std::runtime_error with one line that
+    /// names the input and the cure.
+    explicit Demuxer(std::string const& url);
+    /// Reads a transport stream from `source`; `name` is used in messages.
+    Demuxer(std::string name, ByteSource source);
+    ~Demuxer();
+    Demuxer(Demuxer const&) = delete;
+    Demuxer& operator=(Demuxer const&) = delete;
+
+    std::string const& name() const { return name_; }
+    /// The next packet of any stream; false at the end, after a read error or an interrupt.
+    bool read(AVPacket& packet);
+    /// What ended reading early; empty when the input simply ended.
+    std::string const& readError() const { return readError_; }
+
+    /// The role of a packet's stream. A private data stream counts as telemetry from the first packet on
+    /// that begins with a KLV key: some senders leave out the descriptor that would say so.
+    StreamKind kindOf(int streamIndex) const;
+    /// The stream that is shown, or null.
+    AVStream const* video() const;
+    AVStream const& stream(int streamIndex) const;
+    std::vector<int> streamsOf(StreamKind kind) const;
+    /// Frames per second as far as known, 25 otherwise.
+    AVRational frameRate() const;
+    /// Empty when unknown (live input, pipes).
+    std::optional<double> durationSeconds() const;
+    /// Whether time stamps may start anew in mid-stream (transport streams).
+    bool timeMayJump() const;
+
+private:
+    struct CustomIo;
+
+    void open_(char const* url, AVInputFormat const* format);
+    void sniffKlv_(AVPacket const& packet);
+
+    std::string name_;
+    std::unique_ptr<CustomIo> io_;  // outlives input_
+    InputPtr input_;
+    int videoIndex_ = -1;
+    std::vector<int> sniffedKlv_;
+    std::string readError_;
+};
+
+}  // namespace media

@@ -1,0 +1,274 @@
+// Encoding; between annotated picture and muxer.
+#include "encoder.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+#include <libavutil/opt.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+#include <vector>
+
+namespace media {
+namespace {
+
+/// In order of preference; the first that is built in and that the container carries is taken.
+constexpr std::array<char const*, 6> kDefaultEncoders = {"libx264",    "libopenh264", "mpeg4",
+                                                         "mpeg2video", "libvpx-vp9",  "ffv1"};
+
+/// Near-transparent for most material, and about as fast as decoding.
+constexpr char const* kDefaultCrf = "20";
+constexpr int kDefaultQuantizer = 3;
+
+bool carries(AVOutputFormat const& container, AVCodecID codec)
+{
+    // Some containers (transport streams) cannot answer and take the common codecs.
+    return avformat_query_codec(&container, codec, FF_COMPLIANCE_NORMAL) != 0;
+}
+
+AVCodec const& chooseCodec(std::string const& name, AVOutputFormat const& container)
+{
+    if (!name.empty()) {
+        AVCodec const* const codec = avcodec_find_encoder_by_name(name.c_str());
+        if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO) {
+            throw UnknownChoice("--video-codec " + name + ": no such video encoder; try libx264, mpeg4 or ffv1");
+        }
+        return *codec;
+    }
+    for (char const* const candidate : kDefaultEncoders) {
+        AVCodec const* const codec = avcodec_find_encoder_by_name(candidate);
+        if (codec != nullptr && carries(container, codec->id)) {
+            return *codec;
+        }
+    }
+    throw UnknownChoice(std::string("no video encoder for the container ") + container.name +
+                        "; use an output that ends in .ts, .mp4 or .mkv");
+}
+
+AVPixelFormat choosePixelFormat(AVCodec const& codec)
+{
+    if (codec.pix_fmts == nullptr) {
+        return AV_PIX_FMT_NV12;
+    }
+    auto const offers = [&codec](AVPixelFormat wanted) {
+        for (AVPixelFormat const* format = codec.pix_fmts; *format != AV_PIX_FMT_NONE; ++format) {
+            if (*format == wanted) {
+                return true;
+            }
+        }
+        return false;
+    };
+    for (AVPixelFormat const wanted : {AV_PIX_FMT_NV12, AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVJ420P}) {
+        if (offers(wanted)) {
+            return wanted;
+        }
+    }
+    return avcodec_find_best_pix_fmt_of_list(codec.pix_fmts, AV_PIX_FMT_NV12, 0, nullptr);
+}
+
+/// Codecs of the MPEG-1, -2 and -4 part 2 families count time in frames of a fixed rate.
+bool countsFrames(AVCodecID codec)
+{
+    return codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO || codec == AV_CODEC_ID_MPEG4;
+}
+
+bool hasOption(AVCodec const& codec, char const* name)
+{
+    return codec.priv_class != nullptr && av_opt_find(static_cast<void*>(const_cast<AVClass**>(&codec.priv_class)),
+                                                      name, nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
+}
+
+void setQuality(AVCodecContext& context, AVCodec const& codec, EncoderSettings const& settings)
+{
+    if (hasOption(codec, "preset") && std::strcmp(codec.name, "libx264") == 0) {
+        av_opt_set(context.priv_data, "preset", "veryfast", 0);
+    }
+    if (settings.crf) {
+        if (!hasOption(codec, "crf")) {
+            throw UnknownChoice(std::string("--crf: ") + codec.name + " has no constant quality; use --bitrate");
+        }
+        av_opt_set(context.priv_data, "crf", std::to_string(*settings.crf).c_str(), 0);
+    } else if (settings.bitRate) {
+        context.bit_rate = *settings.bitRate;
+    } else if (hasOption(codec, "crf")) {
+        av_opt_set(context.priv_data, "crf", kDefaultCrf, 0);
+        context.bit_rate = 0;
+    } else {
+        context.flags |= AV_CODEC_FLAG_QSCALE;
+        context.global_quality = FF_QP2LAMBDA * kDefaultQuantizer;
+    }
+}
+
+void copyRows(std::uint8_t const* from, int fromStride, std::uint8_t* to, int toStride, int bytes, int rows)
+{
+    for (int row = 0; row < rows; ++row) {
+        std::memcpy(to + static_cast<std::ptrdiff_t>(row) * toStride,
+                    from + static_cast<std::ptrdiff_t>(row) * fromStride, static_cast<std::size_t>(bytes));
+    }
+}
+
+/// An odd picture in even planes: the last column and row are repeated. Chroma has that size already.
+void extendToEven(MappedNV12 const& planes, AVFrame& even)
+{
+    copyRows(planes.y, planes.yStride, even.data[0], even.linesize[0], planes.width, planes.height);
+    if (even.width > planes.width) {
+        for (int row = 0; row < planes.height; ++row) {
+            std::uint8_t* const line = even.data[0] + static_cast<std::ptrdiff_t>(row) * even.linesize[0];
+            line[planes.width] = line[planes.width - 1];
+        }
+    }
+    if (even.height > planes.height) {
+        std::uint8_t* const last = even.data[0] + static_cast<std::ptrdiff_t>(planes.height) * even.linesize[0];
+        std::memcpy(last, last - even.linesize[0], static_cast<std::size_t>(even.width));
+    }
+    copyRows(planes.uv, planes.uvStride, even.data[1], even.linesize[1], even.width, even.height / 2);
+}
+
+FramePtr makePlanes(AVPixelFormat format, int width, int height)
+{
+    FramePtr frame = makeFrame();
+    frame->format = format;
+    frame->width = width;
+    frame->height = height;
+    if (av_frame_get_buffer(frame.get(), 0) < 0) {
+        throw std::bad_alloc();
+    }
+    return frame;
+}
+
+int evenUp(int length)
+{
+    return length + length % 2;
+}
+
+}  // namespace
+
+Encoder::Encoder(EncoderSettings const& settings, AVOutputFormat const& container)
+    : settings_(settings)
+    , packet_(makePacket())
+{
+    AVCodec const& codec = chooseCodec(settings.codecName, container);
+    bool const odd = settings.width % 2 != 0 || settings.height % 2 != 0;
+    try {
+        open_(codec, container, settings.width, settings.height);
+    } catch (UnknownChoice const&) {
+        throw;
+    } catch (std::runtime_error const&) {
+        if (!odd) {
+            throw;
+        }
+        open_(codec, container, evenUp(settings.width), evenUp(settings.height));
+        extended_ = true;
+    }
+}
+
+void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int width, int height)
+{
+    context_.reset(avcodec_alloc_context3(&codec));
+    if (!context_) {
+        throw std::bad_alloc();
+    }
+    AVCodecContext& context = *context_;
+    context.width = width;
+    context.height = height;
+    context.pix_fmt = choosePixelFormat(codec);
+    context.framerate = settings_.frameRate;
+    context.time_base = countsFrames(codec.id) ? av_inv_q(settings_.frameRate) : settings_.timeBase;
+    context.sample_aspect_ratio = settings_.sampleAspect;
+    context.color_range = settings_.color.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+    context.colorspace = settings_.colorSpace;
+    context.color_primaries = settings_.primaries;
+    context.color_trc = settings_.transfer;
+    context.chroma_sample_location = settings_.chromaLocation;
+    context.thread_count = 0;  // as many as there are processors
+    context.strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
+    if (settings_.interlaced) {
+        context.flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
+        context.field_order = settings_.topFieldFirst ? AV_FIELD_TT : AV_FIELD_BB;
+    }
+    if ((container.flags & AVFMT_GLOBALHEADER) != 0) {
+        context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    }
+    setQuality(context, codec, settings_);
+    int const result = avcodec_open2(&context, &codec, nullptr);
+    if (result < 0) {
+        throw std::runtime_error(std::string(codec.name) + " cannot encode pictures of " + std::to_string(width) + "x" +
+                                 std::to_string(height) + ": " + errorText(result) +
+                                 "; choose another encoder with --video-codec");
+    }
+}
+
+FramePtr Encoder::makeInput_(MappedNV12 const& planes)
+{
+    AVCodecContext const& context = *context_;
+    if (!extended_ && context.pix_fmt != AV_PIX_FMT_NV12) {
+        FramePtr frame = makePlanes(context.pix_fmt, context.width, context.height);
+        converter_.fromNv12(planes, *frame, settings_.color);
+        return frame;
+    }
+    FramePtr frame = makePlanes(AV_PIX_FMT_NV12, context.width, context.height);
+    if (extended_) {
+        extendToEven(planes, *frame);
+    } else {
+        copyRows(planes.y, planes.yStride, frame->data[0], frame->linesize[0], planes.width, planes.height);
+        copyRows(planes.uv, planes.uvStride, frame->data[1], frame->linesize[1], evenUp(planes.width),
+                 evenUp(planes.height) / 2);
+    }
+    if (context.pix_fmt == AV_PIX_FMT_NV12) {
+        return frame;
+    }
+    MappedNV12 const even{frame->data[0], frame->data[1],     context.width,
+                          context.height, frame->linesize[0], frame->linesize[1]};
+    FramePtr converted = makePlanes(context.pix_fmt, context.width, context.height);
+    converter_.fromNv12(even, *converted, settings_.color);
+    return converted;
+}
+
+void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink)
+{
+    std::int64_t own = av_rescale_q(ticks, settings_.timeBase, context_->time_base);
+    if (lastTicks_ && own <= *lastTicks_) {
+        own = *lastTicks_ + 1;
+    }
+    lastTicks_ = own;
+    FramePtr const frame = makeInput_(planes);
+    frame->pts = own;
+    frame->color_range = context_->color_range;
+    frame->colorspace = context_->colorspace;
+    frame->quality = context_->global_quality;
+    frame->interlaced_frame = settings_.interlaced ? 1 : 0;
+    frame->top_field_first = settings_.topFieldFirst ? 1 : 0;
+    int const result = avcodec_send_frame(context_.get(), frame.get());
+    if (result < 0) {
+        throw std::runtime_error(std::string(context_->codec->name) + " cannot encode: " + errorText(result) +
+                                 "; choose another encoder with --video-codec");
+    }
+    drain_(sink);
+}
+
+void Encoder::flush(PacketSink const& sink)
+{
+    avcodec_send_frame(context_.get(), nullptr);
+    drain_(sink);
+}
+
+void Encoder::drain_(PacketSink const& sink)
+{
+    for (;;) {
+        int const result = avcodec_receive_packet(context_.get(), packet_.get());
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) {
+            return;
+        }
+        if (result < 0) {
+            throw std::runtime_error(std::string(context_->codec->name) + " cannot encode: " + errorText(result) +
+                                     "; choose another encoder with --video-codec");
+        }
+        sink(*packet_);
+        av_packet_unref(packet_.get());
+    }
+}
+
+}  // namespace media

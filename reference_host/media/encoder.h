@@ -1,0 +1,72 @@
+// Compresses NV12 pictures with any video encoder of the FFmpeg libraries.
+#pragma once
+
+#include "Picture.h"
+#include "ffmpeg_types.h"
+#include "frame_converter.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace media {
+
+/// An encoder or container that cannot be had: the caller asked for something that does not exist.
+struct UnknownChoice : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct EncoderSettings {
+    std::string codecName;                ///< an encoder's name; empty: the best one for the container
+    std::optional<std::int64_t> bitRate;  ///< bits per second
+    std::optional<double> crf;            ///< constant quality, the encoder's own scale
+    int width = 0;
+    int height = 0;
+    AVRational frameRate{25, 1};
+    AVRational timeBase{1, 90000};  ///< of the times passed to encode()
+    AVRational sampleAspect{0, 1};
+    ColorFormat color;
+    AVColorSpace colorSpace = AVCOL_SPC_UNSPECIFIED;
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
+    AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
+    bool interlaced = false;
+    bool topFieldFirst = false;
+};
+
+class Encoder {
+public:
+    using PacketSink = std::function<void(AVPacket&)>;
+
+    /// Opens the encoder for a container. Throws UnknownChoice when the name, or the option for it, does
+    /// not exist; std::runtime_error when the encoder refuses the pictures.
+    Encoder(EncoderSettings const& settings, AVOutputFormat const& container);
+
+    /// Encodes one picture shown at `ticks` of the settings' time base; a time that does not rise is moved
+    /// on by one tick. The planes must hold the settings' size.
+    void encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink);
+    /// Gives out what the encoder still holds; called once, at the end.
+    void flush(PacketSink const& sink);
+
+    /// The opened encoder; its time base is that of the packets.
+    AVCodecContext const& context() const { return *context_; }
+    /// Whether an odd width or height was extended by a repeated column or row, which this encoder needs.
+    bool extended() const { return extended_; }
+
+private:
+    void open_(AVCodec const& codec, AVOutputFormat const& container, int width, int height);
+    void drain_(PacketSink const& sink);
+    FramePtr makeInput_(MappedNV12 const& planes);
+
+    EncoderSettings settings_;
+    CodecPtr context_;
+    FrameConverter converter_;
+    PacketPtr packet_;
+    bool extended_ = false;
+    std::optional<std::int64_t> lastTicks_;
+};
+
+}  // namespace media

@@ -1,0 +1,137 @@
+// Pixel format conversion by libswscale; between decoder and picture, and between picture and encoder.
+#include "frame_converter.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <array>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace media {
+namespace {
+
+bool isRgb(int format)
+{
+    AVPixFmtDescriptor const* const description = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
+    return description != nullptr && (description->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
+}
+
+/// The old formats that say "full range" in their name.
+bool isFullRangeFormat(int format)
+{
+    switch (format) {
+    case AV_PIX_FMT_YUVJ411P:
+    case AV_PIX_FMT_YUVJ420P:
+    case AV_PIX_FMT_YUVJ422P:
+    case AV_PIX_FMT_YUVJ440P:
+    case AV_PIX_FMT_YUVJ444P:
+        return true;
+    default:
+        return false;
+    }
+}
+
+constexpr int kBt709FromLines = 720;
+
+int strideOr(int stride, int fallback)
+{
+    return stride == 0 ? fallback : stride;
+}
+
+struct Planes {
+    std::array<std::uint8_t*, 4> data{};
+    std::array<int, 4> strides{};
+};
+
+Planes planesOf(MappedNV12 const& nv12)
+{
+    Planes planes;
+    planes.data = {nv12.y, nv12.uv, nullptr, nullptr};
+    planes.strides = {strideOr(nv12.yStride, nv12.width), strideOr(nv12.uvStride, (nv12.width + 1) / 2 * 2), 0, 0};
+    return planes;
+}
+
+void run(SwsContext* scaler, std::uint8_t const* const* fromData, int const* fromStrides, int lines,
+         std::uint8_t* const* toData, int const* toStrides)
+{
+    int const result = sws_scale(scaler, fromData, fromStrides, 0, lines, toData, toStrides);
+    if (result < 0) {
+        throw std::runtime_error("picture cannot be converted: " + errorText(result));
+    }
+}
+
+}  // namespace
+
+ColorFormat nv12ColorOf(AVFrame const& frame)
+{
+    ColorFormat color;
+    bool const byLines = frame.height >= kBt709FromLines;
+    if (isRgb(frame.format)) {
+        color.bt709 = byLines;
+        return color;
+    }
+    color.fullRange = frame.color_range == AVCOL_RANGE_JPEG || isFullRangeFormat(frame.format);
+    bool const unmarked = frame.colorspace == AVCOL_SPC_UNSPECIFIED || frame.colorspace == AVCOL_SPC_RGB;
+    color.bt709 = unmarked ? byLines : frame.colorspace == AVCOL_SPC_BT709;
+    return color;
+}
+
+void FrameConverter::prepare_(Shape const& from, Shape const& to)
+{
+    if (scaler_ && from == from_ && to == to_) {
+        return;
+    }
+    scaler_.reset(sws_alloc_context());
+    if (!scaler_) {
+        throw std::bad_alloc();
+    }
+    SwsContext* const scaler = scaler_.get();
+    av_opt_set_int(scaler, "srcw", from.width, 0);
+    av_opt_set_int(scaler, "srch", from.height, 0);
+    av_opt_set_int(scaler, "src_format", from.format, 0);
+    av_opt_set_int(scaler, "src_range", from.fullRange ? 1 : 0, 0);
+    av_opt_set_int(scaler, "dstw", to.width, 0);
+    av_opt_set_int(scaler, "dsth", to.height, 0);
+    av_opt_set_int(scaler, "dst_format", to.format, 0);
+    av_opt_set_int(scaler, "dst_range", to.fullRange ? 1 : 0, 0);
+    av_opt_set_int(scaler, "sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, 0);
+    constexpr int kOne = 1 << 16;
+    sws_setColorspaceDetails(scaler, sws_getCoefficients(from.matrix), from.fullRange ? 1 : 0,
+                             sws_getCoefficients(to.matrix), to.fullRange ? 1 : 0, 0, kOne, kOne);
+    int const result = sws_init_context(scaler, nullptr, nullptr);
+    if (result < 0) {
+        scaler_.reset();
+        char const* const name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(from.format));
+        throw std::runtime_error("pictures of " + std::to_string(from.width) + "x" + std::to_string(from.height) + " " +
+                                 (name == nullptr ? "unknown format" : name) +
+                                 " cannot be converted: " + errorText(result));
+    }
+    from_ = from;
+    to_ = to;
+}
+
+void FrameConverter::toNv12(AVFrame const& frame, MappedNV12 const& planes, ColorFormat color)
+{
+    int const matrix = color.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
+    bool const rgb = isRgb(frame.format);
+    prepare_({frame.width, frame.height, frame.format, matrix, rgb || color.fullRange},
+             {planes.width, planes.height, AV_PIX_FMT_NV12, matrix, color.fullRange});
+    Planes const to = planesOf(planes);
+    run(scaler_.get(), frame.data, frame.linesize, frame.height, to.data.data(), to.strides.data());
+}
+
+void FrameConverter::fromNv12(MappedNV12 const& planes, AVFrame& target, ColorFormat color)
+{
+    int const matrix = color.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
+    bool const fullRange = isRgb(target.format) || isFullRangeFormat(target.format) || color.fullRange;
+    prepare_({planes.width, planes.height, AV_PIX_FMT_NV12, matrix, color.fullRange},
+             {target.width, target.height, target.format, matrix, fullRange});
+    Planes const from = planesOf(planes);
+    run(scaler_.get(), from.data.data(), from.strides.data(), planes.height, target.data, target.linesize);
+}
+
+}  // namespace media

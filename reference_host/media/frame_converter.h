@@ -1,0 +1,47 @@
+// Converts pictures between pixel formats and sizes; colour range and matrix stay what they are.
+#pragma once
+
+#include "Picture.h"
+#include "ffmpeg_types.h"
+
+namespace media {
+
+/// How a picture's numbers stand for colours.
+struct ColorFormat {
+    bool fullRange = false;
+    bool bt709 = false;  ///< matrix BT.709, else BT.601
+};
+
+/// The colours that `frame` has once it is NV12. Unmarked YUV pictures count as limited range, with BT.709
+/// from 720 lines on; RGB pictures become that as well.
+ColorFormat nv12ColorOf(AVFrame const& frame);
+
+/// Keeps its scaler from call to call; a change of format or size midway is no matter.
+class FrameConverter {
+public:
+    /// Writes `frame` into planes of any size. Throws std::runtime_error for pictures that no conversion
+    /// exists for.
+    void toNv12(AVFrame const& frame, MappedNV12 const& planes, ColorFormat color);
+    /// Fills `target`, whose format, size and buffers are set, from a picture of the same size.
+    void fromNv12(MappedNV12 const& planes, AVFrame& target, ColorFormat color);
+
+private:
+    /// What a scaler is made for.
+    struct Shape {
+        int width = 0;
+        int height = 0;
+        int format = -1;
+        int matrix = 0;
+        bool fullRange = false;
+
+        friend bool operator==(Shape const&, Shape const&) = default;
+    };
+
+    void prepare_(Shape const& from, Shape const& to);
+
+    ScalerPtr scaler_;
+    Shape from_;
+    Shape to_;
+};
+
+}  // namespace media

@@ -1,0 +1,192 @@
+// The reading loop: packets in stream order in, pictures in presentation order out. Compressed packets
+// wait here, not pictures, so that reading ahead costs little memory.
+#include "frame_reader.h"
+
+#include "interrupt.h"
+
+#include <cmath>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+namespace media {
+namespace {
+
+/// Compressed video that may wait for telemetry; a stream that runs on without times stops here.
+constexpr std::size_t kMaxWaitingBytes = 64U << 20U;
+constexpr std::size_t kMaxWaitingUnits = 4096;
+
+std::optional<std::int64_t> known(std::int64_t ticks)
+{
+    return ticks == AV_NOPTS_VALUE ? std::nullopt : std::optional(ticks);
+}
+
+std::int64_t ticksPerFrame(AVRational frameRate, AVRational timeBase)
+{
+    return std::llround(1.0 / (av_q2d(frameRate) * av_q2d(timeBase)));
+}
+
+AVStream const& videoOf(Demuxer const& demuxer)
+{
+    AVStream const* const video = demuxer.video();
+    if (video == nullptr) {
+        throw std::runtime_error(demuxer.name() + ": holds no video stream; give a clip with video");
+    }
+    return *video;
+}
+
+}  // namespace
+
+FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds)
+    : demuxer_(demuxer)
+    , timeBase_(videoOf(demuxer).time_base)
+    , timeline_(av_q2d(timeBase_), ticksPerFrame(demuxer.frameRate(), timeBase_), demuxer.timeMayJump())
+    , decoder_(videoOf(demuxer), demuxer.name())
+    , aheadSeconds_(aheadSeconds)
+{
+}
+
+std::vector<SideUnit> FrameReader::takeSideUnits()
+{
+    return std::exchange(ready_, {});
+}
+
+std::optional<VideoUnit> FrameReader::next()
+{
+    for (;;) {
+        if (interrupted()) {
+            return std::nullopt;
+        }
+        FramePtr frame = makeFrame();
+        if (decoder_.receive(*frame)) {
+            return finish_(std::move(frame));
+        }
+        if (drained_) {
+            return std::nullopt;
+        }
+        if (frontIsDue_()) {
+            PacketPtr const packet = std::move(video_.front());
+            video_.pop_front();
+            videoBytes_ -= static_cast<std::size_t>(packet->size);
+            decoder_.send(packet.get());
+        } else if (ended_) {
+            decoder_.send(nullptr);
+            drained_ = true;
+        } else {
+            readPacket_();
+        }
+    }
+}
+
+bool FrameReader::frontIsDue_() const
+{
+    if (video_.empty()) {
+        return false;
+    }
+    if (ended_ || videoBytes_ > kMaxWaitingBytes || video_.size() > kMaxWaitingUnits) {
+        return true;
+    }
+    double const present = static_cast<double>(video_.front()->pts) * av_q2d(timeBase_);
+    return readUpTo_ >= present + aheadSeconds_;
+}
+
+void FrameReader::readPacket_()
+{
+    PacketPtr packet = makePacket();
+    if (!demuxer_.read(*packet)) {
+        ended_ = true;
+        placeRest_();
+        return;
+    }
+    int const stream = packet->stream_index;
+    StreamKind const kind = demuxer_.kindOf(stream);
+    if (kind == StreamKind::Video) {
+        addVideo_(std::move(packet));
+    } else if (kind != StreamKind::Other) {
+        SideUnit unit;
+        if (auto const time = known(packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts)) {
+            unit.streamSeconds = static_cast<double>(*time) * av_q2d(demuxer_.stream(stream).time_base);
+        }
+        unit.packet = std::move(packet);
+        unit.stream = stream;
+        unit.kind = kind;
+        waiting_.push_back(std::move(unit));
+        if (waiting_.size() > kMaxWaitingUnits) {
+            placeRest_();
+        }
+    }
+}
+
+void FrameReader::addVideo_(PacketPtr packet)
+{
+    Timeline::Placed const placed = timeline_.placeVideo(known(packet->dts), known(packet->pts));
+    packet->dts = placed.decodeTicks;
+    packet->pts = placed.presentTicks;
+    readUpTo_ = static_cast<double>(placed.decodeTicks) * av_q2d(timeBase_);
+    placeWaiting_(packet->pos);
+    videoBytes_ += static_cast<std::size_t>(packet->size);
+    video_.push_back(std::move(packet));
+}
+
+void FrameReader::placeWaiting_(std::int64_t videoPosition)
+{
+    // The demuxer gives out a picture only when the next one begins, small units at once: the place in the
+    // byte stream tells which unit stood before this picture.
+    std::vector<SideUnit> later;
+    std::vector<SideUnit> untimed;
+    for (SideUnit& unit : waiting_) {
+        if (unit.streamSeconds) {
+            unit.seconds = timeline_.placeOther(*unit.streamSeconds);
+            ready_.push_back(std::move(unit));
+        } else if (videoPosition >= 0 && unit.packet->pos > videoPosition) {
+            later.push_back(std::move(unit));
+        } else {
+            untimed.push_back(std::move(unit));
+        }
+    }
+    waiting_ = std::move(later);
+    placeUntimed_(untimed, timeline_.previousSlotSeconds(), timeline_.slotSeconds());
+}
+
+void FrameReader::placeUntimed_(std::vector<SideUnit>& untimed, double from, double to)
+{
+    // Spread evenly, the last one on the picture itself.
+    auto const count = static_cast<double>(untimed.size());
+    double nth = 0.0;
+    for (SideUnit& unit : untimed) {
+        nth += 1.0;
+        unit.seconds = nth == count ? to : from + (to - from) * nth / count;
+        ready_.push_back(std::move(unit));
+    }
+}
+
+void FrameReader::placeRest_()
+{
+    // No picture follows; each unit without time takes the next picture's slot.
+    double slot = timeline_.slotSeconds();
+    for (SideUnit& unit : waiting_) {
+        if (unit.streamSeconds) {
+            unit.seconds = timeline_.placeOther(*unit.streamSeconds);
+        } else {
+            slot += timeline_.intervalSeconds();
+            unit.seconds = slot;
+        }
+        ready_.push_back(std::move(unit));
+    }
+    waiting_.clear();
+}
+
+VideoUnit FrameReader::finish_(FramePtr frame)
+{
+    VideoUnit unit;
+    auto const interval = std::llround(timeline_.intervalSeconds() / av_q2d(timeBase_));
+    std::int64_t const guessed = lastTicks_ ? *lastTicks_ + interval : 0;
+    unit.ticks = known(frame->best_effort_timestamp).value_or(guessed);
+    unit.seconds = static_cast<double>(unit.ticks) * av_q2d(timeBase_);
+    unit.number = nextNumber_++;
+    unit.frame = std::move(frame);
+    lastTicks_ = unit.ticks;
+    return unit;
+}
+
+}  // namespace media

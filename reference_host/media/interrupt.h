@@ -1,0 +1,13 @@
+// Ctrl-C and termination requests: long work looks here between two steps and then ends in good order.
+#pragma once
+
+namespace media {
+
+/// From now on the first SIGINT or SIGTERM only sets the flag below; the second one ends the program at
+/// once, as it would without this call.
+void catchInterrupts();
+
+/// Whether an interrupt has arrived.
+bool interrupted() noexcept;
+
+}  // namespace media

@@ -1,0 +1,161 @@
+// Container writing with the atomic output file; see the header.
+#include "muxer.h"
+
+#include "encoder.h"
+#include "interrupt.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+namespace media {
+namespace {
+
+bool isTransportStream(AVOutputFormat const& container)
+{
+    return std::strcmp(container.name, "mpegts") == 0;
+}
+
+std::string urlOf(OutputFile const& file)
+{
+    return file.path() == "-" ? "pipe:1" : file.writePath();
+}
+
+}  // namespace
+
+AVOutputFormat const& containerFor(std::string const& output)
+{
+    bool const carriesTransportStream = output == "-" || output.compare(0, 5, "pipe:") == 0 ||
+                                        output.compare(0, 6, "udp://") == 0 || output.compare(0, 6, "srt://") == 0 ||
+                                        output.compare(0, 6, "tcp://") == 0;
+    AVOutputFormat const* const format = carriesTransportStream ? av_guess_format("mpegts", nullptr, nullptr)
+                                                                : av_guess_format(nullptr, output.c_str(), nullptr);
+    if (format == nullptr || format->video_codec == AV_CODEC_ID_NONE) {
+        throw UnknownChoice(output + ": no video container has this ending; use .ts, .mp4 or .mkv");
+    }
+    return *format;
+}
+
+void Muxer::FreeOutput::operator()(AVFormatContext* context) const
+{
+    if (context->pb != nullptr && (context->oformat->flags & AVFMT_NOFILE) == 0) {
+        avio_closep(&context->pb);
+    }
+    avformat_free_context(context);
+}
+
+Muxer::Muxer(std::string const& output) : file_(output)
+{
+    AVOutputFormat const& format = containerFor(output);
+    AVFormatContext* context = nullptr;
+    avformat_alloc_output_context2(&context, &format, nullptr, urlOf(file_).c_str());
+    if (context == nullptr) {
+        throw std::bad_alloc();
+    }
+    context_.reset(context);
+    context->avoid_negative_ts = AVFMT_AVOID_NEG_TS_MAKE_NON_NEGATIVE;
+    if ((format.flags & AVFMT_NOFILE) == 0) {
+        check_(avio_open2(&context->pb, urlOf(file_).c_str(), AVIO_FLAG_WRITE, nullptr, nullptr));
+    }
+}
+
+Muxer::~Muxer() = default;
+
+void Muxer::fail_(int code) const
+{
+    throw std::runtime_error(writeFailure(file_.path(), errorText(code), code == AVERROR(ENOSPC)));
+}
+
+void Muxer::check_(int code) const
+{
+    if (code < 0) {
+        fail_(code);
+    }
+    if (context_->pb != nullptr && context_->pb->error < 0) {
+        fail_(context_->pb->error);
+    }
+}
+
+AVStream& Muxer::newStream_()
+{
+    AVStream* const stream = avformat_new_stream(context_.get(), nullptr);
+    if (stream == nullptr) {
+        throw std::bad_alloc();
+    }
+    lastDecode_.emplace_back();
+    return *stream;
+}
+
+int Muxer::addVideo(AVCodecContext const& encoder)
+{
+    AVStream& stream = newStream_();
+    check_(avcodec_parameters_from_context(stream.codecpar, &encoder));
+    stream.time_base = encoder.time_base;
+    stream.avg_frame_rate = encoder.framerate;
+    stream.sample_aspect_ratio = encoder.sample_aspect_ratio;
+    return stream.index;
+}
+
+std::optional<int> Muxer::addKlv()
+{
+    if (!isTransportStream(*context_->oformat) &&
+        avformat_query_codec(context_->oformat, AV_CODEC_ID_SMPTE_KLV, FF_COMPLIANCE_NORMAL) != 1) {
+        return std::nullopt;
+    }
+    AVStream& stream = newStream_();
+    stream.codecpar->codec_type = AVMEDIA_TYPE_DATA;
+    stream.codecpar->codec_id = AV_CODEC_ID_SMPTE_KLV;
+    stream.time_base = {1, 90000};
+    return stream.index;
+}
+
+std::optional<int> Muxer::addCopy(AVStream const& source)
+{
+    AVCodecID const codec = source.codecpar->codec_id;
+    if (codec == AV_CODEC_ID_NONE || avformat_query_codec(context_->oformat, codec, FF_COMPLIANCE_NORMAL) == 0) {
+        return std::nullopt;
+    }
+    AVStream& stream = newStream_();
+    check_(avcodec_parameters_copy(stream.codecpar, source.codecpar));
+    stream.codecpar->codec_tag = 0;  // the container's own tag
+    stream.time_base = source.time_base;
+    return stream.index;
+}
+
+void Muxer::begin()
+{
+    check_(avformat_write_header(context_.get(), nullptr));
+}
+
+void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
+{
+    auto const index = static_cast<std::size_t>(stream);
+    packet.stream_index = stream;
+    packet.pos = -1;
+    av_packet_rescale_ts(&packet, timeBase, context_->streams[stream]->time_base);
+    if (packet.dts == AV_NOPTS_VALUE) {
+        packet.dts = packet.pts;
+    }
+    if (packet.dts != AV_NOPTS_VALUE) {
+        if (lastDecode_[index] && packet.dts <= *lastDecode_[index]) {
+            packet.dts = *lastDecode_[index] + 1;
+        }
+        packet.pts = packet.pts == AV_NOPTS_VALUE || packet.pts < packet.dts ? packet.dts : packet.pts;
+        lastDecode_[index] = packet.dts;
+    }
+    check_(av_interleaved_write_frame(context_.get(), &packet));
+}
+
+void Muxer::finish()
+{
+    check_(av_write_trailer(context_.get()));
+    if (context_->pb != nullptr && (context_->oformat->flags & AVFMT_NOFILE) == 0) {
+        avio_flush(context_->pb);
+        check_(0);
+        check_(avio_closep(&context_->pb));
+    }
+    file_.commit();
+}
+
+}  // namespace media

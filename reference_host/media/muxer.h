@@ -1,0 +1,56 @@
+// Writes the encoded video with the copied telemetry and sound into a container. Last step of the flow.
+#pragma once
+
+#include "ffmpeg_types.h"
+#include "output_file.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace media {
+
+/// The container for an output by its ending or address: udp:// and srt:// carry a transport stream,
+/// "-" (standard output) too. Throws UnknownChoice when the ending says nothing.
+AVOutputFormat const& containerFor(std::string const& output);
+
+class Muxer {
+public:
+    /// Creates the output; nothing is under its name before finish(). Throws std::runtime_error.
+    explicit Muxer(std::string const& output);
+    ~Muxer();
+    Muxer(Muxer const&) = delete;
+    Muxer& operator=(Muxer const&) = delete;
+
+    AVOutputFormat const& container() const { return *context_->oformat; }
+
+    /// Streams are added before begin(); each call gives the stream's number for write().
+    int addVideo(AVCodecContext const& encoder);
+    /// A telemetry stream; empty when the container does not carry KLV.
+    std::optional<int> addKlv();
+    /// A stream whose packets are passed on as they are; empty when the container does not carry it.
+    std::optional<int> addCopy(AVStream const& source);
+
+    void begin();
+    /// Takes the packet's contents; its times are in `timeBase`. A decode time that does not rise is moved
+    /// on by one tick, as no container takes it otherwise.
+    void write(AVPacket& packet, int stream, AVRational timeBase);
+    /// Completes the file and puts it under its name.
+    void finish();
+
+private:
+    struct FreeOutput {
+        void operator()(AVFormatContext* context) const;
+    };
+
+    AVStream& newStream_();
+    [[noreturn]] void fail_(int code) const;
+    void check_(int code) const;
+
+    OutputFile file_;
+    std::unique_ptr<AVFormatContext, FreeOutput> context_;
+    std::vector<std::optional<std::int64_t>> lastDecode_;  ///< per stream, in the stream's time base
+};
+
+}  // namespace media

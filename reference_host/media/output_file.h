@@ -1,0 +1,38 @@
+// A file that appears under its name only when it is whole: it is written beside its place and renamed
+// at the end. Devices, pipes and addresses are written straight to.
+#pragma once
+
+#include <string>
+
+namespace media {
+
+class OutputFile {
+public:
+    /// Creates the temporary file, so that a missing or locked folder is reported before any work. Throws
+    /// std::runtime_error with one line that names the place and the cure.
+    explicit OutputFile(std::string path);
+    /// Removes what was written when commit() was not reached.
+    ~OutputFile();
+    OutputFile(OutputFile const&) = delete;
+    OutputFile& operator=(OutputFile const&) = delete;
+
+    /// The name people gave.
+    std::string const& path() const { return path_; }
+    /// Where to write: the temporary file, or the path itself for what is no ordinary file.
+    std::string const& writePath() const { return writePath_; }
+    /// Puts the finished file under its name, over an older one. Throws std::runtime_error.
+    void commit();
+
+private:
+    std::string path_;
+    std::string writePath_;
+    bool temporary_ = false;
+};
+
+/// Whether the text is an address ("udp://...", "-" for standard output) rather than a path.
+bool isAddress(std::string const& output);
+
+/// One line for a failed write; knows the cure for a full disk.
+std::string writeFailure(std::string const& path, std::string const& reason, bool diskFull);
+
+}  // namespace media

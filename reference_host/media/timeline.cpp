@@ -1,0 +1,95 @@
+// Mends clock jumps and gives untimed telemetry its place; used by the frame reader.
+#include "timeline.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace media {
+namespace {
+
+/// A leap ahead of this length is a new clock, not a gap in the recording.
+constexpr double kLeapSeconds = 10.0;
+
+/// A fall back up to this length is disorder within one clock.
+constexpr double kDisorderSeconds = 0.2;
+
+/// How long after a jump packets of other streams may still carry the old clock.
+constexpr double kOldClockSeconds = 2.0;
+
+/// Hostile files hold any 64-bit time; within these limits sums and differences below cannot overflow.
+constexpr std::int64_t kMaxTicks = std::int64_t{1} << 60;
+
+std::int64_t limitTicks(std::int64_t ticks)
+{
+    return std::clamp(ticks, -kMaxTicks, kMaxTicks);
+}
+
+}  // namespace
+
+Timeline::Timeline(double secondsPerTick, std::int64_t intervalTicks, bool mayJump)
+    : secondsPerTick_(secondsPerTick)
+    , intervalTicks_(std::clamp<std::int64_t>(intervalTicks, 1, kMaxTicks))
+    , mayJump_(mayJump)
+{
+}
+
+bool Timeline::jumped_(std::int64_t rawTicks) const
+{
+    double const step = static_cast<double>(rawTicks - lastRaw_) * secondsPerTick_;
+    return step < -kDisorderSeconds || step > kLeapSeconds;
+}
+
+Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, std::optional<std::int64_t> presentTicks)
+{
+    if (decodeTicks) {
+        decodeTicks = limitTicks(*decodeTicks);
+    }
+    if (presentTicks) {
+        presentTicks = limitTicks(*presentTicks);
+    }
+    std::optional<std::int64_t> const raw = decodeTicks ? decodeTicks : presentTicks;
+    std::int64_t const expected = last_ ? limitTicks(*last_ + intervalTicks_) : 0;
+    std::int64_t decode = expected;
+    if (raw) {
+        if (last_ && mayJump_ && jumped_(*raw)) {
+            previousOffset_ = offset_;
+            offset_ = expected - *raw;
+            jumpTicks_ = expected;
+        }
+        decode = limitTicks(*raw + offset_);
+        lastRaw_ = *raw;
+    }
+    std::int64_t const present = limitTicks(presentTicks ? *presentTicks + offset_ : decode + lead_);
+    if (!last_) {
+        lead_ = present - decode;
+        previousSlot_ = static_cast<double>(present - intervalTicks_) * secondsPerTick_;
+    } else {
+        previousSlot_ = slotSeconds();
+    }
+    last_ = decode;
+    return {decode, present};
+}
+
+double Timeline::placeOther(double seconds) const
+{
+    double const current = seconds + static_cast<double>(offset_) * secondsPerTick_;
+    double const now = static_cast<double>(last_.value_or(0)) * secondsPerTick_;
+    double const sinceJump = now - static_cast<double>(jumpTicks_) * secondsPerTick_;
+    if (offset_ == previousOffset_ || sinceJump > kOldClockSeconds) {
+        return current;
+    }
+    double const old = seconds + static_cast<double>(previousOffset_) * secondsPerTick_;
+    return std::abs(old - now) < std::abs(current - now) ? old : current;
+}
+
+double Timeline::slotSeconds() const
+{
+    return static_cast<double>(last_.value_or(0) + lead_) * secondsPerTick_;
+}
+
+double Timeline::intervalSeconds() const
+{
+    return static_cast<double>(intervalTicks_) * secondsPerTick_;
+}
+
+}  // namespace media

@@ -1,0 +1,54 @@
+// One rising time axis for a clip: transport streams may start their clocks anew in mid-stream (clips
+// joined together, a sender that restarted), and telemetry may come without any time. Numbers only.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+namespace media {
+
+/// Times of the video stream are ticks of its own time base, so that unbroken streams keep theirs to the
+/// tick; times of other streams are seconds.
+class Timeline {
+public:
+    struct Placed {
+        std::int64_t decodeTicks;
+        std::int64_t presentTicks;
+    };
+
+    /// `secondsPerTick` of the video stream, `intervalTicks` from one frame to the next; with `mayJump`
+    /// false no jump is ever mended.
+    Timeline(double secondsPerTick, std::int64_t intervalTicks, bool mayJump);
+
+    /// Places the next video packet in stream order. A decode time that falls back, or leaps ahead by more
+    /// than ten seconds, continues one interval after the packet before.
+    Placed placeVideo(std::optional<std::int64_t> decodeTicks, std::optional<std::int64_t> presentTicks);
+
+    /// Places a time of another stream, as read near the last placed video packet.
+    double placeOther(double seconds) const;
+
+    /// The last video packet's place in presentation order when pictures are shown as fast as they are
+    /// decoded: its decode time plus the delay between decoding and showing.
+    double slotSeconds() const;
+    /// The slot of the video packet before; one interval earlier for the first one.
+    double previousSlotSeconds() const { return previousSlot_; }
+    double intervalSeconds() const;
+    bool hasVideo() const { return last_.has_value(); }
+
+private:
+    bool jumped_(std::int64_t rawTicks) const;
+
+    double secondsPerTick_;
+    std::int64_t intervalTicks_;
+    bool mayJump_;
+    std::int64_t offset_ = 0;
+    std::int64_t previousOffset_ = 0;
+    std::int64_t jumpTicks_ = 0;  ///< decode time on this axis at which the offset last changed
+    std::int64_t lead_ = 0;
+    std::int64_t lastRaw_ = 0;
+    std::optional<std::int64_t> last_;
+    double previousSlot_ = 0.0;
+};
+
+}  // namespace media
