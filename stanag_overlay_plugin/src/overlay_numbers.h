@@ -36,6 +36,11 @@ bool isWhole(double value);
 /// it is out of range: " 12" is a number, "12 " is not.
 bool parseWholeNumber(std::string const& text, long double& out);
 
+/// Reads the number at the start of a text as std::stod does: leading white space skipped, what follows
+/// the number ignored. False leaves `out` alone: no number, or outside the double range (1e999, 1e-999).
+/// "5 m" gives 5.
+bool parseLeadingDouble(std::string const& text, double& out);
+
 /// A value as a number: Int through binary64 (integers beyond 2^53 lose low digits on purpose), Double
 /// widened, String by parseWholeNumber. Other kinds are no numbers.
 bool tryParseNumber(SwJsonValue const& value, long double& out);
@@ -50,7 +55,8 @@ bool tryParseUnsignedValue(SwJsonValue const& value, unsigned long& out);
 
 /// A whole text as an unsigned integer: std::stoull with base 0 ("0x10" is 16, "010" is 8, "-1" is
 /// 2^64 - 1); where that finds no digits or overflows, std::stold truncated toward zero, saturating,
-/// if not negative (".5" is 0). Text after the number makes it false: "1e3" is refused.
+/// if not negative (".5" is 0). Text after the number makes it false, with the number in `out` all the
+/// same: "1e3" is refused.
 bool tryParseUnsignedString(std::string const& text, unsigned long& out);
 
 /// A member as a duration in nanoseconds: Int by its low 32 bits or Double truncated, limited to

@@ -1,0 +1,426 @@
+// Turns templates and telemetry values into text, with the memory that holds values over gaps and slows
+// their changes. Runs for every placeholder of every frame, so the usual case builds no stream: where a
+// stream would only write what std::to_chars writes, std::to_chars does.
+#include "stanag_overlay_format.h"
+
+#include "overlay_numbers.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <ctime>
+#include <iomanip>
+#include <ios>
+#include <iterator>
+#include <limits>
+#include <locale>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+namespace stanag_overlay {
+
+namespace {
+
+// A binary64 has at most this many digits after its point; those asked for beyond are zeros.
+constexpr int kMaxFractionDigits = 1074;
+// Sign, 309 digits before the point, the point and the digits after it.
+constexpr std::size_t kMaxFixedLength = 1 + 309 + 1 + kMaxFractionDigits;
+
+// ---- numbers ----
+
+bool isGlobalLocaleClassic()
+{
+    return std::locale() == std::locale::classic();
+}
+
+// Gives a stream the decimal point of the global locale and takes its digit grouping away: a number on the
+// picture is one unbroken word.
+class UngroupedPunctuation : public std::numpunct<char> {
+public:
+    explicit UngroupedPunctuation(char decimalPoint) : decimalPoint_(decimalPoint) {}
+
+protected:
+    char do_decimal_point() const override { return decimalPoint_; }
+
+private:
+    char decimalPoint_;
+};
+
+std::string streamedFixed(double number, int precision)
+{
+    std::locale const global;
+    std::ostringstream stream;
+    stream.imbue(
+        std::locale(global, new UngroupedPunctuation(std::use_facet<std::numpunct<char>>(global).decimal_point())));
+    stream << std::fixed << std::setprecision(precision) << number;
+    return stream.str();
+}
+
+std::string fixedText(double number, int precision)
+{
+    if (!isGlobalLocaleClassic()) {
+        return streamedFixed(number, precision);
+    }
+    std::array<char, kMaxFixedLength> buffer;
+    auto const written =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::fixed, precision);
+    return std::string(buffer.data(), written.ptr);
+}
+
+// Only a "." counts as the point, so nothing is trimmed under a decimal comma.
+void trimZeros(std::string& text)
+{
+    std::size_t const point = text.find('.');
+    std::size_t const last = text.find_last_not_of('0');
+    text.resize(last == point ? point : last + 1);
+}
+
+// The number with `decimals` digits after the point. -0.04 with one digit gives "-0.0", trimmed "-0".
+std::string formatNumber(SwJsonValue const& value, int decimals, bool trimTrailingZeros)
+{
+    long double number = 0.0L;
+    if (!tryParseNumber(value, number)) {
+        return value.toString();
+    }
+    auto const narrowed = static_cast<double>(number);
+    int const digits = std::min(decimals, kMaxFractionDigits);
+    std::string text = fixedText(narrowed, digits);
+    if (trimTrailingZeros && text.find('.') != std::string::npos) {
+        trimZeros(text);
+    } else if (std::isfinite(narrowed)) {
+        text.append(static_cast<std::size_t>(decimals - digits), '0');
+    }
+    return text;
+}
+
+// ---- dates ----
+
+// Microseconds since 1970, halves away from zero; beyond 64 bits the largest magnitude whose negative
+// exists too. Not-a-number is the epoch.
+std::int64_t roundToMicroseconds(long double value)
+{
+    constexpr auto kLimit = static_cast<long double>(std::numeric_limits<std::int64_t>::max());
+    if (std::isnan(value)) {
+        return 0;
+    }
+    // Compared before the call: where long double has no 64-bit significand the limit is 2^63 itself.
+    if (value >= kLimit) {
+        return std::numeric_limits<std::int64_t>::max();
+    }
+    if (value <= -kLimit) {
+        return -std::numeric_limits<std::int64_t>::max();
+    }
+    return std::llroundl(value);
+}
+
+// Goes through nanoseconds in wrapping 64-bit arithmetic, so times beyond the years 1677 to 2262 come out
+// as times within. The fraction of a second is dropped toward 1970.
+std::time_t wholeSeconds(std::int64_t microseconds)
+{
+    auto const nanoseconds = static_cast<std::int64_t>(static_cast<std::uint64_t>(microseconds) * 1000U);
+    return static_cast<std::time_t>(nanoseconds / 1000000000);
+}
+
+long double toMicroseconds(long double number, TimestampUnit unit)
+{
+    switch (unit) {
+    case TimestampUnit::Seconds:
+        return number * 1000000.0L;
+    case TimestampUnit::Milliseconds:
+        return number * 1000.0L;
+    case TimestampUnit::Microseconds:
+        break;
+    }
+    return number;
+}
+
+void appendDigits(std::string& out, int number, int width)
+{
+    std::array<char, 4> digits{};
+    for (int i = width - 1; i >= 0; --i) {
+        digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    }
+    out.append(digits.data(), static_cast<std::size_t>(width));
+}
+
+// Writes the conversions that are plain padded numbers in the classic locale, four-digit years included.
+// Any other conversion, and a "%" at the end, gives nothing: the facet decides those.
+std::optional<std::string> numericDateText(std::tm const& time, std::string_view pattern)
+{
+    std::string out;
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+        if (pattern[i] != '%') {
+            out += pattern[i];
+            continue;
+        }
+        ++i;
+        switch (i < pattern.size() ? pattern[i] : '\0') {
+        case 'H':
+            appendDigits(out, time.tm_hour, 2);
+            break;
+        case 'M':
+            appendDigits(out, time.tm_min, 2);
+            break;
+        case 'S':
+            appendDigits(out, time.tm_sec, 2);
+            break;
+        case 'd':
+            appendDigits(out, time.tm_mday, 2);
+            break;
+        case 'm':
+            appendDigits(out, time.tm_mon + 1, 2);
+            break;
+        case 'Y':
+            // The wrapping above leaves the years 1677 to 2262.
+            appendDigits(out, time.tm_year + 1900, 4);
+            break;
+        default:
+            return std::nullopt;
+        }
+    }
+    return out;
+}
+
+std::string dateText(std::tm const& time, std::string const& pattern)
+{
+    if (isGlobalLocaleClassic()) {
+        if (std::optional<std::string> text = numericDateText(time, pattern)) {
+            return *std::move(text);
+        }
+    }
+    std::ostringstream stream;
+    auto const& facet = std::use_facet<std::time_put<char>>(stream.getloc());
+    facet.put(std::ostreambuf_iterator<char>(stream), stream, stream.fill(), &time, pattern.data(),
+              pattern.data() + pattern.size());
+    return stream.str();
+}
+
+std::string formatDate(long double number, FormatSpec const& spec)
+{
+    std::time_t const seconds = wholeSeconds(roundToMicroseconds(toMicroseconds(number, spec.timestampUnit)));
+    std::tm time{};
+    if (spec.localTime) {
+        localtime_r(&seconds, &time);
+    } else {
+        gmtime_r(&seconds, &time);
+    }
+    return dateText(time, spec.dateFormat);
+}
+
+// ---- checks ----
+
+bool isInvalid(SwJsonValue const& value, std::vector<std::string> const& invalidValues)
+{
+    if (invalidValues.empty()) {
+        return false;
+    }
+    long double number = 0.0L;
+    bool const isNumber = tryParseNumber(value, number);
+    return std::any_of(invalidValues.begin(), invalidValues.end(), [&](std::string const& invalid) {
+        long double invalidNumber = 0.0L;
+        // Two numbers are never compared as texts.
+        if (isNumber && parseWholeNumber(invalid, invalidNumber)) {
+            return numbersEqual(number, invalidNumber);
+        }
+        return value.toString() == invalid;
+    });
+}
+
+// Both bounds are inclusive, and a not-a-number passes.
+bool isOutOfRange(SwJsonValue const& value, FormatSpec const& spec)
+{
+    if (!spec.hasMin && !spec.hasMax) {
+        return false;
+    }
+    long double number = 0.0L;
+    if (!tryParseNumber(value, number)) {
+        return true;
+    }
+    return (spec.hasMin && spec.minValue > number) || (spec.hasMax && spec.maxValue < number);
+}
+
+// ---- memory ----
+
+// Inclusive: the text is still shown when exactly the hold time has passed.
+std::string heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, std::string const& key,
+                          OverlayRuntime& runtime, std::uint64_t nowNs)
+{
+    if (spec == nullptr) {
+        return cfg.missingPlaceholder;
+    }
+    if (spec->holdLastNs != 0) {
+        auto const held = runtime.heldValues.find(key);
+        if (held != runtime.heldValues.end() && held->second.timeNs != 0 &&
+            nowNs - held->second.timeNs <= spec->holdLastNs) {
+            return held->second.text;
+        }
+    }
+    return spec->missingPlaceholder;
+}
+
+// Exclusive: a new text is taken when exactly the period has passed.
+std::string refreshLimitedValue(FormatSpec const* spec, std::string const& key, std::string text,
+                                OverlayRuntime& runtime, std::uint64_t nowNs)
+{
+    if (spec == nullptr || spec->refreshEveryNs == 0) {
+        return text;
+    }
+    TimedText& shown = runtime.refreshValues[key];
+    if (shown.timeNs != 0 && nowNs - shown.timeNs < spec->refreshEveryNs) {
+        return shown.text;
+    }
+    shown.text = text;
+    shown.timeNs = nowNs;
+    return text;
+}
+
+void rememberHeldValue(FormatSpec const* spec, std::string const& key, std::string const& text, OverlayRuntime& runtime,
+                       std::uint64_t nowNs)
+{
+    if (spec == nullptr || spec->holdLastNs == 0) {
+        return;
+    }
+    TimedText& held = runtime.heldValues[key];
+    held.text = text;
+    held.timeNs = nowNs;
+}
+
+// ---- templates ----
+
+// The punctuation that templates put around values. Dots, dashes, "%" and all bytes of UTF-8 names are
+// part of a name.
+constexpr std::string_view kNameEnds = "\t\n\r \"'(),/:;<>[\\]{}";
+static_assert(kNameEnds.size() == 19);
+
+constexpr std::array<bool, 256> kEndsName = [] {
+    std::array<bool, 256> ends{};
+    for (char const byte : kNameEnds) {
+        ends[static_cast<unsigned char>(byte)] = true;
+    }
+    return ends;
+}();
+
+std::size_t findNameEnd(std::string_view text, std::size_t from)
+{
+    while (from < text.size() && !kEndsName[static_cast<unsigned char>(text[from])]) {
+        ++from;
+    }
+    return from;
+}
+
+// What a "%" at one place of a template stands for.
+struct Placeholder {
+    std::string_view literal;  ///< copied to the output
+    std::string_view name;     ///< looked up after it, when there is one
+    bool hasName = false;
+    std::size_t next = 0;  ///< where the scan goes on
+};
+
+Placeholder readPlaceholder(std::string_view text, std::size_t percent)
+{
+    std::size_t const start = percent + 1;
+    if (start < text.size() && text[start] == '%') {
+        return {text.substr(percent, 1), {}, false, start + 1};
+    }
+    if (start < text.size() && text[start] == '{') {
+        std::size_t const close = text.find('}', start + 1);
+        if (close == std::string_view::npos) {
+            // Nothing after an unterminated brace is expanded any more.
+            return {text.substr(percent), {}, false, text.size()};
+        }
+        return {{}, text.substr(start + 1, close - start - 1), true, close + 1};
+    }
+    std::size_t const end = findNameEnd(text, start);
+    if (end == start) {
+        return {text.substr(percent, 1), {}, false, start};
+    }
+    return {{}, text.substr(start, end - start), true, end};
+}
+
+}  // namespace
+
+std::string OverlayTextFormatter::expandTemplate(std::string const& tmpl, SwJsonObject const* root,
+                                                 OverlayCfg const& cfg, OverlayRuntime& runtime, std::uint64_t nowNs,
+                                                 std::vector<std::string> const& availableKeys) const
+{
+    std::string out;
+    if (tmpl.empty()) {
+        if (root == nullptr || root->empty()) {
+            return out;
+        }
+        for (std::string const& key : availableKeys) {
+            if (!out.empty()) {
+                out += '\n';
+            }
+            out += key;
+            out += ": ";
+            out += lookupFormatted(root, key, cfg, runtime, nowNs);
+        }
+        return out;
+    }
+
+    constexpr std::size_t kExpectedGrowth = 64;
+    out.reserve(tmpl.size() + kExpectedGrowth);
+    std::string_view const text = tmpl;
+    std::string name;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        std::size_t const percent = std::min(text.find('%', at), text.size());
+        out += text.substr(at, percent - at);
+        if (percent == text.size()) {
+            break;
+        }
+        Placeholder const placeholder = readPlaceholder(text, percent);
+        out += placeholder.literal;
+        if (placeholder.hasName) {
+            name = placeholder.name;
+            out += lookupFormatted(root, name, cfg, runtime, nowNs);
+        }
+        at = placeholder.next;
+    }
+    return out;
+}
+
+std::string OverlayTextFormatter::lookupFormatted(SwJsonObject const* root, std::string const& key,
+                                                  OverlayCfg const& cfg, OverlayRuntime& runtime,
+                                                  std::uint64_t nowNs) const
+{
+    auto const entry = cfg.formats.find(key);
+    FormatSpec const* const spec = entry == cfg.formats.end() ? nullptr : &entry->second;
+    if (root == nullptr) {
+        return heldOrMissing(spec, cfg, key, runtime, nowNs);
+    }
+    auto const member = root->find(key);
+    if (member == root->end()) {
+        return heldOrMissing(spec, cfg, key, runtime, nowNs);
+    }
+    SwJsonValue const& value = member->second;
+    if (spec == nullptr) {
+        return cfg.decimals >= 0 ? formatNumber(value, cfg.decimals, cfg.trimTrailingZeros) : value.toString();
+    }
+    if (isInvalid(value, spec->invalidValues) || isOutOfRange(value, *spec)) {
+        return heldOrMissing(spec, cfg, key, runtime, nowNs);
+    }
+
+    std::string text;
+    if (spec->date) {
+        long double number = 0.0L;
+        if (!tryParseNumber(value, number)) {
+            // A text in place of a time is shown as it comes and leaves no trace in the memory.
+            return value.toString();
+        }
+        text = formatDate(number, *spec);
+    } else {
+        text = spec->decimals >= 0 ? formatNumber(value, spec->decimals, spec->trimTrailingZeros) : value.toString();
+    }
+    std::string shown = refreshLimitedValue(spec, key, std::move(text), runtime, nowNs);
+    rememberHeldValue(spec, key, shown, runtime, nowNs);
+    return shown;
+}
+
+}  // namespace stanag_overlay
