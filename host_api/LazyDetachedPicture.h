@@ -66,6 +66,7 @@ public:
     /// "LazyDetachedPicture cloneDetached failed"; nothing is stored then and a later call tries again.
     std::shared_ptr<zelvo::ZelvoPicture> ensureWritablePicShared()
     {
+        std::shared_ptr<zelvo::ZelvoPicture> copy;  // before the lock: a copy that came too late is let go without it
         std::unique_lock<std::mutex> hold(lock_);
         if (writable_) {
             return writable_;
@@ -81,7 +82,7 @@ public:
         Order_ const order{sourceNamespace_, sourceId_, source_, pool_, cloner_};
         hold.unlock();
 
-        auto copy = cloneOutsideLock_(order);
+        copy = cloneOutsideLock_(order);
 
         hold.lock();
         if (!writable_) {

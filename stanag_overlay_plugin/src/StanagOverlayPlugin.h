@@ -28,28 +28,43 @@ public:
     void enableDebug(bool on) override;
     /// Takes backend and painter, which stay the host's; always true.
     bool init(RenderInit const& init) override;
+    /// The JSON Schema of the configuration; "availableKeys" lists the keys of the last telemetry found.
     std::string getConfigList() override;
     /// Replaces the blocks and forgets everything that was held for the old ones.
     void setConfig(std::string config) override;
+    /// Draws the blocks on the frame's writable copy. A frame without telemetry, picture, render target or
+    /// mapping is left as it is. Throws std::runtime_error "LazyDetachedPicture has no readable picture"
+    /// when the picture vanishes meanwhile; exceptions of the host's objects pass through, the pen is then
+    /// not restored.
     void render(RenderContext& context) override;
 
 private:
+    /// Merges the producers' payloads into `root`; true when there is any value. A key that several
+    /// producers deliver keeps the value of the first one. Counts the producers without an input and those
+    /// whose values come from an earlier frame.
     bool selectStanagRoot_(RenderContext const& context, SwJsonObject& root, unsigned long& providersMissing,
                            unsigned long& providersUsingLookback);
+    void countMiss_(std::uint64_t frameIndex, std::uint64_t nowNs, unsigned long providersMissing,
+                    unsigned long providersUsingLookback);
+    void updateAvailableKeys_(SwJsonObject const& root);
+    /// Makes the context's mapping one of `backend_`; false when the picture cannot be mapped.
+    bool mapPicture_(RenderContext& context);
+    void drawBlocks_(RenderContext const& context, zelvo::ZelvoPicture const& picture, SwJsonObject const& root,
+                     std::uint64_t nowNs);
 
     Painter* painter_ = nullptr;         // not owned
     IRenderBackend* backend_ = nullptr;  // not owned
     mutable std::string uuid_;
     std::vector<stanag_overlay::OverlayCfg> overlays_;
-    std::vector<stanag_overlay::OverlayRuntime> runtimes_;
-    std::vector<std::string> availableKeys_;
+    std::vector<stanag_overlay::OverlayRuntime> runtimes_;  // one per block
+    std::vector<std::string> availableKeys_;                // of the last telemetry found, in byte order
     stanag_overlay::ConfigSchemaBuilder schemaBuilder_;
     stanag_overlay::OverlayConfigParser parser_;
     stanag_overlay::OverlayTextFormatter formatter_;
     stanag_overlay::OverlayConditionEvaluator evaluator_;
     bool debug_ = false;
-    std::uint64_t missCount_ = 0;
-    std::uint64_t nextFallbackLogNs_ = 0;
-    std::uint64_t fallbackLogIntervalMs_ = 2000;
-    std::uint64_t fallbackLogEveryN_ = 60;
+    std::uint64_t missCount_ = 0;                 // frames without telemetry in a row
+    std::uint64_t nextFallbackLogNs_ = 0;         // steady clock
+    std::uint64_t fallbackLogIntervalMs_ = 2000;  // least spacing of the fallback lines
+    std::uint64_t fallbackLogEveryN_ = 60;        // and one on every 60th miss in a row
 };

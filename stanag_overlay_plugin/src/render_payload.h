@@ -1,4 +1,5 @@
-// Turns an input's payload into a flat JSON object.
+// Turns an input's payload into a flat JSON object: the first step of a frame, before the producers'
+// objects are merged.
 #pragma once
 
 #include "SwAny.h"
@@ -7,8 +8,12 @@
 namespace render_payload {
 
 /// The object that `payload` holds, converts to, or spells as JSON text, in this order of preference; an
-/// empty object when there is none. Text whose root is no object writes "Root is not a JSON object." to
-/// standard error. Never throws for bad content.
+/// empty object when there is none. Text that is no valid JSON gives nothing, silently; valid text whose
+/// root is no object writes "Root is not a JSON object." to standard error. Never throws, not even when
+/// a registered conversion does. SwAny(std::string(R"({"a":1})")) gives an object with the Int 1 under "a".
 SwJsonObject anyToJsonObject(SwAny const& payload);
+
+/// The same for a payload that nobody looks at again: an object it holds is moved out instead of copied.
+SwJsonObject anyToJsonObject(SwAny&& payload);
 
 }  // namespace render_payload
