@@ -1,0 +1,86 @@
+// One frame through the plugin; see the header.
+#include "frame_renderer.h"
+
+#include "imaging_access.h"
+
+#include "RenderContext.h"
+#include "SwAny.h"
+
+#include <stdexcept>
+
+namespace frame {
+namespace {
+
+constexpr char const* kInputType = "stanag.v1";
+constexpr char const* kPictureNamespace = "/stanag_overlay";
+
+/// The payload of the choice that stands under this frame and key; empty when there is none.
+SwAny payloadOf(std::vector<Choice> const& choices, std::uint64_t frame, std::string const& key)
+{
+    for (Choice const& choice : choices) {
+        if (choice.producer == key && choice.payloadFrame == frame) {
+            return SwAny(SwJsonObject(*choice.payload));
+        }
+    }
+    return {};
+}
+
+void fillInputs(RenderContext& context, std::vector<std::string> const& producers, std::vector<Choice> const& choices)
+{
+    std::vector<ProducerRecord>& declared = context.declaredProducers[kInputType];
+    for (std::string const& producer : producers) {
+        ProducerRecord record;
+        record.payloadKey = producer;
+        record.payloadType = kInputType;
+        declared.push_back(std::move(record));
+    }
+    std::vector<RenderInput>& inputs = context.inputsByType[kInputType].inputs;
+    for (Choice const& choice : choices) {
+        RenderInput input;
+        input.payloadKey = choice.producer;
+        input.payloadFrame = choice.payloadFrame;
+        input.fromLookback = choice.fromLookback;
+        inputs.push_back(std::move(input));
+    }
+}
+
+}  // namespace
+
+FrameRenderer::FrameRenderer() : pool_(std::make_shared<zelvo::ZelvoPicturePool>())
+{
+    imaging::openFonts(painter_);
+    if (!plugin_.get().init(RenderInit{&backend_, &painter_})) {
+        throw std::runtime_error("the overlay plugin refuses to start; build it for this program");
+    }
+}
+
+std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::takePicture(unsigned width, unsigned height)
+{
+    auto picture = imaging::takePicture(*pool_, width, height);
+    if (!picture) {
+        throw std::runtime_error("no memory for a picture of " + std::to_string(width) + "x" + std::to_string(height) +
+                                 "; use a smaller clip");
+    }
+    return picture;
+}
+
+std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::render(std::uint64_t frameIndex,
+                                                           std::shared_ptr<zelvo::ZelvoPicture> const& source,
+                                                           std::vector<std::string> const& producers,
+                                                           std::vector<Choice> const& choices)
+{
+    PayloadAccessor const accessor{
+        [&choices](std::uint64_t frame, std::string const& key) { return payloadOf(choices, frame, key); }};
+    RenderContext context;
+    context.frameIndex = frameIndex;
+    context.payloadAccessor = &accessor;
+    context.picture.reset(kPictureNamespace, frameIndex, source, pool_, nullptr);
+    fillInputs(context, producers, choices);
+
+    plugin_.get().render(context);
+
+    // Both the source and the copy were made by this host and are not const in truth.
+    return std::const_pointer_cast<zelvo::ZelvoPicture>(context.picture.readablePicShared());
+}
+
+}  // namespace frame

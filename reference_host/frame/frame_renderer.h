@@ -1,0 +1,47 @@
+// The host's side of a frame: builds the render context, calls the plugin, gives back the picture.
+#pragma once
+
+#include "mapped_backend.h"
+#include "plugin_loader.h"
+#include "telemetry_timeline.h"
+
+#include "IRenderPlugin.h"
+#include "Painter.h"
+#include "Picture.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace frame {
+
+class FrameRenderer {
+public:
+    /// Loads plugin and fonts. Throws std::runtime_error with one line.
+    FrameRenderer();
+
+    /// For setConfig and getConfigList.
+    IRenderPlugin& plugin() { return plugin_.get(); }
+    /// For its colour format and for recording texts.
+    Painter& painter() { return painter_; }
+    /// A picture with undefined contents; its memory is used again.
+    std::shared_ptr<zelvo::ZelvoPicture> takePicture(unsigned width, unsigned height);
+
+    /// Lets the plugin draw on a frame: the picture that comes back is `source` itself when nothing was
+    /// drawn, else its annotated copy. `producers` are all that could deliver telemetry, `choices` what
+    /// they deliver for this frame. `frameIndex` counts from 1.
+    std::shared_ptr<zelvo::ZelvoPicture> render(std::uint64_t frameIndex,
+                                                std::shared_ptr<zelvo::ZelvoPicture> const& source,
+                                                std::vector<std::string> const& producers,
+                                                std::vector<Choice> const& choices);
+
+private:
+    // In this order: the plugin ends before what it was given.
+    Painter painter_;
+    MappedBackend backend_;
+    std::shared_ptr<zelvo::ZelvoPicturePool> pool_;
+    LoadedPlugin plugin_;
+};
+
+}  // namespace frame

@@ -1,0 +1,33 @@
+// Finds the render plugin's library and keeps one instance of the plugin alive.
+#pragma once
+
+#include "IRenderPlugin.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace frame {
+
+/// Where the plugin's library is looked for, in this order: the file that the environment variable
+/// STANAG_OVERLAY_PLUGIN names (then nowhere else), the library folders beside the program's folder in
+/// the build tree and in an installed tree, the program's own folder.
+std::vector<std::string> pluginCandidates();
+
+class LoadedPlugin {
+public:
+    /// Loads the first candidate that exists. Throws std::runtime_error with one line that names the
+    /// places and the cure.
+    LoadedPlugin();
+    ~LoadedPlugin();
+    LoadedPlugin(LoadedPlugin const&) = delete;
+    LoadedPlugin& operator=(LoadedPlugin const&) = delete;
+
+    IRenderPlugin& get();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace frame

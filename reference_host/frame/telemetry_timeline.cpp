@@ -1,0 +1,59 @@
+// The association of telemetry and pictures by presentation time; see the header.
+#include "telemetry_timeline.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace frame {
+namespace {
+
+/// Clocks of different streams count in different units: two times closer than this are the same moment.
+/// A tick of the 90 kHz clock is eleven times longer.
+constexpr double kSameMoment = 1e-6;
+
+}  // namespace
+
+std::size_t TelemetryTimeline::addProducer(std::string name)
+{
+    names_.push_back(std::move(name));
+    entries_.emplace_back();
+    return names_.size() - 1;
+}
+
+void TelemetryTimeline::add(std::size_t producer, double seconds, SwJsonObject payload)
+{
+    if (payload.empty()) {
+        return;
+    }
+    std::deque<Entry>& entries = entries_[producer];
+    auto const place = std::upper_bound(entries.begin(), entries.end(), seconds,
+                                        [](double time, Entry const& entry) { return time < entry.seconds; });
+    entries.insert(place, Entry{seconds, std::make_shared<SwJsonObject const>(std::move(payload)), 0});
+    if (entries.size() > maxWaiting_) {
+        entries.pop_front();
+    }
+}
+
+std::vector<Choice> TelemetryTimeline::choose(double seconds, std::uint64_t frameIndex)
+{
+    std::vector<Choice> choices;
+    for (std::size_t producer = 0; producer < entries_.size(); ++producer) {
+        std::deque<Entry>& entries = entries_[producer];
+        auto const after = std::upper_bound(entries.begin(), entries.end(), seconds + kSameMoment,
+                                            [](double time, Entry const& entry) { return time < entry.seconds; });
+        if (after == entries.begin()) {
+            continue;
+        }
+        entries.erase(entries.begin(), after - 1);
+        Entry& chosen = entries.front();
+        if (chosen.firstFrame == 0) {
+            chosen.firstFrame = frameIndex;
+        }
+        bool const lookback = previousSeconds_ && chosen.seconds < *previousSeconds_ - kSameMoment;
+        choices.push_back({names_[producer], chosen.payload, chosen.firstFrame, lookback});
+    }
+    previousSeconds_ = seconds;
+    return choices;
+}
+
+}  // namespace frame
