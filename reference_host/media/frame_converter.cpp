@@ -37,6 +37,11 @@ bool isFullRangeFormat(int format)
 
 constexpr int kBt709FromLines = 720;
 
+int matrixOf(ColorFormat color)
+{
+    return color.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
+}
+
 int strideOr(int stride, int fallback)
 {
     return stride == 0 ? fallback : stride;
@@ -99,9 +104,6 @@ void FrameConverter::prepare_(Shape const& from, Shape const& to)
     av_opt_set_int(scaler, "dst_format", to.format, 0);
     av_opt_set_int(scaler, "dst_range", to.fullRange ? 1 : 0, 0);
     av_opt_set_int(scaler, "sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, 0);
-    constexpr int kOne = 1 << 16;
-    sws_setColorspaceDetails(scaler, sws_getCoefficients(from.matrix), from.fullRange ? 1 : 0,
-                             sws_getCoefficients(to.matrix), to.fullRange ? 1 : 0, 0, kOne, kOne);
     int const result = sws_init_context(scaler, nullptr, nullptr);
     if (result < 0) {
         scaler_.reset();
@@ -110,23 +112,26 @@ void FrameConverter::prepare_(Shape const& from, Shape const& to)
                                  (name == nullptr ? "unknown format" : name) +
                                  " cannot be converted: " + errorText(result));
     }
+    constexpr int kOne = 1 << 16;
+    sws_setColorspaceDetails(scaler, sws_getCoefficients(from.matrix), from.fullRange ? 1 : 0,
+                             sws_getCoefficients(to.matrix), to.fullRange ? 1 : 0, 0, kOne, kOne);
     from_ = from;
     to_ = to;
 }
 
 void FrameConverter::toNv12(AVFrame const& frame, MappedNV12 const& planes, ColorFormat color)
 {
-    int const matrix = color.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
-    bool const rgb = isRgb(frame.format);
-    prepare_({frame.width, frame.height, frame.format, matrix, rgb || color.fullRange},
-             {planes.width, planes.height, AV_PIX_FMT_NV12, matrix, color.fullRange});
+    // RGB has no matrix of its own and always the full range.
+    ColorFormat const own = isRgb(frame.format) ? ColorFormat{true, color.bt709} : nv12ColorOf(frame);
+    prepare_({frame.width, frame.height, frame.format, matrixOf(own), own.fullRange},
+             {planes.width, planes.height, AV_PIX_FMT_NV12, matrixOf(color), color.fullRange});
     Planes const to = planesOf(planes);
     run(scaler_.get(), frame.data, frame.linesize, frame.height, to.data.data(), to.strides.data());
 }
 
 void FrameConverter::fromNv12(MappedNV12 const& planes, AVFrame& target, ColorFormat color)
 {
-    int const matrix = color.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
+    int const matrix = matrixOf(color);
     bool const fullRange = isRgb(target.format) || isFullRangeFormat(target.format) || color.fullRange;
     prepare_({planes.width, planes.height, AV_PIX_FMT_NV12, matrix, color.fullRange},
              {target.width, target.height, target.format, matrix, fullRange});

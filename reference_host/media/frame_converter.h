@@ -1,4 +1,4 @@
-// Converts pictures between pixel formats and sizes; colour range and matrix stay what they are.
+// Converts pictures between pixel formats and sizes; colour range and matrix change only when asked to.
 #pragma once
 
 #include "Picture.h"
@@ -19,8 +19,8 @@ ColorFormat nv12ColorOf(AVFrame const& frame);
 /// Keeps its scaler from call to call; a change of format or size midway is no matter.
 class FrameConverter {
 public:
-    /// Writes `frame` into planes of any size. Throws std::runtime_error for pictures that no conversion
-    /// exists for.
+    /// Writes `frame` into planes of any size, in the colours that the planes are to have. Throws
+    /// std::runtime_error for pictures that no conversion exists for.
     void toNv12(AVFrame const& frame, MappedNV12 const& planes, ColorFormat color);
     /// Fills `target`, whose format, size and buffers are set, from a picture of the same size.
     void fromNv12(MappedNV12 const& planes, AVFrame& target, ColorFormat color);
