@@ -1,6 +1,9 @@
-// The JSON value tree: storage, deep copies, destruction and comparison without recursion, the short
-// text form. The reader fills such trees, the writer walks them, configuration and payload live in them.
-#include "SwJson.h"
+// The JSON value and its short text form. The reader fills trees of such values, the writer walks them,
+// configuration and payload live in them. What goes through a whole tree stands in SwJsonTree.cpp.
+#include "SwJsonValue.h"
+
+#include "SwJsonObject.h"
+#include "sw_json_tree.h"
 
 #include <charconv>
 
@@ -25,44 +28,15 @@ SwJsonValue::SwJsonValue(SwJsonArray array) : type_(Array), array_(std::make_sha
 SwJsonValue::SwJsonValue(std::shared_ptr<SwJsonObject> object) noexcept : type_(Object), object_(std::move(object)) {}
 SwJsonValue::SwJsonValue(std::shared_ptr<SwJsonArray> array) noexcept : type_(Array), array_(std::move(array)) {}
 
-SwJsonValue::SwJsonValue(SwJsonValue const& other)
-    : type_(other.type_)
-    , bool_(other.bool_)
-    , int_(other.int_)
-    , double_(other.double_)
-    , string_(other.string_)
-    , object_(other.object_ ? std::make_shared<SwJsonObject>(*other.object_) : nullptr)
-    , array_(other.array_ ? std::make_shared<SwJsonArray>(*other.array_) : nullptr)
+void SwJsonValue::copyContainer_(SwJsonValue const& other)
 {
+    SwJsonTree::copyTree(other, *this);
 }
-SwJsonValue::SwJsonValue(SwJsonValue&& other) noexcept
-    : type_(std::exchange(other.type_, Null))
-    , bool_(std::exchange(other.bool_, false))
-    , int_(std::exchange(other.int_, 0))
-    , double_(std::exchange(other.double_, 0.0))
-    , string_(std::move(other.string_))
-    , object_(std::move(other.object_))
-    , array_(std::move(other.array_))
+
+void SwJsonValue::releaseContainer_() noexcept
 {
-    other.string_.clear();
+    SwJsonTree::release(*this);
 }
-SwJsonValue& SwJsonValue::operator=(SwJsonValue const& other)
-{
-    return *this = SwJsonValue(other);
-}
-SwJsonValue& SwJsonValue::operator=(SwJsonValue&& other) noexcept
-{
-    SwJsonValue taken(std::move(other));
-    std::swap(type_, taken.type_);
-    std::swap(bool_, taken.bool_);
-    std::swap(int_, taken.int_);
-    std::swap(double_, taken.double_);
-    string_.swap(taken.string_);
-    object_.swap(taken.object_);
-    array_.swap(taken.array_);
-    return *this;
-}
-SwJsonValue::~SwJsonValue() = default;
 
 std::string SwJsonValue::toString() const
 {
@@ -97,48 +71,37 @@ SwJsonArray const& SwJsonValue::toArray() const noexcept
 
 bool operator==(SwJsonValue const& a, SwJsonValue const& b)
 {
-    return a.type_ == b.type_ && a.bool_ == b.bool_ && a.int_ == b.int_ && a.double_ == b.double_ &&
-           a.string_ == b.string_ && a.toObject() == b.toObject() && a.toArray() == b.toArray();
+    return SwJsonTree::equal(a, b);
 }
 
-SwJsonObject::SwJsonObject(std::initializer_list<std::pair<std::string const, SwJsonValue>> members)
+bool operator==(SwJsonObject const& a, SwJsonObject const& b)
 {
-    for (auto const& member : members) {
-        members_.insert_or_assign(member.first, member.second);
-    }
+    std::vector<SwJsonTree::Pair> pending;
+    return SwJsonTree::equalMembers(a, b, pending) && SwJsonTree::equalPending(pending);
 }
-SwJsonValue const& SwJsonObject::operator[](std::string_view key) const
+
+bool operator==(SwJsonArray const& a, SwJsonArray const& b)
 {
-    static SwJsonValue const nullValue;
-    auto const found = members_.find(key);
-    return found == members_.end() ? nullValue : found->second;
+    std::vector<SwJsonTree::Pair> pending;
+    return SwJsonTree::equalItems(a, b, pending) && SwJsonTree::equalPending(pending);
 }
-SwJsonValue& SwJsonObject::operator[](std::string_view key)
+
+SwJsonArray::SwJsonArray(SwJsonArray const& other) : SwJsonArray()
 {
-    auto const found = members_.lower_bound(key);
-    if (found != members_.end() && found->first == key) {
-        return found->second;
-    }
-    return members_.emplace_hint(found, std::string(key), SwJsonValue())->second;
+    std::vector<SwJsonCopy> pending;
+    SwJsonTree::copyItems(other, *this, pending);
+    SwJsonTree::copyPending(pending);
 }
-void SwJsonObject::insertOrAssign(std::string key, SwJsonValue value)
+
+SwJsonArray& SwJsonArray::operator=(SwJsonArray const& other)
 {
-    members_.insert_or_assign(std::move(key), std::move(value));
+    return *this = SwJsonArray(other);
 }
-std::size_t SwJsonObject::erase(std::string_view key)
+
+SwJsonArray& SwJsonArray::operator=(SwJsonArray&& other) noexcept
 {
-    auto const found = members_.find(key);
-    if (found == members_.end()) {
-        return 0;
-    }
-    members_.erase(found);
-    return 1;
-}
-std::vector<std::string> SwJsonObject::keys() const
-{
-    std::vector<std::string> names;
-    for (auto const& member : members_) {
-        names.push_back(member.first);
-    }
-    return names;
+    // Taken out first: `other` may stand inside an element that this array gives up.
+    SwJsonArray taken(std::move(other));
+    items_.swap(taken.items_);
+    return *this;
 }

@@ -3,6 +3,13 @@
 
 #include "SwJson.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
 class SwJsonTree {
 public:
     // Each setter expects a Null value, as a fresh slot is.
@@ -49,5 +56,52 @@ public:
         return slot;
     }
     /// A new Null element at the end.
-    static SwJsonValue& elementSlot(SwJsonArray& array) { return array.items_.emplace_back(); }
+    static SwJsonValue& elementSlot(SwJsonArray& array)
+    {
+        if (array.items_.capacity() == 0) {
+            array.items_.reserve(kFirstItems);
+        }
+        return array.items_.emplace_back();
+    }
+
+    /// Makes `target`, whose scalar fields are those of `source` already, a deep copy of it.
+    static void copyTree(SwJsonValue const& source, SwJsonValue& target);
+    /// Copies kind and scalar fields into a Null value; a container goes onto the list.
+    static void copyFields(SwJsonValue const& source, SwJsonValue& target, std::vector<SwJsonCopy>& pending)
+    {
+        target.type_ = source.type_;
+        target.bool_ = source.bool_;
+        target.int_ = source.int_;
+        target.double_ = source.double_;
+        if (!source.string_.empty()) {
+            target.string_ = source.string_;
+        }
+        if (source.hasContainer()) {
+            pending.push_back({&source, &target});
+        }
+    }
+    static void copyItems(SwJsonArray const& source, SwJsonArray& target, std::vector<SwJsonCopy>& pending);
+    /// Fills every container on the list and those found within.
+    static void copyPending(std::vector<SwJsonCopy>& pending);
+
+    /// Two values that are still to be compared.
+    using Pair = std::pair<SwJsonValue const*, SwJsonValue const*>;
+    static bool equal(SwJsonValue const& a, SwJsonValue const& b);
+    static bool equalMembers(SwJsonObject const& a, SwJsonObject const& b, std::vector<Pair>& pending);
+    static bool equalItems(SwJsonArray const& a, SwJsonArray const& b, std::vector<Pair>& pending);
+    /// Compares every pair of containers on the list and those found within.
+    static bool equalPending(std::vector<Pair>& pending);
+
+    /// Lets go of the container of a value, with everything that only it holds.
+    static void release(SwJsonValue& value) noexcept;
+
+private:
+    /// Room of an array that gets its first element.
+    static constexpr std::size_t kFirstItems = 2;
+
+    struct Containers;
+    static bool equalFields(SwJsonValue const& a, SwJsonValue const& b, std::vector<Pair>& pending);
+    static SwJsonValue* nextToRelease(Containers& containers) noexcept;
+    static SwJsonValue& slotOf(Containers& containers) noexcept;
+    static void releaseDeep(SwJsonValue& value) noexcept;
 };
