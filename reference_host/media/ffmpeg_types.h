@@ -8,6 +8,7 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -30,6 +31,12 @@ using InputPtr = std::unique_ptr<AVFormatContext, FfmpegDelete>;
 /// An empty frame or packet; throws std::bad_alloc when there is no memory.
 FramePtr makeFrame();
 PacketPtr makePacket();
+
+/// The time of a tick count: secondsOf(195030, {1, 90000}) is 2.167, the double nearest to the quotient.
+constexpr double secondsOf(std::int64_t ticks, AVRational timeBase)
+{
+    return static_cast<double>(ticks) * timeBase.num / timeBase.den;
+}
 
 /// What an FFmpeg error code means: errorText(AVERROR(ENOENT)) is "No such file or directory".
 std::string errorText(int code);

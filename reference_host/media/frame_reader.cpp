@@ -40,7 +40,7 @@ AVStream const& videoOf(Demuxer const& demuxer)
 FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds)
     : demuxer_(demuxer)
     , timeBase_(videoOf(demuxer).time_base)
-    , timeline_(av_q2d(timeBase_), ticksPerFrame(demuxer.frameRate(), timeBase_), demuxer.timeMayJump())
+    , timeline_(timeBase_, ticksPerFrame(demuxer.frameRate(), timeBase_), demuxer.timeMayJump())
     , decoder_(videoOf(demuxer), demuxer.name())
     , aheadSeconds_(aheadSeconds)
 {
@@ -86,7 +86,7 @@ bool FrameReader::frontIsDue_() const
     if (ended_ || videoBytes_ > kMaxWaitingBytes || video_.size() > kMaxWaitingUnits) {
         return true;
     }
-    double const present = static_cast<double>(video_.front()->pts) * av_q2d(timeBase_);
+    double const present = secondsOf(video_.front()->pts, timeBase_);
     return readUpTo_ >= present + aheadSeconds_;
 }
 
@@ -105,7 +105,7 @@ void FrameReader::readPacket_()
     } else if (kind != StreamKind::Other) {
         SideUnit unit;
         if (auto const time = known(packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts)) {
-            unit.streamSeconds = static_cast<double>(*time) * av_q2d(demuxer_.stream(stream).time_base);
+            unit.streamSeconds = secondsOf(*time, demuxer_.stream(stream).time_base);
         }
         unit.packet = std::move(packet);
         unit.stream = stream;
@@ -122,7 +122,7 @@ void FrameReader::addVideo_(PacketPtr packet)
     Timeline::Placed const placed = timeline_.placeVideo(known(packet->dts), known(packet->pts));
     packet->dts = placed.decodeTicks;
     packet->pts = placed.presentTicks;
-    readUpTo_ = static_cast<double>(placed.decodeTicks) * av_q2d(timeBase_);
+    readUpTo_ = secondsOf(placed.decodeTicks, timeBase_);
     placeWaiting_(packet->pos);
     videoBytes_ += static_cast<std::size_t>(packet->size);
     video_.push_back(std::move(packet));
@@ -182,7 +182,7 @@ VideoUnit FrameReader::finish_(FramePtr frame)
     auto const interval = std::llround(timeline_.intervalSeconds() / av_q2d(timeBase_));
     std::int64_t const guessed = lastTicks_ ? *lastTicks_ + interval : 0;
     unit.ticks = known(frame->best_effort_timestamp).value_or(guessed);
-    unit.seconds = static_cast<double>(unit.ticks) * av_q2d(timeBase_);
+    unit.seconds = secondsOf(unit.ticks, timeBase_);
     unit.number = nextNumber_++;
     unit.frame = std::move(frame);
     lastTicks_ = unit.ticks;

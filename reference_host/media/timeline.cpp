@@ -26,8 +26,8 @@ std::int64_t limitTicks(std::int64_t ticks)
 
 }  // namespace
 
-Timeline::Timeline(double secondsPerTick, std::int64_t intervalTicks, bool mayJump)
-    : secondsPerTick_(secondsPerTick)
+Timeline::Timeline(AVRational timeBase, std::int64_t intervalTicks, bool mayJump)
+    : timeBase_(timeBase)
     , intervalTicks_(std::clamp<std::int64_t>(intervalTicks, 1, kMaxTicks))
     , mayJump_(mayJump)
 {
@@ -35,7 +35,7 @@ Timeline::Timeline(double secondsPerTick, std::int64_t intervalTicks, bool mayJu
 
 bool Timeline::jumped_(std::int64_t rawTicks) const
 {
-    double const step = static_cast<double>(rawTicks - lastRaw_) * secondsPerTick_;
+    double const step = secondsOf(rawTicks - lastRaw_, timeBase_);
     return step < -kDisorderSeconds || step > kLeapSeconds;
 }
 
@@ -62,7 +62,7 @@ Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, s
     std::int64_t const present = limitTicks(presentTicks ? *presentTicks + offset_ : decode + lead_);
     if (!last_) {
         lead_ = present - decode;
-        previousSlot_ = static_cast<double>(present - intervalTicks_) * secondsPerTick_;
+        previousSlot_ = secondsOf(present - intervalTicks_, timeBase_);
     } else {
         previousSlot_ = slotSeconds();
     }
@@ -72,24 +72,24 @@ Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, s
 
 double Timeline::placeOther(double seconds) const
 {
-    double const current = seconds + static_cast<double>(offset_) * secondsPerTick_;
-    double const now = static_cast<double>(last_.value_or(0)) * secondsPerTick_;
-    double const sinceJump = now - static_cast<double>(jumpTicks_) * secondsPerTick_;
+    double const current = seconds + secondsOf(offset_, timeBase_);
+    double const now = secondsOf(last_.value_or(0), timeBase_);
+    double const sinceJump = now - secondsOf(jumpTicks_, timeBase_);
     if (offset_ == previousOffset_ || sinceJump > kOldClockSeconds) {
         return current;
     }
-    double const old = seconds + static_cast<double>(previousOffset_) * secondsPerTick_;
+    double const old = seconds + secondsOf(previousOffset_, timeBase_);
     return std::abs(old - now) < std::abs(current - now) ? old : current;
 }
 
 double Timeline::slotSeconds() const
 {
-    return static_cast<double>(last_.value_or(0) + lead_) * secondsPerTick_;
+    return secondsOf(last_.value_or(0) + lead_, timeBase_);
 }
 
 double Timeline::intervalSeconds() const
 {
-    return static_cast<double>(intervalTicks_) * secondsPerTick_;
+    return secondsOf(intervalTicks_, timeBase_);
 }
 
 }  // namespace media

@@ -1,9 +1,10 @@
 // One rising time axis for a clip: transport streams may start their clocks anew in mid-stream (clips
-// joined together, a sender that restarted), and telemetry may come without any time. Numbers only.
+// joined together, a sender that restarted), and telemetry may come without any time.
 #pragma once
 
+#include "ffmpeg_types.h"
+
 #include <cstdint>
-#include <deque>
 #include <optional>
 
 namespace media {
@@ -17,9 +18,9 @@ public:
         std::int64_t presentTicks;
     };
 
-    /// `secondsPerTick` of the video stream, `intervalTicks` from one frame to the next; with `mayJump`
-    /// false no jump is ever mended.
-    Timeline(double secondsPerTick, std::int64_t intervalTicks, bool mayJump);
+    /// The video stream's time base, `intervalTicks` from one frame to the next; with `mayJump` false no
+    /// jump is ever mended.
+    Timeline(AVRational timeBase, std::int64_t intervalTicks, bool mayJump);
 
     /// Places the next video packet in stream order. A decode time that falls back, or leaps ahead by more
     /// than ten seconds, continues one interval after the packet before.
@@ -39,7 +40,7 @@ public:
 private:
     bool jumped_(std::int64_t rawTicks) const;
 
-    double secondsPerTick_;
+    AVRational timeBase_;
     std::int64_t intervalTicks_;
     bool mayJump_;
     std::int64_t offset_ = 0;

@@ -1,0 +1,67 @@
+// Telemetry decoding per stream and the remarks about it; used by every command that reads a clip.
+#include "clip_telemetry.h"
+
+#include <span>
+
+namespace cli {
+namespace {
+
+std::string counted(std::uint64_t count, std::string const& one, std::string const& many)
+{
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string whyNothing(TelemetrySummary const& summary)
+{
+    if (!summary.anyStream) {
+        return "there is no KLV stream";
+    }
+    if (summary.counts.foreignKeys > 0) {
+        return counted(summary.counts.foreignKeys, "KLV packet is", "KLV packets are") + " not MISB ST 0601";
+    }
+    return "the KLV stream holds no MISB ST 0601 packet";
+}
+
+}  // namespace
+
+std::vector<telemetry::Packet> KlvStreams::decode(int stream, AVPacket const& unit, std::optional<double> seconds)
+{
+    if (unit.data == nullptr) {
+        return {};
+    }
+    return decoders_[stream].decode(std::span(unit.data, static_cast<std::size_t>(unit.size)), seconds);
+}
+
+telemetry::KlvCounts KlvStreams::counts() const
+{
+    telemetry::KlvCounts sum;
+    for (auto const& [stream, decoder] : decoders_) {
+        telemetry::KlvCounts const& counts = decoder.counts();
+        sum.packets += counts.packets;
+        sum.badChecksums += counts.badChecksums;
+        sum.foreignKeys += counts.foreignKeys;
+        sum.truncated += counts.truncated;
+    }
+    return sum;
+}
+
+std::vector<std::string> telemetryRemarks(std::string const& source, TelemetrySummary const& summary)
+{
+    std::vector<std::string> remarks;
+    if (summary.usable == 0) {
+        remarks.push_back(source + ": no usable telemetry was found: " + whyNothing(summary));
+    }
+    if (summary.counts.badChecksums > 0) {
+        remarks.push_back(
+            source + ": " + counted(summary.counts.badChecksums, "telemetry packet has", "telemetry packets have") +
+            " a wrong checksum and was used all the same (of " + std::to_string(summary.counts.packets) + ")");
+    }
+    if (summary.counts.truncated > 0) {
+        remarks.push_back(source + ": " +
+                          counted(summary.counts.truncated, "telemetry packet runs", "telemetry packets run") +
+                          " past the end and was dropped");
+    }
+    return remarks;
+}
+
+}  // namespace cli

@@ -1,0 +1,59 @@
+// The commands of the program. Each writes its result to its output and remarks to standard error; what
+// makes it impossible is thrown: WrongUsage and media::UnknownChoice for options that cannot be meant,
+// std::runtime_error with one line for everything else.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace cli {
+
+struct BurnOptions {
+    std::string input;
+    std::string config;
+    std::string output;
+    std::string telemetry;   ///< empty: the clip's own
+    std::string videoCodec;  ///< empty: the best one for the container
+    std::optional<std::int64_t> bitRate;
+    std::optional<double> crf;
+    bool noProgress = false;
+};
+
+struct FrameOptions {
+    std::string input;
+    std::string config;
+    std::string output;
+    std::string telemetry;
+    double atSeconds = 0.0;  ///< after the first picture
+};
+
+struct KeysOptions {
+    std::string input;
+    std::string telemetry;
+};
+
+struct TextOptions {
+    std::string input;
+    std::string config;
+    std::string telemetry;
+};
+
+struct SampleOptions {
+    std::string output;
+    double seconds = 10.0;
+    int width = 1280;
+    int height = 720;
+    double framesPerSecond = 30.0;
+    std::string videoCodec;
+};
+
+void runBurn(BurnOptions const& options);
+void runFrame(FrameOptions const& options);
+void runKeys(KeysOptions const& options);
+void runText(TextOptions const& options);
+void runSchema(std::string const& input);
+void runSample(SampleOptions const& options);
+void runCheck(std::string const& config, std::string const& input);
+
+}  // namespace cli

@@ -1,0 +1,25 @@
+// Reads a configuration and refuses what the plugin would silently take for an empty one.
+#pragma once
+
+#include "SwJson.h"
+
+#include <cstddef>
+#include <string>
+
+namespace cli {
+
+/// A configuration that the plugin can use.
+struct ConfigFile {
+    std::string path;
+    std::string text;   ///< for setConfig
+    SwJsonObject root;  ///< the same, read
+};
+
+/// Reads the file ("-" is standard input). Throws std::runtime_error with one line that names file, line,
+/// column and cure when it cannot be read, is not JSON, is no object or has no array "overlay".
+ConfigFile readConfig(std::string const& path);
+
+/// Line and column, both from 1, of a byte: "line 3, column 7".
+std::string placeText(std::string const& text, std::size_t index);
+
+}  // namespace cli

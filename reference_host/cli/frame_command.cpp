@@ -1,0 +1,86 @@
+// frame: one annotated picture of a clip as PNG.
+#include "annotated_clip.h"
+#include "commands.h"
+#include "config_file.h"
+#include "json_line.h"
+#include "messages.h"
+
+#include "imaging_access.h"
+#include "interrupt.h"
+#include "png_writer.h"
+
+#include <stdexcept>
+
+namespace cli {
+namespace {
+
+std::string secondsText(double seconds)
+{
+    std::string text;
+    appendJsonNumber(text, seconds);
+    return text + " s";
+}
+
+/// Two times closer than this are the same moment; a tick of the 90 kHz clock is eleven times longer.
+constexpr double kSameMoment = 1e-6;
+
+/// Finds the picture that is shown at the asked time: the last one at or before it, and not the last of
+/// all when the clip is over by then.
+class MomentSearch {
+public:
+    MomentSearch(FrameOptions const& options, AnnotatedClip& clip) : options_(options), clip_(clip) {}
+
+    ClipFrame find()
+    {
+        // The pictures before are shown to the plugin too, for what it holds from one to the next; texts
+        // that are only recorded cost nothing.
+        imaging::recordTexts(clip_.painter(), [](imaging::DrawnText const&) {});
+        std::optional<ClipFrame> shown;
+        double first = 0.0;
+        while (std::optional<ClipFrame> frame = clip_.next()) {
+            if (!shown) {
+                first = frame->seconds;
+            } else if (frame->seconds - first > options_.atSeconds + kSameMoment) {
+                return std::move(*shown);
+            } else {
+                clip_.annotate(*shown);
+            }
+            shown = std::move(frame);
+        }
+        return atTheEnd_(std::move(shown), first);
+    }
+
+private:
+    ClipFrame atTheEnd_(std::optional<ClipFrame> last, double first) const
+    {
+        if (!last) {
+            throw std::runtime_error(options_.input + ": holds no picture that can be decoded; give a clip with video");
+        }
+        double const end = last->seconds - first + 1.0 / av_q2d(clip_.demuxer().frameRate());
+        if (options_.atSeconds >= end) {
+            throw std::runtime_error(options_.input + ": has no picture at " + secondsText(options_.atSeconds) +
+                                     "; it ends at " + secondsText(end));
+        }
+        return std::move(*last);
+    }
+
+    FrameOptions const& options_;
+    AnnotatedClip& clip_;
+};
+
+}  // namespace
+
+void runFrame(FrameOptions const& options)
+{
+    ConfigFile const config = readConfig(options.config);
+    AnnotatedClip clip(options.input, options.telemetry, config.text);
+    ClipFrame const frame = MomentSearch(options, clip).find();
+    imaging::recordTexts(clip.painter(), nullptr);
+    auto const picture = clip.annotate(frame);
+    media::writePng(options.output, imaging::planesOf(*picture), clip.traits().color);
+    for (std::string const& remark : clip.remarks()) {
+        note(remark);
+    }
+}
+
+}  // namespace cli

@@ -1,0 +1,143 @@
+// JSON output of the commands. The framework's own writer rounds doubles to six decimals, which is right
+// for configurations and too coarse for telemetry.
+#include "json_line.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <vector>
+
+namespace cli {
+namespace {
+
+/// The length of the UTF-8 sequence that begins `text`, 0 when it is not well formed (RFC 3629).
+std::size_t utf8Length(std::string_view text)
+{
+    auto const byte = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    unsigned char const lead = byte(0);
+    if (lead < 0x80) {
+        return 1;
+    }
+    std::size_t const length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+        return 0;
+    }
+    for (std::size_t index = 1; index < length; ++index) {
+        if ((byte(index) & 0xC0U) != 0x80) {
+            return 0;
+        }
+    }
+    // Longer forms than needed, surrogates and numbers beyond the last code point.
+    unsigned char const second = byte(1);
+    bool const refused = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
+                         (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
+    return refused ? 0 : length;
+}
+
+void appendScalar(std::string& line, SwJsonValue const& value)
+{
+    switch (value.type()) {
+    case SwJsonValue::Bool:
+        line += value.toBool() ? "true" : "false";
+        break;
+    case SwJsonValue::Int:
+        line += std::to_string(value.toInt());
+        break;
+    case SwJsonValue::Double:
+        appendJsonNumber(line, value.toDouble());
+        break;
+    case SwJsonValue::String:
+        appendJsonString(line, value.stringRef());
+        break;
+    default:
+        line += "null";
+        break;
+    }
+}
+
+/// A container that is being written, and how far.
+struct OpenContainer {
+    SwJsonValue const* value;
+    SwJsonObject::const_iterator member;
+    std::size_t item = 0;
+    bool first = true;
+};
+
+/// The next value inside, with its comma and name written; null at the end of the container.
+SwJsonValue const* stepInto(std::string& line, OpenContainer& open)
+{
+    bool const object = open.value->isObject();
+    bool const ended = object ? open.member == open.value->toObject().end() : open.item == open.value->toArray().size();
+    if (ended) {
+        return nullptr;
+    }
+    if (!open.first) {
+        line += ", ";
+    }
+    open.first = false;
+    if (!object) {
+        return &open.value->toArray()[open.item++];
+    }
+    appendJsonString(line, open.member->first);
+    line += ": ";
+    return &(open.member++)->second;
+}
+
+}  // namespace
+
+void appendJsonString(std::string& line, std::string_view text)
+{
+    std::string clean;
+    clean.reserve(text.size());
+    while (!text.empty()) {
+        std::size_t const length = utf8Length(text);
+        if (length == 0) {
+            clean += "\xEF\xBF\xBD";
+            text.remove_prefix(1);
+        } else {
+            clean += text.substr(0, length);
+            text.remove_prefix(length);
+        }
+    }
+    line += '"';
+    line += SwJsonValue::escapeString(clean);
+    line += '"';
+}
+
+void appendJsonNumber(std::string& line, double number)
+{
+    if (!std::isfinite(number)) {
+        line += "null";
+        return;
+    }
+    std::array<char, 32> text{};
+    auto const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    line.append(text.data(), end);
+}
+
+void appendJson(std::string& line, SwJsonValue const& value)
+{
+    // A stack of our own: payloads may be nested deeper than a thread's stack reaches.
+    std::vector<OpenContainer> open;
+    SwJsonValue const* next = &value;
+    for (;;) {
+        if (next->isObject() || next->isArray()) {
+            line += next->isObject() ? '{' : '[';
+            open.push_back({next, next->toObject().begin()});
+        } else {
+            appendScalar(line, *next);
+        }
+        for (next = nullptr; !open.empty() && next == nullptr;) {
+            next = stepInto(line, open.back());
+            if (next == nullptr) {
+                line += open.back().value->isObject() ? '}' : ']';
+                open.pop_back();
+            }
+        }
+        if (next == nullptr) {
+            return;
+        }
+    }
+}
+
+}  // namespace cli

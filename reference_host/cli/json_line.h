@@ -1,0 +1,21 @@
+// Writes the program's JSON output: one line per record, numbers with all digits that a double needs.
+#pragma once
+
+#include "SwJson.h"
+
+#include <string>
+#include <string_view>
+
+namespace cli {
+
+/// Appends a quoted string. Bytes that are not UTF-8 become U+FFFD, so that every line is valid JSON.
+void appendJsonString(std::string& line, std::string_view text);
+
+/// Appends the shortest text that reads back as the same double: 2.167, 1e+22; null for infinities and
+/// not-a-number, which JSON does not have.
+void appendJsonNumber(std::string& line, double number);
+
+/// Appends any value in compact form, however deeply nested.
+void appendJson(std::string& line, SwJsonValue const& value);
+
+}  // namespace cli

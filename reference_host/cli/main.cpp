@@ -1,0 +1,224 @@
+// The program: reads the command line, runs one command, turns what went wrong into one line and an exit
+// code (0 done, 1 input or configuration unusable, 2 wrong usage).
+#include "commands.h"
+#include "messages.h"
+#include "silent_cerr.h"
+
+#include "encoder.h"
+#include "ffmpeg_types.h"
+#include "interrupt.h"
+
+#include "SwAny.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <csignal>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <new>
+#include <string>
+
+namespace cli {
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kUnusable = 1;
+constexpr int kUsage = 2;
+
+/// What the chosen command will do.
+using Action = std::function<void()>;
+
+/// "2500000", "2500k" or "2.5M" in bits per second.
+std::int64_t parseBitRate(std::string const& text)
+{
+    double number = 0.0;
+    auto const [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    std::string const unit(end, text.data() + text.size());
+    double const factor = unit.empty() ? 1.0 : unit == "k" ? 1e3 : unit == "M" ? 1e6 : 0.0;
+    double const bits = number * factor;
+    if (failure != std::errc() || !(bits >= 1000.0 && bits <= 1e10)) {
+        throw WrongUsage("--bitrate " + text + ": give bits per second, for example 2500k or 4M");
+    }
+    return static_cast<std::int64_t>(bits);
+}
+
+void parseSize(std::string const& text, SampleOptions& options)
+{
+    char const* const end = text.data() + text.size();
+    auto const width = std::from_chars(text.data(), end, options.width);
+    bool const crossed = width.ptr != end && *width.ptr == 'x';
+    auto const height = std::from_chars(crossed ? width.ptr + 1 : end, end, options.height);
+    constexpr int kMax = 16384;
+    bool const read = width.ec == std::errc() && crossed && height.ec == std::errc() && height.ptr == end;
+    if (!read || options.width < 1 || options.height < 1 || options.width > kMax || options.height > kMax) {
+        throw WrongUsage("--size " + text + ": give width and height, for example 1280x720");
+    }
+}
+
+void addConfig(CLI::App& command, std::string& config)
+{
+    command.add_option("-c,--config", config, "configuration, a JSON file")->required()->type_name("CONFIG.json");
+}
+
+void addTelemetry(CLI::App& command, std::string& file)
+{
+    command.add_option("--telemetry", file, "telemetry from a .jsonl or .klv file instead of the clip's own")
+        ->type_name("FILE");
+}
+
+void addBurn(CLI::App& app, Action& action)
+{
+    auto const options = std::make_shared<BurnOptions>();
+    auto const bitRate = std::make_shared<std::string>();
+    CLI::App* const command = app.add_subcommand("burn", "draw the telemetry into a clip");
+    command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
+    addConfig(*command, options->config);
+    command->add_option("-o,--output", options->output, "new clip or address; the ending chooses the container")
+        ->required()
+        ->type_name("OUTPUT");
+    addTelemetry(*command, options->telemetry);
+    command->add_option("--video-codec", options->videoCodec, "encoder, for example libx264 or ffv1")
+        ->type_name("NAME");
+    auto* const rate = command->add_option("--bitrate", *bitRate, "bits per second, for example 4M")->type_name("N");
+    command->add_option("--crf", options->crf, "constant quality, lower is better")->type_name("N")->excludes(rate);
+    command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
+    command->callback([&action, options, bitRate] {
+        action = [options, bitRate] {
+            if (!bitRate->empty()) {
+                options->bitRate = parseBitRate(*bitRate);
+            }
+            runBurn(*options);
+        };
+    });
+}
+
+void addFrame(CLI::App& app, Action& action)
+{
+    auto const options = std::make_shared<FrameOptions>();
+    CLI::App* const command = app.add_subcommand("frame", "make one annotated picture");
+    command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
+    addConfig(*command, options->config);
+    command->add_option("--at", options->atSeconds, "seconds after the first picture")
+        ->required()
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("-o,--output", options->output, "the picture")->required()->type_name("OUT.png");
+    addTelemetry(*command, options->telemetry);
+    command->callback([&action, options] { action = [options] { runFrame(*options); }; });
+}
+
+void addKeys(CLI::App& app, Action& action)
+{
+    auto const options = std::make_shared<KeysOptions>();
+    CLI::App* const command = app.add_subcommand("keys", "list the telemetry, one JSON line per packet");
+    command->add_option("INPUT", options->input, "clip, address, raw KLV; - is standard input")->required();
+    addTelemetry(*command, options->telemetry);
+    command->callback([&action, options] { action = [options] { runKeys(*options); }; });
+}
+
+void addText(CLI::App& app, Action& action)
+{
+    auto const options = std::make_shared<TextOptions>();
+    CLI::App* const command = app.add_subcommand("text", "list what would be drawn, one JSON line per frame");
+    command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
+    addConfig(*command, options->config);
+    addTelemetry(*command, options->telemetry);
+    command->callback([&action, options] { action = [options] { runText(*options); }; });
+}
+
+void addSchema(CLI::App& app, Action& action)
+{
+    auto const input = std::make_shared<std::string>();
+    CLI::App* const command = app.add_subcommand("schema", "print the JSON Schema of the configuration");
+    command->add_option("INPUT", *input, "clip whose telemetry keys are listed in it");
+    command->callback([&action, input] { action = [input] { runSchema(*input); }; });
+}
+
+void addCheck(CLI::App& app, Action& action)
+{
+    auto const config = std::make_shared<std::string>();
+    auto const input = std::make_shared<std::string>();
+    CLI::App* const command = app.add_subcommand("check", "tell what of a configuration would silently be changed");
+    command->add_option("CONFIG", *config, "configuration, a JSON file")->required();
+    command->add_option("INPUT", *input, "clip that must deliver the keys");
+    command->callback([&action, config, input] { action = [config, input] { runCheck(*config, *input); }; });
+}
+
+void addSample(CLI::App& app, Action& action)
+{
+    auto const options = std::make_shared<SampleOptions>();
+    auto const size = std::make_shared<std::string>("1280x720");
+    CLI::App* const command = app.add_subcommand("sample", "make a short flight with telemetry");
+    command->add_option("OUTPUT", options->output, "new clip, a .ts file")->required();
+    command->add_option("--seconds", options->seconds, "length")
+        ->capture_default_str()
+        ->check(CLI::Range(0.01, 86400.0));
+    command->add_option("--size", *size, "width and height")->capture_default_str()->type_name("WxH");
+    command->add_option("--fps", options->framesPerSecond, "frames per second")
+        ->capture_default_str()
+        ->check(CLI::Range(0.1, 240.0));
+    command->add_option("--video-codec", options->videoCodec, "encoder")->type_name("NAME");
+    command->callback([&action, options, size] {
+        action = [options, size] {
+            parseSize(*size, *options);
+            runSample(*options);
+        };
+    });
+}
+
+void prepareProcess()
+{
+    // A reader that closes its end shows as a failed write, not as a signal.
+    std::signal(SIGPIPE, SIG_IGN);
+    media::catchInterrupts();
+    media::quietLibraries();
+    // The type registry announces itself on its first use; nobody at a terminal needs that.
+    SilentCerr const silent;
+    SwAny::registerAllType();
+}
+
+int run(int argc, char** argv)
+{
+    CLI::App app("Burns telemetry text into video.", "stanag-overlay");
+    app.require_subcommand(1);
+    Action action;
+    addBurn(app, action);
+    addFrame(app, action);
+    addKeys(app, action);
+    addText(app, action);
+    addSchema(app, action);
+    addCheck(app, action);
+    addSample(app, action);
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::ParseError const& failure) {
+        return app.exit(failure) == 0 ? kDone : kUsage;
+    }
+    action();
+    return kDone;
+}
+
+}  // namespace
+}  // namespace cli
+
+int main(int argc, char** argv)
+{
+    try {
+        cli::prepareProcess();
+        return cli::run(argc, argv);
+    } catch (cli::WrongUsage const& failure) {
+        cli::note(failure.what());
+        return cli::kUsage;
+    } catch (media::UnknownChoice const& failure) {
+        cli::note(failure.what());
+        return cli::kUsage;
+    } catch (std::bad_alloc const&) {
+        cli::note("there is not enough memory; use smaller pictures");
+        return cli::kUnusable;
+    } catch (std::exception const& failure) {
+        cli::note(failure.what());
+        return cli::kUnusable;
+    }
+}

@@ -1,0 +1,17 @@
+// What the program says on standard error, and how commands refuse.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace cli {
+
+/// Options that cannot be meant: exit code 2. Everything else that is thrown gives exit code 1.
+struct WrongUsage : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Writes "stanag-overlay: " and the text as one line.
+void note(std::string const& text);
+
+}  // namespace cli

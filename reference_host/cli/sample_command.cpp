@@ -1,0 +1,78 @@
+// sample: a made flight as a transport stream with telemetry, for trying things out and for tests.
+#include "commands.h"
+#include "flight_model.h"
+#include "messages.h"
+
+#include "encoder.h"
+#include "imaging_access.h"
+#include "interrupt.h"
+#include "muxer.h"
+#include "telemetry.h"
+
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace cli {
+namespace {
+
+constexpr AVRational kClock{1, 90000};
+
+/// Players expect a stream to begin a little after zero.
+constexpr std::int64_t kFirstTicks = 90000;
+
+media::PacketPtr klvPacket(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
+{
+    media::PacketPtr packet = media::makePacket();
+    if (av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0) {
+        throw std::bad_alloc();
+    }
+    std::memcpy(packet->data, bytes.data(), bytes.size());
+    packet->pts = ticks;
+    packet->dts = ticks;
+    return packet;
+}
+
+media::EncoderSettings settingsFor(SampleOptions const& options)
+{
+    media::EncoderSettings settings;
+    settings.codecName = options.videoCodec;
+    settings.width = options.width;
+    settings.height = options.height;
+    settings.frameRate = av_d2q(options.framesPerSecond, 100000);
+    settings.timeBase = kClock;
+    return settings;
+}
+
+}  // namespace
+
+void runSample(SampleOptions const& options)
+{
+    media::Muxer muxer(options.output);
+    media::Encoder encoder(settingsFor(options), muxer.container());
+    int const video = muxer.addVideo(encoder.context());
+    auto const klv = muxer.addKlv();
+    if (!klv) {
+        throw WrongUsage(options.output + ": this container cannot carry KLV; use an output that ends in .ts");
+    }
+    muxer.begin();
+    auto const writeVideo = [&](AVPacket& packet) { muxer.write(packet, video, encoder.context().time_base); };
+    zelvo::ZelvoPicture picture(static_cast<unsigned>(options.width), static_cast<unsigned>(options.height));
+    MappedNV12 const planes = imaging::planesOf(picture);
+    double const aspect = static_cast<double>(options.width) / options.height;
+    auto const frames = std::llround(options.seconds * options.framesPerSecond);
+    for (std::int64_t number = 0; number < frames && !media::interrupted(); ++number) {
+        double const seconds = static_cast<double>(number) / options.framesPerSecond;
+        std::int64_t const ticks = kFirstTicks + std::llround(seconds * kClock.den);
+        flight::paintGround(seconds, planes);
+        media::PacketPtr const packet = klvPacket(telemetry::encodeKlv(flight::telemetryAt(seconds, aspect)), ticks);
+        muxer.write(*packet, *klv, kClock);
+        encoder.encode(planes, ticks, writeVideo);
+    }
+    encoder.flush(writeVideo);
+    muxer.finish();
+}
+
+}  // namespace cli

@@ -1,0 +1,34 @@
+// Checked writing to standard output: a result that is cut short must not look like a success.
+#include "standard_output.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+namespace cli {
+namespace {
+
+[[noreturn]] void failOutput()
+{
+    throw std::runtime_error(std::string("standard output cannot be written: ") + std::strerror(errno) +
+                             "; free some space or keep the reader open");
+}
+
+}  // namespace
+
+void writeLine(std::string const& text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fputc('\n', stdout) == EOF) {
+        failOutput();
+    }
+}
+
+void flushOutput()
+{
+    if (std::fflush(stdout) != 0) {
+        failOutput();
+    }
+}
+
+}  // namespace cli

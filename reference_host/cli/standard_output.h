@@ -1,0 +1,14 @@
+// Lines for standard output, with the one failure that a full disk or a closed pipe makes.
+#pragma once
+
+#include <string>
+
+namespace cli {
+
+/// Writes the text as one line. Throws std::runtime_error when it cannot be written.
+void writeLine(std::string const& text);
+
+/// Makes sure that everything has been written. Throws std::runtime_error when not.
+void flushOutput();
+
+}  // namespace cli
