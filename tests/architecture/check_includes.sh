@@ -1,0 +1,48 @@
+#!/bin/sh
+# Holds the arrows between the folders: framework <- host_api <- plugin, and framework, host_api <- reference
+# host. Reads the #include lines; a quoted header belongs to the folder in which it lies.
+#   check_includes.sh SOURCE_DIR
+set -eu
+cd "$1"
+failures=0
+
+# files_of FOLDER...: sources and headers
+files_of() {
+    find "$@" -type f \( -name '*.h' -o -name '*.cpp' \) | sort
+}
+
+# headers_of FOLDER: the names by which its headers are included, as one alternative of a pattern
+headers_of() {
+    find "$1" -type f -name '*.h' | sed 's|.*/||; s|\.|\\.|g' | sort -u | paste -s -d '|'
+}
+
+# forbid WHY PATTERN FILE...: no #include line of the files may match
+forbid() {
+    why=$1
+    pattern=$2
+    shift 2
+    [ $# -gt 0 ] && [ -n "$pattern" ] || { echo "check_includes: nothing to check for: $why"; failures=1; return 0; }
+    if grep -nE "^[[:space:]]*#[[:space:]]*include[[:space:]]*[<\"]([^>\"]*/)?($pattern)[>\"]" "$@" /dev/null; then
+        echo "  ^ $why"
+        failures=1
+    fi
+}
+
+host_api=$(headers_of host_api)
+plugin=$(headers_of stanag_overlay_plugin)
+host=$(headers_of reference_host)
+media='libav[a-z]*/.*|libsw[a-z]*/.*|ft2build\.h|freetype.*|hb(-[a-z]+)?\.h|fribidi.*|fontconfig.*|CLI/.*|png\.h|hwy/.*'
+
+forbid "the framework uses nothing of this project" "$host_api|$plugin|$host" $(files_of framework)
+forbid "the plugin interface uses only the framework" "$plugin|$host" $(files_of host_api)
+forbid "the plugin sees only framework and plugin interface" "$host" $(files_of stanag_overlay_plugin)
+forbid "the host loads the plugin, it never includes it" "$plugin" $(files_of reference_host)
+forbid "configuration, conditions and formats need no host" "$host_api|class_loader/.*" \
+    $(find stanag_overlay_plugin/src -name 'stanag_overlay_*' -o -name 'overlay_numbers*')
+forbid "media and text libraries belong to the reference host" "$media" \
+    $(files_of framework host_api stanag_overlay_plugin tests/framework tests/plugin tests/support)
+forbid "a folder is never reached by a relative path" '\.\./.*' \
+    $(files_of framework host_api stanag_overlay_plugin reference_host)
+
+[ "$failures" -eq 0 ] && echo "all includes follow the arrows"
+exit "$failures"

@@ -1,0 +1,43 @@
+#!/bin/sh
+# The check itself: on a small tree every forbidden include is found, and a good tree passes.
+#   check_includes_test.sh CHECK WORK_DIR
+set -eu
+check=$1
+tree=$2/tree
+
+good_tree() {
+    rm -rf "$tree"
+    mkdir -p "$tree/framework" "$tree/host_api" "$tree/stanag_overlay_plugin/src" "$tree/reference_host/media" \
+        "$tree/tests/framework" "$tree/tests/plugin" "$tree/tests/support"
+    : >"$tree/framework/SwText.h"
+    echo '#include "SwText.h"' >"$tree/host_api/Plugin.h"
+    : >"$tree/stanag_overlay_plugin/src/stanag_overlay_config.h"
+    printf '#include "Plugin.h"\n#include "SwText.h"\n' >"$tree/stanag_overlay_plugin/src/Overlay.cpp"
+    printf '#include "Plugin.h"\n#include <libavformat/avformat.h>\n' >"$tree/reference_host/media/demuxer.h"
+}
+
+# refused FILE INCLUDE
+refused() {
+    good_tree
+    echo "#include $2" >>"$tree/$1"
+    if "$check" "$tree" >/dev/null; then
+        echo "$1 may include $2"
+        exit 1
+    fi
+}
+
+good_tree
+"$check" "$tree"
+refused framework/SwText.h '"Plugin.h"'
+refused framework/SwText.h '"stanag_overlay_config.h"'
+refused framework/SwText.h '<libavutil/frame.h>'
+refused host_api/Plugin.h '"stanag_overlay_config.h"'
+refused host_api/Plugin.h '"demuxer.h"'
+refused stanag_overlay_plugin/src/Overlay.cpp '"media/demuxer.h"'
+refused stanag_overlay_plugin/src/Overlay.cpp '<hb.h>'
+refused stanag_overlay_plugin/src/Overlay.cpp '"../../framework/SwText.h"'
+refused stanag_overlay_plugin/src/stanag_overlay_config.h '"Plugin.h"'
+refused stanag_overlay_plugin/src/stanag_overlay_config.h '<class_loader/class_loader.hpp>'
+refused reference_host/media/demuxer.h '"stanag_overlay_config.h"'
+refused tests/plugin/some_test.cpp '<CLI/CLI.hpp>'
+echo "every forbidden include is found"
