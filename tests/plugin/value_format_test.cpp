@@ -1,0 +1,583 @@
+// The text of one key: plain and fixed numbers, dates, the checks before them, and what locales change.
+#include "stanag_overlay_format.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+#include <locale>
+#include <optional>
+#include <string>
+
+namespace stanag_overlay {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr std::int64_t kMax64 = std::numeric_limits<std::int64_t>::max();
+
+std::string lookup(OverlayCfg const& cfg, SwJsonValue const& value)
+{
+    OverlayRuntime runtime;
+    SwJsonObject const root{{"k", value}};
+    return OverlayTextFormatter().lookupFormatted(&root, "k", cfg, runtime, 1);
+}
+
+// The text under a format of its own.
+std::string lookup(FormatSpec const& spec, SwJsonValue const& value)
+{
+    OverlayCfg cfg;
+    cfg.missingPlaceholder = "(block)";
+    cfg.formats["k"] = spec;
+    return lookup(cfg, value);
+}
+
+// Sets the process time zone for one test.
+class TimeZone {
+public:
+    explicit TimeZone(char const* zone)
+    {
+        if (char const* const before = std::getenv("TZ")) {
+            before_ = before;
+        }
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+    ~TimeZone()
+    {
+        if (before_) {
+            setenv("TZ", before_->c_str(), 1);
+        } else {
+            unsetenv("TZ");
+        }
+        tzset();
+    }
+    TimeZone(TimeZone const&) = delete;
+    TimeZone& operator=(TimeZone const&) = delete;
+
+private:
+    std::optional<std::string> before_;
+};
+
+// Puts a facet into the global locale for one test.
+class GlobalFacet {
+public:
+    template <typename Facet>
+    explicit GlobalFacet(Facet* facet) : before_(std::locale::global(std::locale(std::locale::classic(), facet)))
+    {
+    }
+    ~GlobalFacet() { std::locale::global(before_); }
+    GlobalFacet(GlobalFacet const&) = delete;
+    GlobalFacet& operator=(GlobalFacet const&) = delete;
+
+private:
+    std::locale before_;
+};
+
+class DecimalComma : public std::numpunct<char> {
+protected:
+    char do_decimal_point() const override { return ','; }
+};
+
+class GroupedComma : public DecimalComma {
+protected:
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+struct Row {
+    char const* name;
+    SwJsonValue value;
+    std::string expected;
+};
+
+TEST(ValueFormat, TextFormWithoutDecimals)
+{
+    std::vector<Row> const rows = {
+        {"double", 1.5, "1.500000"},
+        {"integer", 42, "42"},
+        {"smallest integer", std::numeric_limits<std::int64_t>::min(), "-9223372036854775808"},
+        {"large double", 1e20, "100000000000000000000.000000"},
+        {"infinite", kInfinity, "inf"},
+        {"text", "abc", "abc"},
+        {"text of a number", "7.50", "7.50"},
+        {"empty text", "", ""},
+        {"true", true, "true"},
+        {"null", nullptr, "null"},
+        {"array", SwJsonArray{1, 2}, "{}"},
+        {"object", SwJsonObject{{"a", 1}}, "{}"},
+    };
+    FormatSpec plain;
+    plain.decimals = -3;
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(lookup(OverlayCfg(), row.value), row.expected);
+        EXPECT_EQ(lookup(FormatSpec(), row.value), row.expected);
+        EXPECT_EQ(lookup(plain, row.value), row.expected) << "any negative count of decimals";
+    }
+}
+
+TEST(ValueFormat, BlockDecimals)
+{
+    OverlayCfg cfg;
+    cfg.decimals = 2;
+    std::vector<Row> const rows = {
+        {"pi", 3.14159, "3.14"},
+        {"two", 2.0, "2"},
+        {"text of a number", "7.50", "7.5"},
+        {"text", "abc", "abc"},
+        {"true", true, "true"},
+        {"null", nullptr, "null"},
+        {"integer", 42, "42"},
+        {"zeros before", 100.0, "100"},
+        {"object", SwJsonObject{}, "{}"},
+        {"blank before", " 12", "12"},
+        {"blank after", "12 ", "12 "},
+        {"hexadecimal text", "0x1A", "26"},
+        {"small negative", -0.001, "-0"},
+        {"negative zero", -0.0, "-0"},
+        {"infinite", kInfinity, "inf"},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(lookup(cfg, row.value), row.expected);
+    }
+    cfg.trimTrailingZeros = false;
+    EXPECT_EQ(lookup(cfg, 2.0), "2.00");
+    EXPECT_EQ(lookup(cfg, -0.001), "-0.00");
+    cfg.decimals = 0;
+    EXPECT_EQ(lookup(cfg, 2.5), "2");
+}
+
+TEST(ValueFormat, AnEntryReplacesTheBlocksFieldsEntirely)
+{
+    OverlayCfg cfg;
+    cfg.decimals = 2;
+    cfg.trimTrailingZeros = true;
+    cfg.missingPlaceholder = "(block)";
+    cfg.formats["k"];
+    EXPECT_EQ(lookup(cfg, 1.5), "1.500000") << "the entry has no decimals of its own";
+    cfg.formats["k"].decimals = 3;
+    EXPECT_EQ(lookup(cfg, 1.5), "1.500") << "the entry does not trim";
+    OverlayRuntime runtime;
+    OverlayTextFormatter const formatter;
+    EXPECT_EQ(formatter.lookupFormatted(nullptr, "k", cfg, runtime, 1), "--");
+    EXPECT_EQ(formatter.lookupFormatted(nullptr, "other", cfg, runtime, 1), "(block)");
+    EXPECT_EQ(formatter.lookupFormatted(nullptr, "K", cfg, runtime, 1), "(block)");
+}
+
+struct FixedRow {
+    char const* name;
+    SwJsonValue value;
+    int decimals;
+    char const* plain;
+    char const* trimmed;
+};
+
+TEST(ValueFormat, FixedNumbers)
+{
+    std::vector<FixedRow> const rows = {
+        {"just above the tie", 0.05, 1, "0.1", "0.1"},
+        {"rounds to zero below zero", -0.04, 1, "-0.0", "-0"},
+        {"tie to even, down", 2.5, 0, "2", "2"},
+        {"tie to even, up", 3.5, 0, "4", "4"},
+        {"tie to even, two digits", 0.125, 2, "0.12", "0.12"},
+        {"just below the tie", 1.005, 2, "1.00", "1"},
+        {"zeros after the point", 12.5, 3, "12.500", "12.5"},
+        {"all zeros after the point", 12.0, 3, "12.000", "12"},
+        {"zeros before the point stay", 1200.0, 2, "1200.00", "1200"},
+        {"zeros before the point stay without a point", 1200.0, 0, "1200", "1200"},
+        {"zero", 0.0, 2, "0.00", "0"},
+        {"negative zero", -0.0, 2, "-0.00", "-0"},
+        {"negative zero without a point", -0.0, 0, "-0", "-0"},
+        {"carry", 999.996, 2, "1000.00", "1000"},
+        {"integer", 5, 2, "5.00", "5"},
+        {"largest integer through binary64", kMax64, 1, "9223372036854775808.0", "9223372036854775808"},
+        {"2^53 + 1", 9007199254740993LL, 0, "9007199254740992", "9007199254740992"},
+        {"twenty decimals of the stored value", 0.1, 20, "0.10000000000000000555", "0.10000000000000000555"},
+        {"large", 1e22, 1, "10000000000000000000000.0", "10000000000000000000000"},
+        {"infinite", kInfinity, 2, "inf", "inf"},
+        {"negative infinite", -kInfinity, 2, "-inf", "-inf"},
+        {"not a number", kNotANumber, 2, "nan", "nan"},
+        {"not a number with a sign", std::copysign(kNotANumber, -1.0), 2, "-nan", "-nan"},
+        {"text of a number", "1.25", 1, "1.2", "1.2"},
+        {"text nan", "nan", 1, "nan", "nan"},
+        {"text beyond binary64", "1e400", 1, "inf", "inf"},
+        {"text out of every range", "1e5000", 1, "1e5000", "1e5000"},
+        {"text with a unit", "12 m", 1, "12 m", "12 m"},
+        {"text with trailing zeros that is no number", "v1.00", 1, "v1.00", "v1.00"},
+        {"true", true, 1, "true", "true"},
+        {"null", nullptr, 1, "null", "null"},
+        {"array", SwJsonArray{}, 1, "{}", "{}"},
+    };
+    for (FixedRow const& row : rows) {
+        SCOPED_TRACE(row.name);
+        FormatSpec spec;
+        spec.decimals = row.decimals;
+        EXPECT_EQ(lookup(spec, row.value), row.plain);
+        spec.trimTrailingZeros = true;
+        EXPECT_EQ(lookup(spec, row.value), row.trimmed);
+    }
+}
+
+std::string printed(double number, int decimals)
+{
+    std::string text(static_cast<std::size_t>(std::snprintf(nullptr, 0, "%.*f", decimals, number)), '\0');
+    std::snprintf(text.data(), text.size() + 1, "%.*f", decimals, number);
+    return text;
+}
+
+TEST(ValueFormat, AnyCountOfDecimals)
+{
+    double const smallest = std::numeric_limits<double>::denorm_min();
+    double const largest = std::numeric_limits<double>::max();
+    FormatSpec spec;
+    for (int const decimals : {12, 17, 100, 1073, 1074, 1075, 1500, 20000}) {
+        SCOPED_TRACE(decimals);
+        spec.decimals = decimals;
+        for (double const number : {0.1, -2.5, smallest, -largest, 3.0, 1e-300}) {
+            spec.trimTrailingZeros = false;
+            std::string const expected = printed(number, decimals);
+            EXPECT_TRUE(lookup(spec, number) == expected) << number;
+            spec.trimTrailingZeros = true;
+            std::size_t const last = expected.find_last_not_of('0');
+            EXPECT_TRUE(lookup(spec, number) == expected.substr(0, expected[last] == '.' ? last : last + 1)) << number;
+        }
+    }
+}
+
+TEST(ValueFormat, HugeCountsOfDecimalsCostOnlyWhatIsShown)
+{
+    FormatSpec spec;
+    spec.decimals = std::numeric_limits<int>::max();
+    spec.trimTrailingZeros = true;
+    EXPECT_EQ(lookup(spec, 2.5), "2.5");
+    EXPECT_EQ(lookup(spec, -3), "-3");
+    EXPECT_EQ(lookup(spec, 0.1), "0.1000000000000000055511151231257827021181583404541015625");
+    EXPECT_EQ(lookup(spec, "x"), "x");
+    spec.trimTrailingZeros = false;
+    EXPECT_EQ(lookup(spec, kInfinity), "inf");
+    EXPECT_EQ(lookup(spec, kNotANumber), "nan");
+    spec.decimals = 5000000;
+    EXPECT_TRUE(lookup(spec, 2.5) == "2.5" + std::string(4999999, '0'));
+}
+
+TEST(ValueFormat, InvalidValues)
+{
+    struct InvalidRow {
+        char const* name;
+        std::vector<std::string> invalid;
+        SwJsonValue value;
+        bool isInvalid;
+    };
+    std::vector<InvalidRow> const rows = {
+        {"zero", {"0"}, 0, true},
+        {"zero as double", {"0"}, 0.0, true},
+        {"negative zero", {"0"}, -0.0, true},
+        {"almost zero", {"0"}, 0.0000000001, true},
+        {"text of zero", {"0"}, "0.0", true},
+        {"near zero", {"0"}, 0.000001, false},
+        {"exactly the tolerance away", {"0"}, 1e-9, false},
+        {"text", {"N/A"}, "N/A", true},
+        {"text in another case", {"N/A"}, "n/a", false},
+        {"number against text", {"N/A"}, 5, false},
+        {"Bool is not 1", {"1"}, true, false},
+        {"Bool by its text", {"true"}, true, true},
+        {"Bool by its text, false", {"true"}, false, false},
+        {"null by its text", {"null"}, nullptr, true},
+        {"object by its text", {"{}"}, SwJsonObject{{"a", 1}}, true},
+        {"array by its text", {"{}"}, SwJsonArray{1}, true},
+        {"later in the list", {"N/A", "7", "9"}, 9, true},
+        {"nowhere in the list", {"N/A", "7", "9"}, 8, false},
+        {"numbers are not compared as texts", {"nan"}, kNotANumber, false},
+        {"infinities differ from themselves", {"inf"}, kInfinity, false},
+        {"a number's text against a text that is no number", {"5.000000 "}, 5.0, false},
+        {"blank before the number", {" 5"}, 5, true},
+        {"blank after it makes a text", {"5 "}, 5, false},
+        {"the same text", {"5 "}, "5 ", true},
+        {"hexadecimal", {"0x10"}, 16, true},
+        {"text beyond every range is compared as text", {"1e5000"}, "1e5000", true},
+        {"empty text", {""}, "", true},
+        {"empty text against null", {""}, nullptr, false},
+        {"2^53 and its neighbour", {"9007199254740992"}, 9007199254740993LL, true},
+        {"no invalid values", {}, 0, false},
+    };
+    for (InvalidRow const& row : rows) {
+        SCOPED_TRACE(row.name);
+        FormatSpec spec;
+        spec.missingPlaceholder = "(missing)";
+        spec.invalidValues = row.invalid;
+        EXPECT_EQ(lookup(spec, row.value), row.isInvalid ? "(missing)" : row.value.toString());
+    }
+}
+
+TEST(ValueFormat, Range)
+{
+    struct RangeRow {
+        char const* name;
+        SwJsonValue value;
+        bool shown;
+    };
+    FormatSpec spec;
+    spec.missingPlaceholder = "(missing)";
+    spec.hasMin = true;
+    spec.hasMax = true;
+    spec.maxValue = 100.0;
+    std::vector<RangeRow> const rows = {
+        {"lower bound", 0, true},
+        {"negative zero", -0.0, true},
+        {"upper bound", 100, true},
+        {"upper bound as text", "100", true},
+        {"inside", 50.5, true},
+        {"below", -0.1, false},
+        {"above", 100.5, false},
+        {"barely below", -1e-300, false},
+        {"barely above as text", "100.00000000000000001", false},
+        {"infinite", kInfinity, false},
+        {"not-a-number passes", kNotANumber, true},
+        {"text nan passes", "nan", true},
+        {"text", "abc", false},
+        {"empty text", "", false},
+        {"true", true, false},
+        {"null", nullptr, false},
+        {"array", SwJsonArray{}, false},
+    };
+    for (RangeRow const& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(lookup(spec, row.value), row.shown ? row.value.toString() : "(missing)");
+    }
+    spec.hasMax = false;
+    EXPECT_EQ(lookup(spec, 1000), "1000");
+    EXPECT_EQ(lookup(spec, -1), "(missing)");
+    EXPECT_EQ(lookup(spec, "abc"), "(missing)");
+    spec.hasMin = false;
+    spec.hasMax = true;
+    EXPECT_EQ(lookup(spec, 1000), "(missing)");
+    EXPECT_EQ(lookup(spec, -1), "-1");
+    spec.hasMax = false;
+    EXPECT_EQ(lookup(spec, "abc"), "abc") << "bounds without their flags do not count";
+    // Crossed bounds leave nothing.
+    spec.hasMin = true;
+    spec.hasMax = true;
+    spec.minValue = 9;
+    spec.maxValue = 1;
+    EXPECT_EQ(lookup(spec, 5), "(missing)");
+}
+
+FormatSpec dateSpec(TimestampUnit unit, char const* pattern = nullptr)
+{
+    FormatSpec spec;
+    spec.date = true;
+    spec.timestampUnit = unit;
+    if (pattern != nullptr) {
+        spec.dateFormat = pattern;
+    }
+    return spec;
+}
+
+TEST(ValueFormat, Dates)
+{
+    struct DateRow {
+        char const* name;
+        TimestampUnit unit;
+        SwJsonValue value;
+        char const* expected;
+    };
+    auto const s = TimestampUnit::Seconds;
+    auto const ms = TimestampUnit::Milliseconds;
+    auto const us = TimestampUnit::Microseconds;
+    char const* const epoch = "00:00:00 01-01-1970";
+    std::vector<DateRow> const rows = {
+        {"milliseconds", ms, 1700000000123LL, "22:13:20 14-11-2023"},
+        {"seconds", s, 1700000000.9, "22:13:20 14-11-2023"},
+        {"microseconds", us, 1700000000123456LL, "22:13:20 14-11-2023"},
+        {"text", ms, "1700000000123", "22:13:20 14-11-2023"},
+        {"christmas", s, 1735135387, "14:03:07 25-12-2024"},
+        {"leap day", s, 1709164800, "00:00:00 29-02-2024"},
+        {"epoch", s, 0, epoch},
+        {"the fraction is dropped toward 1970", s, -1.5, "23:59:59 31-12-1969"},
+        {"less than a second before 1970", s, -0.9, epoch},
+        {"half microseconds round away from zero", us, -999999.5, "23:59:59 31-12-1969"},
+        {"less than half does not", us, -999999.25, epoch},
+        {"half microseconds upward", us, 59999999.5, "00:01:00 01-01-1970"},
+        {"text no number", ms, "abc", "abc"},
+        {"empty text", ms, "", ""},
+        {"true", ms, true, "true"},
+        {"null", ms, nullptr, "null"},
+        {"array", ms, SwJsonArray{1}, "{}"},
+        {"not a number", ms, kNotANumber, epoch},
+        {"text nan", ms, "nan", epoch},
+        // The largest count of microseconds times 1000 wraps to -1000 nanoseconds.
+        {"infinite", ms, kInfinity, epoch},
+        {"negative infinite", ms, -kInfinity, epoch},
+        {"far beyond 64 bits", s, 1e300, epoch},
+        {"largest integer", us, kMax64, epoch},
+        {"latest time before the wrap", s, 9223372036.0, "23:47:16 11-04-2262"},
+        {"one second later wraps to the earliest", s, 9223372037.0, "00:12:44 21-09-1677"},
+        {"earliest time", s, -9223372036.0, "00:12:44 21-09-1677"},
+        {"a whole turn of the wrap", us, 18446744073709552.0, epoch},
+    };
+    for (DateRow const& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(lookup(dateSpec(row.unit), row.value), row.expected);
+    }
+}
+
+TEST(ValueFormat, DatePatterns)
+{
+    struct PatternRow {
+        char const* name;
+        std::string pattern;
+        std::string expected;
+    };
+    // 2024-01-02 03:04:05 UTC, a Tuesday.
+    SwJsonValue const time = 1704164645;
+    std::vector<PatternRow> const rows = {
+        {"default", "%H:%M:%S %d-%m-%Y", "03:04:05 02-01-2024"},
+        {"empty", "", ""},
+        {"no conversion", "UTC", "UTC"},
+        {"percent", "100%%", "100%"},
+        {"percent at the end", "%H%", "03"},
+        {"percent alone", "%", ""},
+        {"modifier at the end", "%H%E", "03"},
+        {"ISO", "%Y-%m-%dT%H:%M:%SZ", "2024-01-02T03:04:05Z"},
+        {"composed conversions", "%F %T %R %D", "2024-01-02 03:04:05 03:04 01/02/24"},
+        {"names", "%a %A %b %B", "Tue Tuesday Jan January"},
+        {"day of the year, week", "%j %U %V %u", "002 00 01 2"},
+        {"twelve hours", "%I %p", "03 AM"},
+        {"zone", "%z %Z", "+0000 GMT"},
+        {"modifiers", "%EY %Od", "2024 02"},
+        {"line feed", "%H%n%M\n%S", "03\n04\n05"},
+        {"UTF-8", "%H\xC2\xB7%M",
+         "03\xC2\xB7"
+         "04"},
+        {"zero byte", std::string("%H\0%M", 5),
+         std::string("03\0"
+                     "04",
+                     5)},
+        {"two-digit year and century", "%y%%%C", "24%20"},
+    };
+    for (PatternRow const& row : rows) {
+        SCOPED_TRACE(row.name);
+        FormatSpec spec = dateSpec(TimestampUnit::Seconds);
+        spec.dateFormat = row.pattern;
+        EXPECT_EQ(lookup(spec, time), row.expected);
+    }
+}
+
+TEST(ValueFormat, DatesBypassDecimalsAndComeAfterTheChecks)
+{
+    FormatSpec spec = dateSpec(TimestampUnit::Seconds, "%Y");
+    spec.decimals = 2;
+    spec.trimTrailingZeros = true;
+    EXPECT_EQ(lookup(spec, 1700000000), "2023");
+    spec.invalidValues = {"0"};
+    EXPECT_EQ(lookup(spec, 0), "--");
+    spec.hasMin = true;
+    spec.minValue = 100;
+    EXPECT_EQ(lookup(spec, 99), "--");
+    EXPECT_EQ(lookup(spec, 100), "1970");
+    EXPECT_EQ(lookup(spec, "abc"), "--") << "with bounds a text that is no number is out of range";
+}
+
+TEST(ValueFormat, LocalTime)
+{
+    FormatSpec spec = dateSpec(TimestampUnit::Seconds, "%H:%M:%S %d-%m-%Y %Z");
+    spec.localTime = true;
+    FormatSpec utc = spec;
+    utc.localTime = false;
+    {
+        TimeZone const zone("CET-1CEST,M3.5.0,M10.5.0/3");
+        EXPECT_EQ(lookup(spec, 1700000000), "23:13:20 14-11-2023 CET");
+        EXPECT_EQ(lookup(spec, 1690000000), "06:26:40 22-07-2023 CEST");
+        EXPECT_EQ(lookup(utc, 1700000000), "22:13:20 14-11-2023 GMT");
+    }
+    {
+        TimeZone const zone("NST3:30");
+        EXPECT_EQ(lookup(spec, 1700000000), "18:43:20 14-11-2023 NST");
+        EXPECT_EQ(lookup(spec, -9223372036.0), "20:42:44 20-09-1677 NST");
+    }
+    {
+        TimeZone const zone("UTC0");
+        EXPECT_EQ(lookup(spec, 1700000000), "22:13:20 14-11-2023 UTC");
+    }
+    spec.dateFormat = "%H:%M:%S %d-%m-%Y";
+    {
+        TimeZone const zone("AAA-24:30");
+        EXPECT_EQ(lookup(spec, 1700000000), "22:43:20 15-11-2023");
+    }
+    {
+        TimeZone const unusable("No/Such Zone,,/");
+        EXPECT_EQ(lookup(spec, 1700000000), "22:13:20 14-11-2023");
+    }
+    {
+        TimeZone const none("");
+        EXPECT_EQ(lookup(spec, 1700000000), "22:13:20 14-11-2023");
+    }
+}
+
+TEST(ValueFormat, FixedNumbersFollowTheGlobalLocalesDecimalPoint)
+{
+    GlobalFacet const comma(new DecimalComma);
+    FormatSpec spec;
+    spec.decimals = 2;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234,50");
+    EXPECT_EQ(lookup(spec, "1234.5"), "1234,50") << "payload texts are still read with a point";
+    EXPECT_EQ(lookup(spec, "1234,5"), "1234,5");
+    EXPECT_EQ(lookup(spec, -kInfinity), "-inf");
+    EXPECT_EQ(lookup(spec, kNotANumber), "nan");
+    spec.trimTrailingZeros = true;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234,50") << "trimming looks for a point and finds none";
+    EXPECT_EQ(lookup(spec, 2.0), "2,00");
+    spec.decimals = 0;
+    EXPECT_EQ(lookup(spec, 1200.0), "1200");
+    spec.decimals = 1100;
+    std::string expected = printed(0.1, 1100);
+    expected[1] = ',';
+    EXPECT_TRUE(lookup(spec, 0.1) == expected);
+    spec.decimals = -1;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234.500000") << "the plain text form does not";
+    spec.invalidValues = {"1.5"};
+    EXPECT_EQ(lookup(spec, 1.5), "--");
+}
+
+TEST(ValueFormat, NumbersAreNeverGrouped)
+{
+    GlobalFacet const grouped(new GroupedComma);
+    FormatSpec spec;
+    spec.decimals = 2;
+    EXPECT_EQ(lookup(spec, 1234567.5), "1234567,50");
+    spec.trimTrailingZeros = true;
+    EXPECT_EQ(lookup(spec, 1234567.5), "1234567,50");
+    spec.decimals = 0;
+    EXPECT_EQ(lookup(spec, 1000000.0), "1000000");
+}
+
+class ShoutingTime : public std::time_put<char> {
+protected:
+    iter_type do_put(iter_type out, std::ios_base& /*base*/, char /*fill*/, std::tm const* /*time*/, char conversion,
+                     char /*modifier*/) const override
+    {
+        *out++ = '!';
+        *out++ = conversion;
+        return out;
+    }
+};
+
+TEST(ValueFormat, DatesFollowTheGlobalLocalesFacet)
+{
+    FormatSpec const spec = dateSpec(TimestampUnit::Seconds, "%H:%M");
+    {
+        GlobalFacet const shouting(new ShoutingTime);
+        EXPECT_EQ(lookup(spec, 0), "!H:!M");
+    }
+    EXPECT_EQ(lookup(spec, 0), "00:00");
+    GlobalFacet const comma(new DecimalComma);
+    EXPECT_EQ(lookup(spec, 0), "00:00");
+}
+
+}  // namespace
+}  // namespace stanag_overlay
