@@ -1,0 +1,22 @@
+// What stands up from the made flight's ground: houses, and cars on the paved road.
+#pragma once
+
+#include "flight_path.h"
+#include "ground_texture.h"
+
+#include <array>
+#include <vector>
+
+namespace flight {
+
+/// A flat convex face in the local frame, corners in order around it.
+struct Face {
+    std::array<Vec3, 4> corners;
+    int count = 4;  ///< 3 or 4
+    Yuv color;
+};
+
+/// All faces at a moment that look towards `eye`, the far objects first.
+std::vector<Face> facesTowards(Vec3 eye, double seconds);
+
+}  // namespace flight
