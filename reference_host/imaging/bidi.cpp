@@ -1,0 +1,108 @@
+// Finds the runs of a line by FriBidi; only lines with letters beyond the left-to-right alphabets come here.
+#include "bidi.h"
+
+#include "utf8.h"
+
+#include <fribidi.h>
+
+#include <algorithm>
+#include <cstdint>
+
+namespace imaging {
+namespace {
+
+/// Lead byte of the first letters that read from right to left.
+constexpr std::uint8_t kFirstRightToLeftLead = 0xD6;
+
+bool isRightToLeft(char32_t c)
+{
+    return (c >= 0x0590 && c <= 0x08FF) || c == 0x200F || c == 0x202B || c == 0x202E || c == 0x2067 ||
+           (c >= 0xFB1D && c <= 0xFDFF) || (c >= 0xFE70 && c <= 0xFEFC) || (c >= 0x10800 && c <= 0x10FFF) ||
+           (c >= 0x1E800 && c <= 0x1EFFF);
+}
+
+struct Decoded {
+    std::vector<FriBidiChar> codePoints;
+    std::vector<std::size_t> offsets;  ///< where each begins, and the end of the line
+};
+
+Decoded decode(std::string_view line)
+{
+    Decoded decoded;
+    for (std::size_t at = 0; at < line.size();) {
+        auto const next = codePointAt(line, at);
+        decoded.codePoints.push_back(next.value);
+        decoded.offsets.push_back(at);
+        at += next.bytes;
+    }
+    decoded.offsets.push_back(line.size());
+    return decoded;
+}
+
+/// Rule L2: from the highest level down to the lowest odd one, whatever stands at that level or above is turned.
+void reorder(std::vector<DirectedRun>& runs, std::vector<FriBidiLevel>& levels)
+{
+    int const highest = *std::max_element(levels.begin(), levels.end());
+    for (int level = highest; level > 0; --level) {
+        for (std::size_t begin = 0; begin < runs.size(); ++begin) {
+            std::size_t end = begin;
+            while (end < runs.size() && levels[end] >= level) {
+                ++end;
+            }
+            if (end == begin) {
+                continue;
+            }
+            auto const from = static_cast<std::ptrdiff_t>(begin);
+            auto const to = static_cast<std::ptrdiff_t>(end);
+            std::reverse(runs.begin() + from, runs.begin() + to);
+            std::reverse(levels.begin() + from, levels.begin() + to);
+            begin = end;
+        }
+    }
+}
+
+}  // namespace
+
+bool mayReadRightToLeft(std::string_view line)
+{
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        if (static_cast<std::uint8_t>(line[i]) >= kFirstRightToLeftLead && isRightToLeft(codePointAt(line, i).value)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::vector<DirectedRun> visualRuns(std::string_view line)
+{
+    auto const decoded = decode(line);
+    auto const count = static_cast<FriBidiStrIndex>(decoded.codePoints.size());
+    std::vector<FriBidiCharType> types(decoded.codePoints.size());
+    std::vector<FriBidiBracketType> brackets(decoded.codePoints.size());
+    std::vector<FriBidiLevel> levels(decoded.codePoints.size());
+    fribidi_get_bidi_types(decoded.codePoints.data(), count, types.data());
+    fribidi_get_bracket_types(decoded.codePoints.data(), count, types.data(), brackets.data());
+    FriBidiParType base = FRIBIDI_PAR_ON;
+    if (count == 0 ||
+        fribidi_get_par_embedding_levels_ex(types.data(), brackets.data(), count, &base, levels.data()) == 0) {
+        return {{line, Direction::LeftToRight}};
+    }
+
+    std::vector<DirectedRun> runs;
+    std::vector<FriBidiLevel> runLevels;
+    for (std::size_t begin = 0; begin < levels.size();) {
+        std::size_t end = begin + 1;
+        while (end < levels.size() && levels[end] == levels[begin]) {
+            ++end;
+        }
+        bool const rightToLeft = levels[begin] % 2 != 0;
+        runs.push_back({line.substr(decoded.offsets[begin], decoded.offsets[end] - decoded.offsets[begin]),
+                        rightToLeft ? Direction::RightToLeft : Direction::LeftToRight});
+        runLevels.push_back(levels[begin]);
+        begin = end;
+    }
+    reorder(runs, runLevels);
+    return runs;
+}
+
+}  // namespace imaging

@@ -1,0 +1,18 @@
+// What stands behind the opaque painter.
+#pragma once
+
+#include "Painter.h"
+#include "imaging_access.h"
+#include "rounded_box.h"
+#include "text_renderer.h"
+
+struct Painter::Impl {
+    Pen pen;
+    imaging::ColorMatrix matrix = imaging::ColorMatrix::Auto;
+    bool fullRange = false;
+    std::function<void(imaging::DrawnText const&)> observer;
+    imaging::TextRenderer texts;
+    imaging::BoxRenderer boxes;
+
+    imaging::YCbCr colorOn(MappedNV12 const& target) const;
+};
