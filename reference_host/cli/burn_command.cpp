@@ -11,6 +11,7 @@
 #include "muxer.h"
 #include "progress.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <stdexcept>
@@ -78,6 +79,9 @@ public:
         muxer_.finish();
     }
 
+    /// What somebody should know of the output once it is written.
+    std::vector<std::string> const& remarks() const { return remarks_; }
+
 private:
     /// More than any real clip has within the second that is read ahead.
     static constexpr std::size_t kMaxWaiting = 65536;
@@ -94,6 +98,7 @@ private:
     int videoStream_ = 0;
     std::map<int, int> outputs_;  ///< output stream by input stream
     std::multimap<double, media::SideUnit> side_;
+    std::vector<std::string> remarks_;
     bool begun_ = false;
 };
 
@@ -118,9 +123,10 @@ void ClipWriter::begin_()
     settings.topFieldFirst = traits.topFieldFirst;
     encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
     if (encoder_->extended()) {
-        note(options_.output + ": pictures of " + std::to_string(traits.width) + "x" + std::to_string(traits.height) +
-             " are stored as " + std::to_string(encoder_->context().width) + "x" +
-             std::to_string(encoder_->context().height) + ", as the encoder takes even sizes only");
+        remarks_.push_back(options_.output + ": pictures of " + std::to_string(traits.width) + "x" +
+                           std::to_string(traits.height) + " are stored as " +
+                           std::to_string(encoder_->context().width) + "x" +
+                           std::to_string(encoder_->context().height) + ", as the encoder takes even sizes only");
     }
     videoStream_ = muxer_.addVideo(encoder_->context());
     addSideStreams_();
@@ -136,17 +142,17 @@ void ClipWriter::addSideStreams_()
         if (auto const output = muxer_.addKlv()) {
             outputs_[stream] = *output;
         } else {
-            note(options_.output + ": " + container +
-                 " cannot carry KLV; the telemetry stream is left out (.ts carries it)");
+            remarks_.push_back(options_.output + ": " + container +
+                               " cannot carry KLV; the telemetry stream is left out (.ts carries it)");
         }
     }
     for (int const stream : demuxer.streamsOf(media::StreamKind::Audio)) {
         if (auto const output = muxer_.addCopy(demuxer.stream(stream))) {
             outputs_[stream] = *output;
         } else {
-            note(options_.output + ": " + container + " cannot carry " +
-                 avcodec_get_name(demuxer.stream(stream).codecpar->codec_id) +
-                 "; the sound is left out (.mkv carries it)");
+            remarks_.push_back(options_.output + ": " + container + " cannot carry " +
+                               avcodec_get_name(demuxer.stream(stream).codecpar->codec_id) +
+                               "; the sound is left out (.mkv carries it)");
         }
     }
 }
@@ -189,8 +195,8 @@ void runBurn(BurnOptions const& options)
         }
     }
     writer.finish(!media::interrupted());
-    for (std::string const& remark : clip.remarks()) {
-        note(remark);
+    for (auto const& remarks : {writer.remarks(), clip.remarks()}) {
+        std::for_each(remarks.begin(), remarks.end(), note);
     }
 }
 

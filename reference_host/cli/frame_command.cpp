@@ -2,13 +2,13 @@
 #include "annotated_clip.h"
 #include "commands.h"
 #include "config_file.h"
-#include "json_line.h"
 #include "messages.h"
 
 #include "imaging_access.h"
-#include "interrupt.h"
 #include "png_writer.h"
 
+#include <array>
+#include <cstdio>
 #include <stdexcept>
 
 namespace cli {
@@ -16,9 +16,9 @@ namespace {
 
 std::string secondsText(double seconds)
 {
-    std::string text;
-    appendJsonNumber(text, seconds);
-    return text + " s";
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%.3f s", seconds);
+    return text.data();
 }
 
 /// Two times closer than this are the same moment; a tick of the 90 kHz clock is eleven times longer.

@@ -1,6 +1,7 @@
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
 // code (0 done, 1 input or configuration unusable, 2 wrong usage).
 #include "commands.h"
+#include "json_line.h"
 #include "messages.h"
 #include "silent_cerr.h"
 
@@ -30,6 +31,13 @@ constexpr int kUsage = 2;
 /// What the chosen command will do.
 using Action = std::function<void()>;
 
+std::string numberText(double number)
+{
+    std::string text;
+    appendJsonNumber(text, number);
+    return text;
+}
+
 /// "2500000", "2500k" or "2.5M" in bits per second.
 std::int64_t parseBitRate(std::string const& text)
 {
@@ -42,6 +50,13 @@ std::int64_t parseBitRate(std::string const& text)
         throw WrongUsage("--bitrate " + text + ": give bits per second, for example 2500k or 4M");
     }
     return static_cast<std::int64_t>(bits);
+}
+
+void requireWithin(char const* option, double value, double least, double most)
+{
+    if (!(value >= least && value <= most)) {
+        throw WrongUsage(std::string(option) + ": give a number from " + numberText(least) + " to " + numberText(most));
+    }
 }
 
 void parseSize(std::string const& text, SampleOptions& options)
@@ -102,11 +117,15 @@ void addFrame(CLI::App& app, Action& action)
     addConfig(*command, options->config);
     command->add_option("--at", options->atSeconds, "seconds after the first picture")
         ->required()
-        ->type_name("SECONDS")
-        ->check(CLI::NonNegativeNumber);
+        ->type_name("SECONDS");
     command->add_option("-o,--output", options->output, "the picture")->required()->type_name("OUT.png");
     addTelemetry(*command, options->telemetry);
-    command->callback([&action, options] { action = [options] { runFrame(*options); }; });
+    command->callback([&action, options] {
+        action = [options] {
+            requireWithin("--at", options->atSeconds, 0.0, 1e9);
+            runFrame(*options);
+        };
+    });
 }
 
 void addKeys(CLI::App& app, Action& action)
@@ -152,17 +171,15 @@ void addSample(CLI::App& app, Action& action)
     auto const size = std::make_shared<std::string>("1280x720");
     CLI::App* const command = app.add_subcommand("sample", "make a short flight with telemetry");
     command->add_option("OUTPUT", options->output, "new clip, a .ts file")->required();
-    command->add_option("--seconds", options->seconds, "length")
-        ->capture_default_str()
-        ->check(CLI::Range(0.01, 86400.0));
+    command->add_option("--seconds", options->seconds, "length")->capture_default_str();
     command->add_option("--size", *size, "width and height")->capture_default_str()->type_name("WxH");
-    command->add_option("--fps", options->framesPerSecond, "frames per second")
-        ->capture_default_str()
-        ->check(CLI::Range(0.1, 240.0));
+    command->add_option("--fps", options->framesPerSecond, "frames per second")->capture_default_str();
     command->add_option("--video-codec", options->videoCodec, "encoder")->type_name("NAME");
     command->callback([&action, options, size] {
         action = [options, size] {
             parseSize(*size, *options);
+            requireWithin("--seconds", options->seconds, 0.01, 86400.0);
+            requireWithin("--fps", options->framesPerSecond, 0.1, 240.0);
             runSample(*options);
         };
     });
@@ -208,6 +225,8 @@ int main(int argc, char** argv)
     try {
         cli::prepareProcess();
         return cli::run(argc, argv);
+    } catch (cli::ReaderGone const&) {
+        return cli::kDone;
     } catch (cli::WrongUsage const& failure) {
         cli::note(failure.what());
         return cli::kUsage;

@@ -11,6 +11,11 @@ struct WrongUsage : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The reader of standard output has closed its end: it has seen what it wanted. Exit code 0, nothing said.
+struct ReaderGone : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// Writes "stanag-overlay: " and the text as one line.
 void note(std::string const& text);
 

@@ -1,6 +1,8 @@
 // Checked writing to standard output: a result that is cut short must not look like a success.
 #include "standard_output.h"
 
+#include "messages.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -11,8 +13,12 @@ namespace {
 
 [[noreturn]] void failOutput()
 {
-    throw std::runtime_error(std::string("standard output cannot be written: ") + std::strerror(errno) +
-                             "; free some space or keep the reader open");
+    int const reason = errno;
+    if (reason == EPIPE) {
+        throw ReaderGone("standard output is closed");
+    }
+    throw std::runtime_error(std::string("standard output cannot be written: ") + std::strerror(reason) +
+                             "; free some space");
 }
 
 }  // namespace

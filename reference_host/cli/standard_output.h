@@ -5,7 +5,8 @@
 
 namespace cli {
 
-/// Writes the text as one line. Throws std::runtime_error when it cannot be written.
+/// Writes the text as one line. Throws ReaderGone when nobody reads any more, std::runtime_error when it
+/// cannot be written for another reason.
 void writeLine(std::string const& text);
 
 /// Makes sure that everything has been written. Throws std::runtime_error when not.

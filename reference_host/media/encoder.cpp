@@ -90,7 +90,10 @@ void setQuality(AVCodecContext& context, AVCodec const& codec, EncoderSettings c
         if (!hasOption(codec, "crf")) {
             throw UnknownChoice(std::string("--crf: ") + codec.name + " has no constant quality; use --bitrate");
         }
-        av_opt_set(context.priv_data, "crf", std::to_string(*settings.crf).c_str(), 0);
+        std::string const value = std::to_string(*settings.crf);
+        if (av_opt_set(context.priv_data, "crf", value.c_str(), 0) < 0) {
+            throw UnknownChoice("--crf " + value + ": " + codec.name + " does not take this; try 20");
+        }
     } else if (settings.bitRate) {
         context.bit_rate = *settings.bitRate;
     } else if (hasOption(codec, "crf")) {

@@ -2,6 +2,7 @@
 #include "frame_converter.h"
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
@@ -18,6 +19,13 @@ bool isRgb(int format)
 {
     AVPixFmtDescriptor const* const description = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
     return description != nullptr && (description->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
+}
+
+/// Grey and black-and-white pictures have one component; unless marked otherwise they use the full range.
+bool isGray(int format)
+{
+    AVPixFmtDescriptor const* const description = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format));
+    return description != nullptr && description->nb_components <= 2 && !isRgb(format);
 }
 
 /// The old formats that say "full range" in their name.
@@ -79,7 +87,8 @@ ColorFormat nv12ColorOf(AVFrame const& frame)
         color.bt709 = byLines;
         return color;
     }
-    color.fullRange = frame.color_range == AVCOL_RANGE_JPEG || isFullRangeFormat(frame.format);
+    color.fullRange = frame.color_range == AVCOL_RANGE_JPEG || isFullRangeFormat(frame.format) ||
+                      (frame.color_range == AVCOL_RANGE_UNSPECIFIED && isGray(frame.format));
     bool const unmarked = frame.colorspace == AVCOL_SPC_UNSPECIFIED || frame.colorspace == AVCOL_SPC_RGB;
     color.bt709 = unmarked ? byLines : frame.colorspace == AVCOL_SPC_BT709;
     return color;
@@ -123,9 +132,18 @@ void FrameConverter::toNv12(AVFrame const& frame, MappedNV12 const& planes, Colo
 {
     // RGB has no matrix of its own and always the full range.
     ColorFormat const own = isRgb(frame.format) ? ColorFormat{true, color.bt709} : nv12ColorOf(frame);
+    Planes const to = planesOf(planes);
+    bool const sameShape =
+        frame.format == AV_PIX_FMT_NV12 && frame.width == planes.width && frame.height == planes.height;
+    if (sameShape && own == color) {
+        // The scaler's own copy of this format loses the chroma plane.
+        av_image_copy_plane(to.data[0], to.strides[0], frame.data[0], frame.linesize[0], planes.width, planes.height);
+        av_image_copy_plane(to.data[1], to.strides[1], frame.data[1], frame.linesize[1], (planes.width + 1) / 2 * 2,
+                            (planes.height + 1) / 2);
+        return;
+    }
     prepare_({frame.width, frame.height, frame.format, matrixOf(own), own.fullRange},
              {planes.width, planes.height, AV_PIX_FMT_NV12, matrixOf(color), color.fullRange});
-    Planes const to = planesOf(planes);
     run(scaler_.get(), frame.data, frame.linesize, frame.height, to.data.data(), to.strides.data());
 }
 

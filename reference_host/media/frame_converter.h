@@ -10,10 +10,12 @@ namespace media {
 struct ColorFormat {
     bool fullRange = false;
     bool bt709 = false;  ///< matrix BT.709, else BT.601
+
+    friend bool operator==(ColorFormat const&, ColorFormat const&) = default;
 };
 
 /// The colours that `frame` has once it is NV12. Unmarked YUV pictures count as limited range, with BT.709
-/// from 720 lines on; RGB pictures become that as well.
+/// from 720 lines on; RGB pictures become that as well. Unmarked grey pictures count as full range.
 ColorFormat nv12ColorOf(AVFrame const& frame);
 
 /// Keeps its scaler from call to call; a change of format or size midway is no matter.

@@ -69,11 +69,12 @@ void Muxer::fail_(int code) const
 
 void Muxer::check_(int code) const
 {
-    if (code < 0) {
-        fail_(code);
-    }
+    // The first failed write says why; what follows is only "invalid".
     if (context_->pb != nullptr && context_->pb->error < 0) {
         fail_(context_->pb->error);
+    }
+    if (code < 0) {
+        fail_(code);
     }
 }
 
@@ -125,7 +126,13 @@ std::optional<int> Muxer::addCopy(AVStream const& source)
 
 void Muxer::begin()
 {
-    check_(avformat_write_header(context_.get(), nullptr));
+    int const result = avformat_write_header(context_.get(), nullptr);
+    check_(0);
+    if (result < 0) {
+        std::string const codec = avcodec_get_name(context_->streams[0]->codecpar->codec_id);
+        throw UnknownChoice(file_.path() + ": " + context_->oformat->name + " does not take " + codec +
+                            " video; choose another ending or --video-codec");
+    }
 }
 
 void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)

@@ -32,6 +32,7 @@ public:
     /// A stream whose packets are passed on as they are; empty when the container does not carry it.
     std::optional<int> addCopy(AVStream const& source);
 
+    /// Throws UnknownChoice when the container does not take the streams.
     void begin();
     /// Takes the packet's contents; its times are in `timeBase`. A decode time that does not rise is moved
     /// on by one tick, as no container takes it otherwise.

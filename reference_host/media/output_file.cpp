@@ -50,12 +50,20 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)), writePath_(pa
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         return;
     }
-    std::string const folder = folderOf(path_);
+    // A link stays a link: the file that it names is the one to replace.
+    if (fs::exists(status)) {
+        target_ = fs::canonical(path_, failure).string();
+    }
+    if (target_.empty()) {
+        target_ = path_;
+    }
+    std::string const folder = folderOf(target_);
     if (!fs::is_directory(folder, failure)) {
         throw std::runtime_error(path_ + ": folder " + folder + " does not exist; create it first");
     }
     writePath_ =
-        (fs::path(folder) / ("." + fs::path(path_).filename().string() + ".part-" + std::to_string(getpid()))).string();
+        (fs::path(folder) / ("." + fs::path(target_).filename().string() + ".part-" + std::to_string(getpid())))
+            .string();
     constexpr mode_t kReadWriteAll = 0666;
     int const file = open(writePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kReadWriteAll);
     if (file < 0) {
@@ -79,7 +87,7 @@ void OutputFile::commit()
     if (!temporary_) {
         return;
     }
-    if (std::rename(writePath_.c_str(), path_.c_str()) != 0) {
+    if (std::rename(writePath_.c_str(), target_.c_str()) != 0) {
         throw std::runtime_error(writeFailure(path_, std::strerror(errno), false));
     }
     temporary_ = false;

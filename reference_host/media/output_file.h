@@ -26,6 +26,7 @@ public:
 private:
     std::string path_;
     std::string writePath_;
+    std::string target_;  ///< path_ with links followed
     bool temporary_ = false;
 };
 
