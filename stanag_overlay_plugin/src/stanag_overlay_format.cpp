@@ -186,8 +186,10 @@ std::optional<std::string> numericDateText(std::tm const& time, std::string_view
     return out;
 }
 
-std::string dateText(std::tm const& time, std::string const& pattern)
+// As std::put_time with the pattern as a C string, which a zero byte ends.
+std::string dateText(std::tm const& time, std::string_view dateFormat)
 {
+    std::string_view const pattern = dateFormat.substr(0, dateFormat.find('\0'));
     if (isGlobalLocaleClassic()) {
         if (std::optional<std::string> text = numericDateText(time, pattern)) {
             return *std::move(text);
