@@ -19,7 +19,8 @@ std::string number(double value)
 
 std::string form(TableRow const& row)
 {
-    std::string const bytes = row.width == 0 ? "any length" : std::to_string(row.width) + " bytes";
+    std::string const bytes =
+        row.width == 0 ? "any length" : std::to_string(row.width) + (row.width == 1 ? " byte" : " bytes");
     std::string const range = number(std::min(row.low, row.high)) + " to " + number(std::max(row.low, row.high)) + ", ";
     switch (row.rule) {
     case Rule::Text:

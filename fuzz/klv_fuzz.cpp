@@ -1,0 +1,39 @@
+// Any bytes as a stream unit: what is decoded and encoded again decodes to the same payload.
+#include "telemetry.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+void require(bool holds, char const* property)
+{
+    if (!holds) {
+        std::fprintf(stderr, "klv_fuzz: does not hold: %s\n", property);
+        std::abort();
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    telemetry::KlvDecoder decoder;
+    auto const packets = decoder.decode({data, size}, std::nullopt);
+    require(decoder.counts().packets == packets.size(), "every packet is counted");
+    require(decoder.counts().badChecksums <= packets.size(), "bad checksums are packets");
+    require((decoder.counts().foreignKeys + decoder.counts().truncated + packets.size()) * 16 <= size,
+            "every count has a key of its own");
+    for (telemetry::Packet const& packet : packets) {
+        auto const bytes = telemetry::encodeKlv(packet.payload);
+        telemetry::KlvDecoder again;
+        auto const back = again.decode(bytes, std::nullopt);
+        require(back.size() == 1, "an encoded payload is one packet");
+        require(back[0].checksum == telemetry::Checksum::Ok, "its checksum is right");
+        require(back[0].payload == packet.payload, "it decodes to the same payload");
+        require(telemetry::encodeKlv(back[0].payload) == bytes, "and encodes to the same bytes");
+    }
+    return 0;
+}
