@@ -54,6 +54,6 @@ void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);
 void runSchema(std::string const& input);
 void runSample(SampleOptions const& options);
-void runCheck(std::string const& config, std::string const& input);
+void runCheck(std::string const& configPath, std::string const& input);
 
 }  // namespace cli

@@ -110,9 +110,14 @@ void appendJsonNumber(std::string& line, double number)
         line += "null";
         return;
     }
+    constexpr double kLargestPlain = 1e15;
+    bool const plain = number == std::trunc(number) && std::abs(number) < kLargestPlain;
     std::array<char, 32> text{};
-    auto const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
-    line.append(text.data(), end);
+    char* const begin = text.data();
+    char* const limit = begin + text.size();
+    auto const end = plain ? std::to_chars(begin, limit, number, std::chars_format::fixed, 1).ptr
+                           : std::to_chars(begin, limit, number).ptr;
+    line.append(begin, end);
 }
 
 void appendJson(std::string& line, SwJsonValue const& value)

@@ -11,8 +11,8 @@ namespace cli {
 /// Appends a quoted string. Bytes that are not UTF-8 become U+FFFD, so that every line is valid JSON.
 void appendJsonString(std::string& line, std::string_view text);
 
-/// Appends the shortest text that reads back as the same double: 2.167, 1e+22; null for infinities and
-/// not-a-number, which JSON does not have.
+/// Appends the shortest text that reads back as the same double; whole numbers keep a ".0" that tells them
+/// from integers: 2.167, 600000.0, 1e+22. Infinities and not-a-number, which JSON does not have, give null.
 void appendJsonNumber(std::string& line, double number);
 
 /// Appends any value in compact form, however deeply nested.

@@ -1,7 +1,6 @@
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
 // code (0 done, 1 input or configuration unusable, 2 wrong usage).
 #include "commands.h"
-#include "json_line.h"
 #include "messages.h"
 #include "silent_cerr.h"
 
@@ -13,8 +12,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <array>
 #include <charconv>
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -33,9 +34,9 @@ using Action = std::function<void()>;
 
 std::string numberText(double number)
 {
-    std::string text;
-    appendJsonNumber(text, number);
-    return text;
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.15g", number);
+    return text.data();
 }
 
 /// "2500000", "2500k" or "2.5M" in bits per second.
