@@ -1,10 +1,10 @@
 # Installs the project into a folder of its own, builds the example host against that package alone, and runs it.
 #   cmake -DBUILD_DIR=... -DSOURCE_DIR=... -DWORK_DIR=... -DGENERATOR=... -DCXX=... -DFLAGS=... -P this
 function(run)
-    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
     if(NOT result EQUAL 0)
         string(REPLACE ";" " " command "${ARGV}")
-        message(FATAL_ERROR "failed (${result}): ${command}\n${output}")
+        message(FATAL_ERROR "failed (${result}): ${command}\n${output}${errors}")
     endif()
     set(output "${output}" PARENT_SCOPE)
 endfunction()
