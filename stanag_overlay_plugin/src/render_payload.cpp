@@ -10,10 +10,10 @@ namespace render_payload {
 
 namespace {
 
-SwJsonObject parseObject(SwString text)
+SwJsonObject parseObject(SwString const& text)
 {
     SwString error;
-    SwJsonDocument document = SwJsonDocument::fromJson(std::move(text), SwString(), error);
+    SwJsonDocument document = SwJsonDocument::fromJson(text, SwString(), error);
     if (!error.isEmpty()) {
         return {};
     }
@@ -35,11 +35,8 @@ SwJsonObject convertOrParse(SwAny const& payload)
             return std::move(converted.get<SwJsonObject>());
         }
     }
-    SwString text = payload.toString();
-    if (text.isEmpty()) {
-        return {};
-    }
-    return parseObject(std::move(text));
+    SwString const text = payload.toString();
+    return text.isEmpty() ? SwJsonObject() : parseObject(text);
 }
 
 }  // namespace

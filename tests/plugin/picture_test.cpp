@@ -67,6 +67,7 @@ std::set<ZelvoPicture*> resultsOfAllThreads(LazyDetachedPicture& picture)
 {
     std::vector<std::shared_ptr<ZelvoPicture>> results(kThreads);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (auto& result : results) {
         threads.emplace_back([&result, &picture] { result = picture.ensureWritablePicShared(); });
     }
@@ -153,7 +154,7 @@ TEST(LazyPicture, TheClonerGetsNamespaceAndId)
 TEST(LazyPicture, TheClonerComesOnlyAfterThePoolGaveNothing)
 {
     auto const pool = std::make_shared<ZelvoPicturePool>();
-    auto const fromCloner = std::make_shared<ZelvoPicture>(1U, 1U);
+    std::shared_ptr<ZelvoPicture> fromCloner = std::make_shared<ZelvoPicture>(1U, 1U);
     auto const cloner = [&fromCloner](std::string const&, std::uint64_t) { return fromCloner; };
     LazyDetachedPicture byPool("/a", 1, somePicture(), pool, cloner);
     EXPECT_NE(byPool.ensureWritablePicShared(), fromCloner);
@@ -294,7 +295,7 @@ TEST(BackendGuard, MovesItsMapping)
         IRenderBackend::Guard first(MappedNV12{recording::anyPlane(), recording::anyPlane(), 2, 2, 0, 0},
                                     [&releases] { ++releases; });
         IRenderBackend::Guard const second(std::move(first));
-        EXPECT_EQ(first.planes().y, nullptr);  // NOLINT(bugprone-use-after-move): that it is empty is the point
+        EXPECT_EQ(first.planes().y, nullptr);  // NOLINT: that it is empty is the point
         EXPECT_EQ(second.planes().width, 2);
         EXPECT_EQ(releases, 0);
     }

@@ -40,7 +40,7 @@ protected:
     {
         testing::internal::CaptureStderr();
         plugin_.render(host_.context());
-        std::string const line = testing::internal::GetCapturedStderr();
+        std::string line = testing::internal::GetCapturedStderr();
         std::string const drawn = recording::journal().text({"drawText"});
         constexpr char const* kBefore = "drawText 10 10 16 0 0 \"";
         constexpr char const* kAfter = "\" on 1920x1080\n";
