@@ -1,80 +1,209 @@
 // The JSON writer: value tree to text, compact or indented, in the clear or with encrypted scalars. Open
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
 #include "SwJson.h"
+#include "sw_json_scan.h"
 #include "sw_numbers.h"
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <locale>
 #include <sstream>
 
 namespace {
 
-constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+/// The product of two 64-bit numbers.
+__extension__ using Uint128 = unsigned __int128;
 
 /// The number of decimals of a Double with a fractional part.
 constexpr int kDecimals = 6;
 
-void appendEscaped(std::string_view text, std::string& out)
-{
-    std::size_t plainFrom = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        auto const byte = static_cast<unsigned char>(text[i]);
-        if (byte >= 0x20U && byte != '"' && byte != '\\') {
-            continue;
+/// What is written first gathers here, so that small pieces cost no call and no look at the string's room.
+class TextSink {
+public:
+    explicit TextSink(std::string& out) : out_(out) {}
+    TextSink(TextSink const&) = delete;
+    TextSink& operator=(TextSink const&) = delete;
+
+    void put(char byte)
+    {
+        if (used_ == sizeof buffer_) {
+            flush();
         }
-        out.append(text, plainFrom, i - plainFrom);
-        plainFrom = i + 1;
-        out.push_back('\\');
-        switch (byte) {
-        case '"':
-        case '\\':
-            out.push_back(text[i]);
-            break;
-        case '\b':
-            out.push_back('b');
-            break;
-        case '\f':
-            out.push_back('f');
-            break;
-        case '\n':
-            out.push_back('n');
-            break;
-        case '\r':
-            out.push_back('r');
-            break;
-        case '\t':
-            out.push_back('t');
-            break;
-        default:
-            out.append("u00");
-            out.push_back(kHexDigits[byte >> 4U]);
-            out.push_back(kHexDigits[byte & 15U]);
-            break;
+        buffer_[used_++] = byte;
+    }
+    void put(std::string_view bytes)
+    {
+        if (bytes.size() > sizeof buffer_ - used_) {
+            flush();
+            if (bytes.size() > sizeof buffer_) {
+                out_.append(bytes);
+                return;
+            }
+        }
+        std::memcpy(buffer_ + used_, bytes.data(), bytes.size());
+        used_ += bytes.size();
+    }
+    void fill(std::size_t count, char byte)
+    {
+        for (; count > 0; --count) {
+            put(byte);
         }
     }
-    out.append(text, plainFrom);
+    /// Room for `bytes` at the end, at most kLargestRoom; what of it was filled is told to `advance`.
+    char* room(std::size_t bytes)
+    {
+        if (bytes > sizeof buffer_ - used_) {
+            flush();
+        }
+        return buffer_ + used_;
+    }
+    void advance(char const* end) { used_ = static_cast<std::size_t>(end - buffer_); }
+    void flush()
+    {
+        out_.append(buffer_, used_);
+        used_ = 0;
+    }
+
+    static constexpr std::size_t kLargestRoom = 4096;
+
+private:
+    std::string& out_;
+    std::size_t used_ = 0;
+    char buffer_[kLargestRoom];
+};
+
+void putEscape(unsigned char byte, TextSink& out)
+{
+    constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+    out.put('\\');
+    switch (byte) {
+    case '"':
+    case '\\':
+        out.put(static_cast<char>(byte));
+        break;
+    case '\b':
+        out.put('b');
+        break;
+    case '\f':
+        out.put('f');
+        break;
+    case '\n':
+        out.put('n');
+        break;
+    case '\r':
+        out.put('r');
+        break;
+    case '\t':
+        out.put('t');
+        break;
+    default:
+        out.put("u00");
+        out.put(kHexDigits[byte >> 4U]);
+        out.put(kHexDigits[byte & 15U]);
+        break;
+    }
 }
 
-/// A number with a fractional part as a new stream writes it, which follows the global C++ locale.
-std::string fractionText(double number)
+void putEscaped(std::string_view text, TextSink& out)
 {
+    char const* at = text.data();
+    char const* const end = at + text.size();
+    for (;;) {
+        // The bytes that end a plain run while reading are those that need an escape while writing.
+        char const* const run = at;
+        at = sw_detail::endOfPlainRun(at, end);
+        out.put(std::string_view(run, static_cast<std::size_t>(at - run)));
+        if (at == end) {
+            return;
+        }
+        putEscape(static_cast<unsigned char>(*at), out);
+        ++at;
+    }
+}
+
+void putInt(std::int64_t number, TextSink& out)
+{
+    constexpr std::size_t kInt64Bytes = 20;
+    char* const room = out.room(kInt64Bytes);
+    out.advance(std::to_chars(room, room + kInt64Bytes, number).ptr);
+}
+
+/// Six decimals of a number with a fractional part, when that is possible in whole numbers: its magnitude
+/// below 2^53 and no binary digit of it below 2^-64 that could decide the rounding. Returns the end of the
+/// text, null when the long way has to be taken.
+char* fixedSixDecimals(double number, char* room)
+{
+    constexpr double kTwoTo53 = 9007199254740992.0;
+    constexpr double kTwoTo64 = 18446744073709551616.0;
+    constexpr std::uint64_t kMillion = 1000000U;
+    constexpr std::uint64_t kHalf = std::uint64_t{1} << 63U;
+    double const magnitude = std::abs(number);
+    if (magnitude >= kTwoTo53) {
+        return nullptr;
+    }
+    auto whole = static_cast<std::uint64_t>(magnitude);
+    // The fraction as a multiple of 2^-64; what lies below that is cut off.
+    double const scaled = (magnitude - static_cast<double>(whole)) * kTwoTo64;
+    auto const fraction = static_cast<std::uint64_t>(scaled);
+    auto const product = static_cast<Uint128>(fraction) * kMillion;
+    auto decimals = static_cast<std::uint64_t>(product >> 64U);
+    auto const rest = static_cast<std::uint64_t>(product);
+    bool const exact = static_cast<double>(fraction) == scaled;
+    // A cut-off digit adds less than a million to the rest, which matters only just below the half.
+    if (!exact && rest < kHalf && rest >= kHalf - kMillion) {
+        return nullptr;
+    }
+    // Halves go to the even neighbour, as in every correctly rounded output.
+    if (rest > kHalf || (rest == kHalf && (!exact || decimals % 2 != 0))) {
+        ++decimals;
+    }
+    whole += decimals / kMillion;
+    decimals %= kMillion;
+    *room = '-';
+    room += std::signbit(number) ? 1 : 0;
+    room = std::to_chars(room, room + 20, whole).ptr;
+    *room = '.';
+    for (int i = kDecimals; i > 0; --i) {
+        room[i] = static_cast<char>('0' + decimals % 10);
+        decimals /= 10;
+    }
+    return room + 1 + kDecimals;
+}
+
+/// A number with a fractional part as a new stream in fixed notation writes it.
+void putFraction(double number, TextSink& out)
+{
+    // 2^52 is the largest number below which there are fractions: 16 digits, point, decimals and sign.
+    constexpr std::size_t kFractionBytes = 32;
+    // A new stream takes the global locale; in the classic one its text can be made without it.
+    if (std::locale() == std::locale::classic()) {
+        char* const room = out.room(kFractionBytes);
+        char* end = fixedSixDecimals(number, room);
+        if (end == nullptr) {
+            end = std::to_chars(room, room + kFractionBytes, number, std::chars_format::fixed, kDecimals).ptr;
+        }
+        out.advance(end);
+        return;
+    }
     std::ostringstream stream;
     stream.precision(kDecimals);
     stream << std::fixed << number;
-    return stream.str();
+    out.put(stream.str());
 }
 
-std::string doubleText(double number)
+void putDouble(double number, TextSink& out)
 {
     if (std::isnan(number)) {
-        return "nan";
+        out.put("nan");
+        return;
     }
     double whole = 0.0;
     if (std::modf(number, &whole) == 0.0) {
-        return std::to_string(sw_detail::saturatedInt64(whole));
+        putInt(sw_detail::saturatedInt64(whole), out);
+        return;
     }
-    return fractionText(number);
+    putFraction(number, out);
 }
 
 /// One writing of one value.
@@ -99,6 +228,7 @@ public:
                 nextElement_(top);
             }
         }
+        out_.flush();
     }
 
 private:
@@ -114,16 +244,18 @@ private:
     {
         switch (value.type()) {
         case SwJsonValue::Null:
-            out_.append("null");
+            out_.put("null");
             break;
         case SwJsonValue::Bool:
-            writeScalar_(value.toBool() ? "true" : "false");
+            writeScalar_(value, [](SwJsonValue const& scalar, TextSink& out) {
+                out.put(std::string_view(scalar.toBool() ? "true" : "false"));
+            });
             break;
         case SwJsonValue::Int:
-            writeScalar_(std::to_string(value.toInt()));
+            writeScalar_(value, [](SwJsonValue const& scalar, TextSink& out) { putInt(scalar.toInt(), out); });
             break;
         case SwJsonValue::Double:
-            writeScalar_(doubleText(value.toDouble()));
+            writeScalar_(value, [](SwJsonValue const& scalar, TextSink& out) { putDouble(scalar.toDouble(), out); });
             break;
         case SwJsonValue::String:
             writeString_(value.stringRef());
@@ -137,29 +269,38 @@ private:
         }
     }
 
-    void writeScalar_(std::string const& text)
+    template <typename Put>
+    void writeScalar_(SwJsonValue const& scalar, Put const& put)
     {
-        out_.append(key_.isEmpty() ? text : SwString(text).encryptAES(key_).toStdString());
+        if (key_.isEmpty()) {
+            put(scalar, out_);
+            return;
+        }
+        std::string plain;
+        TextSink sink(plain);
+        put(scalar, sink);
+        sink.flush();
+        out_.put(SwString(std::move(plain)).encryptAES(key_).toStdString());
     }
 
     void writeString_(std::string const& text)
     {
-        out_.push_back('"');
+        out_.put('"');
         if (key_.isEmpty()) {
-            appendEscaped(text, out_);
+            putEscaped(text, out_);
         } else {
-            appendEscaped(SwString(text).encryptAES(key_).toStdString(), out_);
+            putEscaped(SwString(text).encryptAES(key_).toStdString(), out_);
         }
-        out_.push_back('"');
+        out_.put('"');
     }
 
     void openObject_(SwJsonObject const& object)
     {
         if (object.empty()) {
-            out_.append("{}");
+            out_.put("{}");
             return;
         }
-        out_.push_back('{');
+        out_.put('{');
         Open open;
         open.object = &object;
         open.member = object.begin();
@@ -169,10 +310,10 @@ private:
     void openArray_(SwJsonArray const& array)
     {
         if (array.empty()) {
-            out_.append("[]");
+            out_.put("[]");
             return;
         }
-        out_.push_back('[');
+        out_.put('[');
         Open open;
         open.array = &array;
         open_.push_back(open);
@@ -185,9 +326,9 @@ private:
             return;
         }
         separate_(top.member == top.object->begin());
-        out_.push_back('"');
-        appendEscaped(top.member->first, out_);
-        out_.append("\": ");
+        out_.put('"');
+        putEscaped(top.member->first, out_);
+        out_.put("\": ");
         SwJsonValue const& value = top.member->second;
         ++top.member;
         writeValue_(value);
@@ -209,7 +350,7 @@ private:
     void separate_(bool first)
     {
         if (!first) {
-            out_.push_back(',');
+            out_.put(',');
         }
         breakLine_();
     }
@@ -218,19 +359,19 @@ private:
     {
         open_.pop_back();
         breakLine_();
-        out_.push_back(bracket);
+        out_.put(bracket);
     }
 
     /// A line end and the indent of the open depth, in the indented form only.
     void breakLine_()
     {
         if (pretty_) {
-            out_.push_back('\n');
-            out_.append(2 * (baseLevel_ + open_.size()), ' ');
+            out_.put('\n');
+            out_.fill(2 * (baseLevel_ + open_.size()), ' ');
         }
     }
 
-    std::string& out_;
+    TextSink out_;
     bool pretty_;
     std::size_t baseLevel_;
     SwString const& key_;
@@ -243,7 +384,9 @@ std::string SwJsonValue::escapeString(std::string_view text)
 {
     std::string escaped;
     escaped.reserve(text.size());
-    appendEscaped(text, escaped);
+    TextSink sink(escaped);
+    putEscaped(text, sink);
+    sink.flush();
     return escaped;
 }
 
