@@ -1,8 +1,6 @@
 // Houses and cars as lit faces. ground_picture.cpp draws them over the map.
 #include "ground_objects.h"
 
-#include "ground_paint.h"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -10,9 +8,6 @@
 
 namespace flight {
 namespace {
-
-/// Towards the sun: low in the west-south-west, against the shadows of the map.
-constexpr Vec3 kSun{-0.66, -0.24, 0.71};
 
 /// A box with an optional gable roof along its length.
 struct Block {
@@ -61,8 +56,9 @@ private:
             return;
         }
         double const light = 0.52 + 0.52 * std::max(0.0, dot(outward, kSun) / length(outward));
-        auto const lit = [light](float part) { return std::min(1.0, static_cast<double>(part) * light); };
-        faces_.push_back({corners, count, toYuv(lit(color.r), lit(color.g), lit(color.b))});
+        auto const lit = [light](float part) { return static_cast<float>(static_cast<double>(part) * light); };
+        faces_.push_back(
+            {corners, count, toYuv({lit(color.r), lit(color.g), lit(color.b)}), length(block_.place - eye_)});
     }
 
     Block const& block_;

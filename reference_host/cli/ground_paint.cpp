@@ -77,19 +77,46 @@ struct Field {
     float tone = 1.0F;
 };
 
-/// Strips of fields across the map, each strip cut at its own places; the borders meander.
-Field fieldAt(double x, double y)
+/// The meandering of field borders, meters; its sines are taken once for every row and column.
+class Meander {
+public:
+    Meander(int size, double texelM)
+    {
+        for (int i = 0; i < size; ++i) {
+            double const m = (i + 0.5 - size / 2.0) * texelM * kTurn;
+            waves_.push_back({std::sin(m + 2.0), std::sin(2.0 * m + 1.0), std::sin(2.0 * m), std::cos(2.0 * m),
+                              std::sin(3.0 * m), std::cos(3.0 * m), std::sin(4.0 * m), std::cos(4.0 * m),
+                              std::sin(5.0 * m), std::cos(5.0 * m)});
+        }
+    }
+    /// Indices from the west and from the south.
+    double east(std::size_t x, std::size_t y) const
+    {
+        return 16.0 * waves_[y].sin2Late + 5.0 * (waves_[y].sin5 * waves_[x].cos2 + waves_[y].cos5 * waves_[x].sin2);
+    }
+    double north(std::size_t x, std::size_t y) const
+    {
+        return 20.0 * waves_[x].sin1Late + 6.0 * (waves_[x].sin4 * waves_[y].cos3 - waves_[x].cos4 * waves_[y].sin3);
+    }
+
+private:
+    struct Waves {
+        double sin1Late, sin2Late, sin2, cos2, sin3, cos3, sin4, cos4, sin5, cos5;
+    };
+    std::vector<Waves> waves_;
+};
+
+/// Strips of fields across the map, each strip cut at its own places. Takes the place after meandering.
+Field fieldAt(double wx, double wy)
 {
     constexpr int kStrips = 9;
-    double const wx = x + 16.0 * std::sin(2.0 * kTurn * y + 1.0) + 5.0 * std::sin(kTurn * (5.0 * y + 2.0 * x));
-    double const wy = y + 20.0 * std::sin(kTurn * x + 2.0) + 6.0 * std::sin(kTurn * (4.0 * x - 3.0 * y));
     double const strip = (wy / kMapM + 8.0) * kStrips;
     auto const row = static_cast<std::uint32_t>(strip) % kStrips;
     double const inStrip = strip - std::floor(strip);
     double const stripM = kMapM / kStrips;
     std::uint32_t const shape = hash(row, 77U);
     double const cuts = 6.0 + shape % 5U;
-    double const cell = (wx / kMapM + 8.0 + unit(shape)) * cuts;
+    double const cell = (wx / kMapM + 8.0 + static_cast<double>(unit(shape))) * cuts;
     auto const column = static_cast<std::uint32_t>(cell) % static_cast<std::uint32_t>(cuts);
     double const inCell = cell - std::floor(cell);
     double const cellM = kMapM / cuts;
@@ -140,27 +167,46 @@ double riverX(double y)
     return 372.0 + 46.0 * std::sin(kTurn * y + 0.5) + 13.0 * std::sin(3.0 * kTurn * y + 2.0);
 }
 
-/// Meters from a road's center line, taking its slope into account.
-double fromPaved(double x, double y)
+/// A road's middle at a place along it, and how much its slope stretches distances across it.
+struct RoadPoint {
+    double middle = 0.0;
+    double stretch = 1.0;
+    double away(double across) const { return std::abs(across - middle) / stretch; }
+};
+
+RoadPoint roadPoint(double (*middle)(double), double along)
 {
-    double const slope = (pavedRoadY(x + 1.0) - pavedRoadY(x - 1.0)) / 2.0;
-    return std::abs(y - pavedRoadY(x)) / std::hypot(1.0, slope);
+    return {middle(along), std::hypot(1.0, (middle(along + 1.0) - middle(along - 1.0)) / 2.0)};
 }
 
-double fromTrack(double x, double y)
-{
-    double const slope = (trackX(y + 1.0) - trackX(y - 1.0)) / 2.0;
-    return std::abs(x - trackX(y)) / std::hypot(1.0, slope);
-}
+/// A turned rectangle on the map.
+class Plot {
+public:
+    Plot(double x, double y, double turnDeg, double halfLength, double halfWidth)
+        : x_(x)
+        , y_(y)
+        , cos_(std::cos(turnDeg * std::numbers::pi / 180.0))
+        , sin_(std::sin(turnDeg * std::numbers::pi / 180.0))
+        , halfLength_(halfLength)
+        , halfWidth_(halfWidth)
+    {
+    }
+    explicit Plot(House const& house) : Plot(house.x, house.y, house.turnDeg, house.halfLength, house.halfWidth) {}
 
-/// Meters outside a turned rectangle, negative inside.
-double fromBox(double x, double y, House const& box, double margin)
-{
-    double const turn = box.turnDeg * std::numbers::pi / 180.0;
-    double const u = (x - box.x) * std::cos(turn) + (y - box.y) * std::sin(turn);
-    double const v = (y - box.y) * std::cos(turn) - (x - box.x) * std::sin(turn);
-    return std::max(std::abs(u) - box.halfLength, std::abs(v) - box.halfWidth) - margin;
-}
+    double along(double x, double y) const { return (x - x_) * cos_ + (y - y_) * sin_; }
+    double across(double x, double y) const { return (y - y_) * cos_ - (x - x_) * sin_; }
+    /// Meters outside, negative inside.
+    double outside(double x, double y) const
+    {
+        return std::max(std::abs(along(x, y)) - halfLength_, std::abs(across(x, y)) - halfWidth_);
+    }
+
+private:
+    double x_, y_, cos_, sin_, halfLength_, halfWidth_;
+};
+
+Plot const kSolarFarm(190.0, -92.0, 9.0, 62.0, 46.0);
+Plot const kApron(0.0, 0.0, 12.0, 24.0, 19.0);
 
 }  // namespace
 
@@ -194,21 +240,26 @@ void GroundPaint::forEachAround_(double x, double y, double reachM, Shade&& shad
 
 void GroundPaint::paintFields()
 {
+    Meander const meander(size_, texelM_);
     for (int row = 0; row < size_; ++row) {
+        double const y = northOf_(row);
+        auto const fromSouth = static_cast<std::size_t>(size_ - 1 - row);
         for (int column = 0; column < size_; ++column) {
             double const x = eastOf_(column);
-            double const y = northOf_(row);
-            Field const field = fieldAt(x, y);
+            auto const fromWest = static_cast<std::size_t>(column);
+            Field const field = fieldAt(x + meander.east(fromWest, fromSouth), y + meander.north(fromWest, fromSouth));
             float const patches = noise(x, y, 23, 1) * 0.6F + noise(x, y, 90, 2) * 0.4F;
             float const grain = unit(hash(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(row)));
             Rgb color = field.alongX ? cropColor(field, y, x) : cropColor(field, x, y);
             color = scaled(color, field.tone * (0.86F + 0.22F * patches + 0.07F * (grain - 0.5F)));
-            float const ragged = 2.2F + 2.4F * noise(x, y, 150, 5);
-            Rgb const hedge = scaled({0.22F, 0.33F, 0.14F}, 0.75F + 0.5F * noise(x, y, 400, 6));
-            float const border = inside(field.toEdgeM - static_cast<double>(ragged) * 0.55);
             std::size_t const texel = indexOf_(column, row);
-            texels_[texel] = mix(color, hedge, border);
-            wood_[texel] = field.toEdgeM < 3.0 ? 0.34F * noise(x, y, 14, 9) : 0.0F;
+            if (field.toEdgeM < 4.0) {
+                double const ragged = 1.2 + 1.3 * static_cast<double>(noise(x, y, 150, 5));
+                Rgb const hedge = scaled({0.22F, 0.33F, 0.14F}, 0.75F + 0.5F * noise(x, y, 400, 6));
+                color = mix(color, hedge, inside(field.toEdgeM - ragged));
+                wood_[texel] = 0.34F * noise(x, y, 14, 9);
+            }
+            texels_[texel] = color;
         }
     }
 }
@@ -239,12 +290,17 @@ void GroundPaint::paintRiver()
 
 void GroundPaint::paintRoads()
 {
+    std::vector<RoadPoint> pavedAt;
+    for (int column = 0; column < size_; ++column) {
+        pavedAt.push_back(roadPoint(pavedRoadY, eastOf_(column)));
+    }
     for (int row = 0; row < size_; ++row) {
+        double const y = northOf_(row);
+        RoadPoint const trackAt = roadPoint(trackX, y);
         for (int column = 0; column < size_; ++column) {
             double const x = eastOf_(column);
-            double const y = northOf_(row);
-            double const paved = fromPaved(x, y);
-            double const track = fromTrack(x, y);
+            double const paved = pavedAt[static_cast<std::size_t>(column)].away(y);
+            double const track = trackAt.away(x);
             if (paved > 12.0 && track > 9.0) {
                 continue;
             }
@@ -266,13 +322,11 @@ void GroundPaint::paintRoads()
 
 void GroundPaint::paintSolarFarm()
 {
-    House const site{190.0, -92.0, 9.0, 62.0, 46.0, 0, 0, 0};
-    double const turn = site.turnDeg * std::numbers::pi / 180.0;
-    forEachAround_(site.x, site.y, 84.0, [&](Rgb& texel, double x, double y) {
-        double const u = (x - site.x) * std::cos(turn) + (y - site.y) * std::sin(turn);
-        double const v = (y - site.y) * std::cos(turn) - (x - site.x) * std::sin(turn);
+    forEachAround_(190.0, -92.0, 84.0, [&](Rgb& texel, double x, double y) {
+        double const u = kSolarFarm.along(x, y);
+        double const v = kSolarFarm.across(x, y);
         float const gravel = 0.9F + 0.2F * noise(x, y, 256, 31);
-        texel = mix(texel, scaled({0.55F, 0.56F, 0.42F}, gravel), inside(fromBox(x, y, site, 0.0)));
+        texel = mix(texel, scaled({0.55F, 0.56F, 0.42F}, gravel), inside(kSolarFarm.outside(x, y)));
         double const row = std::abs(std::remainder(v, 7.0));
         double const aisle = std::abs(std::remainder(u, 31.0));
         double const rim = std::max(std::abs(u) - 58.0, std::abs(v) - 42.0);
@@ -285,17 +339,18 @@ void GroundPaint::paintSolarFarm()
 void GroundPaint::paintYards()
 {
     for (House const& house : houses()) {
+        Plot const plot(house);
         float const tone = 0.9F + 0.2F * unit(hash(static_cast<std::uint32_t>(house.x + 999.0), 5U));
         forEachAround_(house.x, house.y, house.halfLength + 16.0, [&](Rgb& texel, double x, double y) {
             double const ragged = 3.0 * static_cast<double>(noise(x, y, 180, 41));
+            double const outside = plot.outside(x, y);
             Rgb const garden = scaled({0.40F, 0.54F, 0.25F}, tone * (0.9F + 0.2F * noise(x, y, 220, 42)));
             Rgb const gravel = scaled({0.68F, 0.64F, 0.56F}, tone);
-            texel = mix(texel, garden, inside(fromBox(x, y, house, 6.0 + ragged)));
-            texel = mix(texel, gravel, inside(fromBox(x, y, house, 1.6 + 0.4 * ragged)));
+            texel = mix(texel, garden, inside(outside - 6.0 - ragged));
+            texel = mix(texel, gravel, inside(outside - 1.6 - 0.4 * ragged));
             float shadow = 0.0F;
             for (double height = 0.5; height <= house.wallM + house.roofM * 0.7; height += 0.5) {
-                shadow =
-                    std::max(shadow, inside(fromBox(x - kShadowEast * height, y - kShadowNorth * height, house, 0.0)));
+                shadow = std::max(shadow, inside(plot.outside(x - kShadowEast * height, y - kShadowNorth * height)));
             }
             texel = scaled(texel, 1.0F - 0.5F * shadow);
         });
@@ -304,13 +359,12 @@ void GroundPaint::paintYards()
 
 void GroundPaint::paintTarget()
 {
-    House const apron{0, 0, 12, 24, 19, 0, 0, 0};
     forEachAround_(0.0, 0.0, 34.0, [&](Rgb& texel, double x, double y) {
         float const wear = 0.94F + 0.12F * noise(x, y, 260, 51);
-        texel = mix(texel, scaled({0.62F, 0.61F, 0.58F}, wear), inside(fromBox(x, y, apron, 0.0)));
+        texel = mix(texel, scaled({0.62F, 0.61F, 0.58F}, wear), inside(kApron.outside(x, y)));
         double const joint =
             std::min(std::abs(std::remainder(x + 0.2 * y, 8.0)), std::abs(std::remainder(y - 0.2 * x, 8.0)));
-        texel = scaled(texel, 1.0F - 0.10F * inside(joint - 0.1) * inside(fromBox(x, y, apron, -0.5)));
+        texel = scaled(texel, 1.0F - 0.10F * inside(joint - 0.1) * inside(kApron.outside(x, y) + 0.5));
         double const away = std::hypot(x, y);
         Rgb const orange{0.88F, 0.36F, 0.12F};
         Rgb const white{0.95F, 0.95F, 0.93F};
@@ -322,32 +376,32 @@ void GroundPaint::paintTarget()
     });
 }
 
-void GroundPaint::paintTree_(double x, double y, double radiusM, float tone)
+void GroundPaint::plant_(Tree const& tree)
 {
-    double const shadowX = x + kShadowEast * radiusM * 1.3;
-    double const shadowY = y + kShadowNorth * radiusM * 1.3;
-    forEachAround_(shadowX, shadowY, radiusM, [&](Rgb& texel, double east, double north) {
-        double const away = std::hypot(east - shadowX, north - shadowY);
-        texel = scaled(texel, 1.0F - 0.45F * inside(away - radiusM));
+    // The crown stands clear of the ground, and so does its shadow of the trunk.
+    double const x = tree.x + kShadowEast * tree.heightM();
+    double const y = tree.y + kShadowNorth * tree.heightM();
+    forEachAround_(x, y, tree.radiusM, [&](Rgb& texel, double east, double north) {
+        double const away = std::hypot(east - x, north - y);
+        double const ragged = tree.radiusM * (0.85 + 0.3 * static_cast<double>(noise(east, north, 512, 61)));
+        texel = scaled(texel, 1.0F - 0.42F * inside(away - ragged));
     });
-    forEachAround_(x, y, radiusM * 1.25, [&](Rgb& texel, double east, double north) {
-        double const dx = (east - x) / radiusM;
-        double const dy = (north - y) / radiusM;
-        double const ragged = 0.82 + 0.36 * static_cast<double>(noise(east, north, 512, 61));
-        double const away = std::hypot(dx, dy);
-        // Lit from the west-south-west, like everything else.
-        double const light = 0.95 - 0.42 * (dx * 0.94 + dy * 0.34) + 0.35 * (1.0 - away);
-        float const leaves = 0.8F + 0.4F * noise(east, north, 700, 62);
-        Rgb const crown = scaled({0.21F, 0.36F, 0.14F}, tone * leaves * static_cast<float>(light));
-        texel = mix(texel, crown, inside((away - ragged) * radiusM));
-    });
+    trees_.push_back(tree);
 }
 
-void GroundPaint::paintTrees()
+bool GroundPaint::mayGrow_(double x, double y) const
+{
+    constexpr double kClearM = 4.0;
+    return kApron.outside(x, y) > kClearM && kSolarFarm.outside(x, y) > kClearM &&
+           roadPoint(pavedRoadY, x).away(y) > 7.5 && roadPoint(trackX, y).away(x) > 5.0 &&
+           std::none_of(houses().begin(), houses().end(),
+                        [x, y](House const& house) { return Plot(house).outside(x, y) < kClearM; });
+}
+
+void GroundPaint::plantTrees()
 {
     constexpr double kCellM = 7.0;
     constexpr auto kCells = static_cast<std::uint32_t>(kMapM / kCellM);
-    // From north to south and west to east, so that crowns lie over the shadows of their neighbours.
     for (std::uint32_t row = 0; row < kCells; ++row) {
         for (std::uint32_t column = 0; column < kCells; ++column) {
             std::uint32_t const id = hash(row + 4001U, column + 9001U);
@@ -356,13 +410,11 @@ void GroundPaint::paintTrees()
             int const texelColumn = static_cast<int>(std::floor(x / texelM_ + size_ / 2.0));
             int const texelRow = static_cast<int>(std::floor(size_ / 2.0 - y / texelM_));
             float const likely = wood_[indexOf_(texelColumn, texelRow)];
-            bool const onTarget = std::hypot(x, y) < 34.0 || fromPaved(x, y) < 7.5 || fromTrack(x, y) < 5.0;
-            bool const onHouse = std::any_of(houses().begin(), houses().end(),
-                                             [x, y](House const& house) { return fromBox(x, y, house, 4.0) < 0.0; });
             // A few single trees stand in gardens and meadows.
-            float const chance = std::max(likely, std::hypot(x + 40.0, y - 40.0) < 150.0 ? 0.05F : 0.004F);
-            if (!onTarget && !onHouse && unit(hash(id, 2U)) < chance) {
-                paintTree_(x, y, 2.0 + 2.4 * static_cast<double>(unit(hash(id, 3U))), 0.8F + 0.4F * unit(hash(id, 4U)));
+            float const chance = std::max(likely, std::hypot(x + 40.0, y - 40.0) < 150.0 ? 0.03F : 0.004F);
+            if (unit(hash(id, 2U)) < chance && mayGrow_(x, y)) {
+                plant_({x, y, 2.0 + 2.4 * static_cast<double>(unit(hash(id, 3U))),
+                        0.8 + 0.4 * static_cast<double>(unit(hash(id, 4U)))});
             }
         }
     }

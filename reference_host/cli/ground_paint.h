@@ -1,17 +1,12 @@
 // The brushes that paint the map of the made flight's ground.
 #pragma once
 
+#include "ground_texture.h"
+
 #include <cstddef>
 #include <vector>
 
 namespace flight {
-
-/// A color, each part from 0 to 1.
-struct Rgb {
-    float r = 0.0F;
-    float g = 0.0F;
-    float b = 0.0F;
-};
 
 /// A square map under work. Map coordinates are meters from its middle, x east and y north; everything
 /// repeats at its edges.
@@ -25,7 +20,10 @@ public:
     void paintSolarFarm();
     void paintYards();   ///< with the houses' shadows
     void paintTarget();  ///< a landing mark in the middle of the map
-    void paintTrees();   ///< along hedges, river and roads
+    void plantTrees();   ///< along hedges, river and roads; paints their shadows
+
+    /// The trees that plantTrees has planted, from north to south.
+    std::vector<Tree> const& trees() const { return trees_; }
 
     /// The color of a texel, column from the west and row from the north.
     Rgb const& at(int column, int row) const { return texels_[indexOf_(column, row)]; }
@@ -36,12 +34,14 @@ private:
     double northOf_(int row) const { return (size_ / 2.0 - row - 0.5) * texelM_; }
     template <typename Shade>
     void forEachAround_(double x, double y, double reachM, Shade&& shade);
-    void paintTree_(double x, double y, double radiusM, float tone);
+    bool mayGrow_(double x, double y) const;
+    void plant_(Tree const& tree);
 
     int size_;
     double texelM_;
     std::vector<Rgb> texels_;
     std::vector<float> wood_;  ///< how likely a tree is, by texel
+    std::vector<Tree> trees_;
 };
 
 }  // namespace flight

@@ -20,27 +20,31 @@ std::uint8_t mean(int a, int b, int c, int d)
     return static_cast<std::uint8_t>((a + b + c + d + 2) / 4);
 }
 
-GroundTexture::Level firstLevel(GroundPaint const& paint)
+/// Planes of bytes, from which the levels are packed.
+struct Planes {
+    int size = 0;
+    std::vector<std::uint8_t> luma;
+    std::vector<std::uint8_t> chroma;  ///< Cb Cr pairs at half the size
+};
+
+Planes toPlanes(GroundPaint const& paint)
 {
-    GroundTexture::Level level;
-    level.sizeBits = GroundTexture::kSizeBits;
-    level.luma.resize(static_cast<std::size_t>(kSize) * kSize);
-    level.chroma.resize(level.luma.size() / 2);
+    Planes planes{kSize, std::vector<std::uint8_t>(static_cast<std::size_t>(kSize) * kSize), {}};
+    planes.chroma.reserve(planes.luma.size() / 2);
     for (int row = 0; row < kSize; row += 2) {
         for (int column = 0; column < kSize; column += 2) {
             Yuv texel[4];
             for (int i = 0; i < 4; ++i) {
-                Rgb const& color = paint.at(column + i % 2, row + i / 2);
-                texel[i] = toYuv(color.r, color.g, color.b);
-                level.luma[static_cast<std::size_t>(row + i / 2) * kSize + static_cast<std::size_t>(column + i % 2)] =
-                    texel[i].y;
+                int const x = column + i % 2;
+                int const y = row + i / 2;
+                texel[i] = toYuv(paint.at(x, y));
+                planes.luma[static_cast<std::size_t>(y) * kSize + static_cast<std::size_t>(x)] = texel[i].y;
             }
-            std::size_t const pair = static_cast<std::size_t>(row / 2) * kSize + static_cast<std::size_t>(column);
-            level.chroma[pair] = mean(texel[0].u, texel[1].u, texel[2].u, texel[3].u);
-            level.chroma[pair + 1] = mean(texel[0].v, texel[1].v, texel[2].v, texel[3].v);
+            planes.chroma.push_back(mean(texel[0].u, texel[1].u, texel[2].u, texel[3].u));
+            planes.chroma.push_back(mean(texel[0].v, texel[1].v, texel[2].v, texel[3].v));
         }
     }
-    return level;
+    return planes;
 }
 
 /// A plane at half its size; `channels` bytes belong together.
@@ -62,13 +66,50 @@ std::vector<std::uint8_t> halved(std::vector<std::uint8_t> const& plane, int siz
     return half;
 }
 
+/// Two bytes in one number, the first in the low byte.
+std::uint16_t pack(std::uint8_t first, std::uint8_t second)
+{
+    return static_cast<std::uint16_t>(first | (second << 8U));
+}
+
+GroundTexture::Level packed(Planes const& planes, int sizeBits)
+{
+    GroundTexture::Level level;
+    level.sizeBits = sizeBits;
+    int const size = planes.size;
+    auto const luma = [&](int x, int y) { return planes.luma[static_cast<std::size_t>((y % size) * size + x % size)]; };
+    auto const pitchOf = [](int side) {
+        return static_cast<std::size_t>(GroundTexture::Level::pitchOf(static_cast<unsigned>(side)));
+    };
+    level.luma.resize(pitchOf(size) * static_cast<std::size_t>(size));
+    for (int y = 0; y < size; ++y) {
+        for (int x = 0; x <= size; ++x) {
+            level.luma[static_cast<std::size_t>(y) * pitchOf(size) + static_cast<std::size_t>(x)] =
+                pack(luma(x, y), luma(x, y + 1));
+        }
+    }
+    int const half = size / 2;
+    level.chroma.resize(pitchOf(half) * static_cast<std::size_t>(half + 1));
+    for (int y = 0; y <= half; ++y) {
+        for (int x = 0; x <= half; ++x) {
+            auto const pair = static_cast<std::size_t>((y % half) * half + x % half) * 2;
+            level.chroma[static_cast<std::size_t>(y) * pitchOf(half) + static_cast<std::size_t>(x)] =
+                pack(planes.chroma[pair], planes.chroma[pair + 1]);
+        }
+    }
+    return level;
+}
+
 }  // namespace
 
-Yuv toYuv(double red, double green, double blue)
+Yuv toYuv(Rgb color)
 {
+    double const red = std::min(static_cast<double>(color.r), 1.0);
+    double const green = std::min(static_cast<double>(color.g), 1.0);
+    double const blue = std::min(static_cast<double>(color.b), 1.0);
     double const luma = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
     auto const toByte = [](double value) { return static_cast<std::uint8_t>(std::clamp(value + 0.5, 16.0, 240.0)); };
-    return {toByte(16.0 + 219.0 * std::clamp(luma, 0.0, 1.0)), toByte(128.0 + 224.0 * (blue - luma) / 1.8556),
+    return {toByte(16.0 + 219.0 * luma), toByte(128.0 + 224.0 * (blue - luma) / 1.8556),
             toByte(128.0 + 224.0 * (red - luma) / 1.5748)};
 }
 
@@ -81,13 +122,12 @@ GroundTexture::GroundTexture()
     paint.paintSolarFarm();
     paint.paintYards();
     paint.paintTarget();
-    paint.paintTrees();
-    levels_.push_back(firstLevel(paint));
-    for (int i = 1; i < kLevels; ++i) {
-        Level const& above = levels_.back();
-        int const size = 1 << above.sizeBits;
-        Level next{above.sizeBits - 1, halved(above.luma, size, 1), halved(above.chroma, size / 2, 2)};
-        levels_.push_back(std::move(next));
+    paint.plantTrees();
+    trees_ = paint.trees();
+    Planes planes = toPlanes(paint);
+    for (int i = 0; i < kLevels; ++i) {
+        levels_.push_back(packed(planes, kSizeBits - i));
+        planes = {planes.size / 2, halved(planes.luma, planes.size, 1), halved(planes.chroma, planes.size / 2, 2)};
     }
 }
 
