@@ -1,0 +1,235 @@
+// The plugin's own share of a frame: render() with a painter that does nothing, against the pass written
+// plainly and against what the common text filter costs for the same six blocks.
+//   render_benchmark [--table=FILE] [options of Google Benchmark]
+#include "StanagOverlayPlugin.h"
+
+#include "allocation_counter.h"
+#include "drawtext_opponent.h"
+#include "frame_host.h"
+#include "plain_overlay_pass.h"
+#include "ratio_table.h"
+#include "render_parts.h"
+
+#include <benchmark/benchmark.h>
+
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using stanag_overlay::OverlayConfigParser;
+
+constexpr std::size_t kSixBlocks = 6;
+
+/// Frames before the clock runs: maps the picture, fills memories, shows every block.
+constexpr int kFirstFrames = 64;
+
+template <typename Pass>
+void runFrames(benchmark::State& state, Pass& pass, FrameHost& host)
+{
+    for (int i = 0; i < kFirstFrames; ++i) {
+        pass.render(host.next());
+    }
+    std::uint64_t const before = allocationCount();
+    for (auto _ : state) {
+        pass.render(host.next());
+    }
+    state.counters["allocs"] =
+        benchmark::Counter(static_cast<double>(allocationCount() - before), benchmark::Counter::kAvgIterations);
+}
+
+struct FrameCase {
+    PayloadKind kind = PayloadKind::Object;
+    std::size_t blocks = kSixBlocks;
+    int updateEveryNFrames = 1;
+    std::size_t extraKeys = 0;
+    std::size_t producers = 1;
+};
+
+void renderFrames(benchmark::State& state, FrameCase const& frame)
+{
+    FrameHost host(frame.producers, copiesOf(frame.kind, frame.extraKeys));
+    StanagOverlayPlugin plugin;
+    plugin.init(host.init());
+    plugin.setConfig(blocksConfig(frame.blocks, frame.updateEveryNFrames));
+    runFrames(state, plugin, host);
+}
+
+void renderPlainFrames(benchmark::State& state, FrameCase const& frame)
+{
+    FrameHost host(frame.producers, copiesOf(frame.kind, frame.extraKeys));
+    stanag_overlay::plain::OverlayPass pass;
+    pass.init(host.init());
+    pass.overlays = OverlayConfigParser().parse(blocksConfig(frame.blocks, frame.updateEveryNFrames));
+    runFrames(state, pass, host);
+}
+
+/// Without the copy that the host makes: what the plugin itself adds to a frame. Payloads are made in
+/// advance, some frames at a time, while the clock stands.
+void renderMovedPayloads(benchmark::State& state, std::size_t extraKeys)
+{
+    constexpr std::size_t kBatch = 128;
+    std::vector<SwAny> payloads(kBatch);
+    std::size_t nextPayload = 0;
+    FrameHost host(1, [&](std::size_t, std::uint64_t) { return std::move(payloads[nextPayload++]); });
+    StanagOverlayPlugin plugin;
+    plugin.init(host.init());
+    plugin.setConfig(blocksConfig(kSixBlocks));
+    FrameHost::PayloadOf const copies = copiesOf(PayloadKind::Object, extraKeys);
+    auto const refill = [&] {
+        for (std::size_t i = 0; i < kBatch; ++i) {
+            payloads[i] = copies(0, i);
+        }
+        nextPayload = 0;
+    };
+    refill();
+    for (int i = 0; i < kFirstFrames; ++i) {
+        plugin.render(host.next());
+    }
+    std::uint64_t allocations = 0;
+    refill();
+    while (state.KeepRunningBatch(static_cast<benchmark::IterationCount>(kBatch))) {
+        std::uint64_t const before = allocationCount();
+        for (std::size_t i = 0; i < kBatch; ++i) {
+            plugin.render(host.next());
+        }
+        allocations += allocationCount() - before;
+        state.PauseTiming();
+        refill();
+        state.ResumeTiming();
+    }
+    state.counters["allocs"] = benchmark::Counter(static_cast<double>(allocations), benchmark::Counter::kAvgIterations);
+}
+
+/// The host's part of a frame that comes with an object: its copy of the payload.
+void copyPayload(benchmark::State& state)
+{
+    FrameHost::PayloadOf const copies = copiesOf(PayloadKind::Object);
+    std::uint64_t frame = 0;
+    for (auto _ : state) {
+        SwAny const payload = copies(0, ++frame);
+        benchmark::DoNotOptimize(&payload);
+    }
+}
+
+void drawWithDrawtext(benchmark::State& state)
+{
+    SwJsonObject const root = telemetryAt(0);
+    std::vector<DrawtextBlock> blocks;
+    for (auto const& cfg : OverlayConfigParser().parse(blocksConfig(kSixBlocks))) {
+        stanag_overlay::OverlayRuntime runtime;
+        DrawtextBlock block;
+        block.text =
+            stanag_overlay::OverlayTextFormatter().expandTemplate(cfg.formatString, &root, cfg, runtime, 1, {});
+        block.x = static_cast<int>(1920.0F * cfg.posX);
+        block.y = static_cast<int>(1080.0F * cfg.posY);
+        block.fontSize = cfg.textSize;
+        blocks.push_back(block);
+    }
+    DrawtextOpponent opponent(blocks);
+    for (auto _ : state) {
+        opponent.drawFrame();
+    }
+}
+
+void add(std::string const& name, FrameCase const& frame)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [frame](benchmark::State& state) { renderFrames(state, frame); });
+}
+
+void addPlain(std::string const& name, FrameCase const& frame)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [frame](benchmark::State& state) { renderPlainFrames(state, frame); });
+}
+
+std::vector<std::string> registerFrames()
+{
+    std::vector<std::string> names;
+    auto const addNamed = [&names](std::string const& name, FrameCase const& frame) {
+        add(name, frame);
+        names.push_back(name);
+    };
+    addNamed("frame/object", {});
+    addNamed("frame/object/every5", {PayloadKind::Object, kSixBlocks, 5});
+    addNamed("frame/text", {PayloadKind::Text});
+    addNamed("frame/text/every5", {PayloadKind::Text, kSixBlocks, 5});
+    for (std::size_t const keys : {46U, 460U, 4600U}) {
+        std::string const name = "frame/moved/keys:" + std::to_string(keys);
+        benchmark::RegisterBenchmark(name.c_str(),
+                                     [keys](benchmark::State& state) { renderMovedPayloads(state, keys - 46); });
+        names.push_back(name);
+    }
+    for (std::size_t const keys : {460U, 4600U}) {
+        addNamed("frame/object/keys:" + std::to_string(keys), {PayloadKind::Object, kSixBlocks, 1, keys - 46});
+        addNamed("frame/text/keys:" + std::to_string(keys), {PayloadKind::Text, kSixBlocks, 1, keys - 46});
+    }
+    for (std::size_t const blocks : {1U, 2U, 4U, 8U, 16U, 32U, 64U}) {
+        addNamed("frame/object/blocks:" + std::to_string(blocks), {PayloadKind::Object, blocks});
+    }
+    for (std::size_t const producers : {2U, 4U, 8U, 16U}) {
+        addNamed("frame/object/producers:" + std::to_string(producers),
+                 {PayloadKind::Object, kSixBlocks, 1, 0, producers});
+    }
+    benchmark::RegisterBenchmark("host/copy of the payload", copyPayload);
+    names.emplace_back("host/copy of the payload");
+    addPlain("plain/object", {});
+    addPlain("plain/text", {PayloadKind::Text});
+    addPlain("plain/object/every5", {PayloadKind::Object, kSixBlocks, 5});
+    names.insert(names.end(), {"plain/object", "plain/text", "plain/object/every5"});
+    benchmark::RegisterBenchmark("drawtext", drawWithDrawtext);
+    return names;
+}
+
+std::vector<RatioRow> const kRows{
+    {"frame, object payload, against drawtext", "frame/object", "drawtext", 100.0},
+    {"frame, text payload, against drawtext", "frame/text", "drawtext", 50.0},
+    {"frame, object payload, against the plain pass", "frame/object", "plain/object", 3.0},
+    {"frame, text payload, against the plain pass", "frame/text", "plain/text", 0.0},
+    {"frame, object, text every 5th frame, against the plain pass", "frame/object/every5", "plain/object/every5", 0.0},
+    {"frame without the host's copy, against drawtext", "frame/moved/keys:46", "drawtext", 0.0},
+};
+
+/// Takes --table=FILE out of the arguments; "" without one.
+std::string takeTableOption(int& argc, char** argv)
+{
+    std::string const option = "--table=";
+    std::string file;
+    int kept = 0;
+    for (int i = 0; i < argc; ++i) {
+        std::string const argument = argv[i];
+        if (argument.compare(0, option.size(), option) == 0) {
+            file = argument.substr(option.size());
+        } else {
+            argv[kept++] = argv[i];
+        }
+    }
+    argc = kept;
+    return file;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::string const tableFile = takeTableOption(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    SwAny::registerAllType();
+    std::vector<std::string> names = registerFrames();
+    std::vector<RatioRow> rows = kRows;
+    registerParts(names, rows);
+    MedianReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    if (!tableFile.empty()) {
+        std::ofstream table(tableFile);
+        writeRatios(table, reporter, rows);
+        table << "\n";
+        writeTimes(table, reporter, names);
+    }
+    return 0;
+}
