@@ -15,3 +15,8 @@ if(OVERLAY_SANITIZE)
         add_compile_options(-fno-sanitize-recover=undefined)
     endif()
 endif()
+if(OVERLAY_FUZZ)
+    # Coverage of the libraries too: it is what leads the fuzzer through them.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+    add_link_options(-fsanitize=fuzzer-no-link)
+endif()
