@@ -36,13 +36,15 @@ public:
     void reset(std::string sourceNamespace, std::uint64_t sourceId, std::shared_ptr<zelvo::ZelvoPicture const> source,
                std::shared_ptr<zelvo::ZelvoPicturePool> pool, DetachedCloner cloner)
     {
+        // Swapped, so that what was held ends with the arguments, after the lock: it may be the host's code.
+        std::shared_ptr<zelvo::ZelvoPicture> dropped;
         std::lock_guard<std::mutex> const hold(lock_);
-        sourceNamespace_ = std::move(sourceNamespace);
+        sourceNamespace_.swap(sourceNamespace);
         sourceId_ = sourceId;
-        source_ = std::move(source);
-        writable_.reset();
-        pool_ = std::move(pool);
-        cloner_ = std::move(cloner);
+        source_.swap(source);
+        writable_.swap(dropped);
+        pool_.swap(pool);
+        cloner_.swap(cloner);
     }
 
     bool hasSource() const

@@ -12,7 +12,7 @@ public:
     class Guard {
     public:
         Guard() = default;
-        /// `release` is called once when the guard ends; it may be empty.
+        /// `release` is called once when the guard ends; it may be empty and must not throw.
         Guard(MappedNV12 const& planes, std::function<void()> release) : planes_(planes), release_(std::move(release))
         {
         }

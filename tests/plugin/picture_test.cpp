@@ -193,6 +193,23 @@ TEST(LazyPicture, ResetDropsTheCopy)
     EXPECT_EQ(picture.readablePicShared(), next);
 }
 
+TEST(LazyPicture, ResetLetsGoWithoutTheLock)
+{
+    LazyDetachedPicture picture;
+    int answers = 0;
+    auto const asking = [&](unsigned width) {
+        return std::shared_ptr<ZelvoPicture>(new ZelvoPicture(width, 1U), [&](ZelvoPicture* ending) {
+            auto answer = std::async(std::launch::async, [&picture] { return picture.hasSource(); });
+            answers += answer.wait_for(kLongEnough) == std::future_status::ready ? 1 : 0;
+            delete ending;
+        });
+    };
+    picture.reset("/a", 1, asking(1), nullptr, [&](std::string const&, std::uint64_t) { return asking(2); });
+    picture.ensureWritablePicShared();
+    picture.reset("", 0, nullptr, nullptr, {});
+    EXPECT_EQ(answers, 2);
+}
+
 TEST(LazyPicture, ThePoolCopiesWithoutTheLock)
 {
     auto const pool = std::make_shared<ZelvoPicturePool>();
