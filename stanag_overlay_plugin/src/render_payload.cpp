@@ -1,5 +1,6 @@
 // Payload to JSON object. Called by the selection in StanagOverlayPlugin.cpp once per input and frame; the
-// conversions themselves are registered with SwAny by whoever owns the payload's type.
+// conversions themselves are registered with SwAny by whoever owns the payload's type. No value is put into an
+// SwAny here: the registry would keep this library's operations for its type after the library is unloaded.
 #include "render_payload.h"
 
 #include <iostream>

@@ -360,16 +360,3 @@ TEST(PluginConfig, UnreadableTextLeavesNothingToDraw)
     plugin.render(host.context());
     EXPECT_EQ(recording::journal().count("draw"), 0U);
 }
-
-TEST(Runtime, DefaultRecordIsUnset)
-{
-    stanag_overlay::OverlayRuntime const runtime{};
-    EXPECT_EQ(runtime.text, "");
-    EXPECT_EQ(runtime.lastUpdateFrame, 0U);
-    EXPECT_EQ(runtime.conditionSince, 0U);
-    EXPECT_EQ(runtime.conditionLastTrue, 0U);
-    EXPECT_TRUE(runtime.heldValues.empty());
-    EXPECT_TRUE(runtime.refreshValues.empty());
-    EXPECT_EQ(runtime.heldValues.max_load_factor(), 1.0F);
-    EXPECT_EQ(runtime.refreshValues.max_load_factor(), 1.0F);
-}

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iostream>
+#include <locale>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -663,4 +665,19 @@ TEST_F(Fallback, LargeNumbersAreUnsignedDecimal)
 {
     test_clock::setNowNs(5000);
     EXPECT_EQ(miss(18446744073709551615U), line(18446744073709551615U, 1));
+}
+
+TEST_F(Fallback, TheStreamsNumberFormatHasNoSay)
+{
+    struct Grouped : std::numpunct<char> {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    test_clock::setNowNs(5000);
+    std::ios_base::fmtflags const flags = std::cerr.flags(std::ios_base::hex | std::ios_base::showpos);
+    std::locale const locale = std::cerr.imbue(std::locale(std::locale::classic(), new Grouped));
+    std::string const written = miss(1234567);
+    std::cerr.flags(flags);
+    std::cerr.imbue(locale);
+    EXPECT_EQ(written, line(1234567, 1));
 }
