@@ -1,6 +1,7 @@
 // Turns templates and telemetry values into text, with the memory that holds values over gaps and slows
-// their changes. Runs for every placeholder of every frame, so the usual case builds no stream: where a
-// stream would only write what std::to_chars writes, std::to_chars does.
+// their changes. Runs for every placeholder of every frame, so everything is appended to the block's text
+// in place, and the usual case builds no stream: where a stream would only write what std::to_chars writes,
+// std::to_chars does.
 #include "stanag_overlay_format.h"
 
 #include "overlay_numbers.h"
@@ -16,10 +17,8 @@
 #include <iterator>
 #include <limits>
 #include <locale>
-#include <optional>
 #include <sstream>
 #include <string_view>
-#include <utility>
 
 namespace stanag_overlay {
 
@@ -50,51 +49,76 @@ private:
     char decimalPoint_;
 };
 
-std::string streamedFixed(double number, int precision)
+void appendStreamedFixed(std::string& out, double number, int precision)
 {
     std::locale const global;
     std::ostringstream stream;
     stream.imbue(
         std::locale(global, new UngroupedPunctuation(std::use_facet<std::numpunct<char>>(global).decimal_point())));
     stream << std::fixed << std::setprecision(precision) << number;
-    return stream.str();
+    out += stream.str();
 }
 
-std::string fixedText(double number, int precision)
+void appendClassicFixed(std::string& out, double number, int precision)
 {
-    if (!isGlobalLocaleClassic()) {
-        return streamedFixed(number, precision);
-    }
     std::array<char, kMaxFixedLength> buffer;
     auto const written =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::fixed, precision);
-    return std::string(buffer.data(), written.ptr);
+    out.append(buffer.data(), written.ptr);
 }
 
-// Only a "." counts as the point, so nothing is trimmed under a decimal comma.
-void trimZeros(std::string& text)
+// As SwJsonValue::toString.
+void appendPlainText(std::string& out, SwJsonValue const& value)
 {
-    std::size_t const point = text.find('.');
-    std::size_t const last = text.find_last_not_of('0');
-    text.resize(last == point ? point : last + 1);
+    if (value.isString()) {
+        out += value.stringRef();
+    } else if (value.isDouble()) {
+        appendClassicFixed(out, value.toDouble(), 6);
+    } else {
+        out += value.toString();
+    }
+}
+
+// Takes the zeros from the end, and the point too when nothing else follows it.
+void trimZeros(std::string& out, std::size_t point)
+{
+    std::size_t const last = out.find_last_not_of('0');
+    out.resize(last == point ? point : last + 1);
 }
 
 // The number with `decimals` digits after the point. -0.04 with one digit gives "-0.0", trimmed "-0".
-std::string formatNumber(SwJsonValue const& value, int decimals, bool trimTrailingZeros)
+void appendNumber(std::string& out, SwJsonValue const& value, int decimals, bool trimTrailingZeros)
 {
     long double number = 0.0L;
     if (!tryParseNumber(value, number)) {
-        return value.toString();
+        appendPlainText(out, value);
+        return;
     }
+    std::size_t const start = out.size();
     auto const narrowed = static_cast<double>(number);
     int const digits = std::min(decimals, kMaxFractionDigits);
-    std::string text = fixedText(narrowed, digits);
-    if (trimTrailingZeros && text.find('.') != std::string::npos) {
-        trimZeros(text);
-    } else if (std::isfinite(narrowed)) {
-        text.append(static_cast<std::size_t>(decimals - digits), '0');
+    if (isGlobalLocaleClassic()) {
+        appendClassicFixed(out, narrowed, digits);
+    } else {
+        appendStreamedFixed(out, narrowed, digits);
     }
-    return text;
+    // Only a "." counts as the point, so nothing is trimmed under a decimal comma.
+    std::size_t const point = trimTrailingZeros ? out.find('.', start) : std::string::npos;
+    if (point != std::string::npos) {
+        trimZeros(out, point);
+    } else if (std::isfinite(narrowed)) {
+        out.append(static_cast<std::size_t>(decimals - digits), '0');
+    }
+}
+
+// A value's text without any check: by its digits when they are given, else its plain text form.
+void appendValue(std::string& out, SwJsonValue const& value, int decimals, bool trimTrailingZeros)
+{
+    if (decimals >= 0) {
+        appendNumber(out, value, decimals, trimTrailingZeros);
+    } else {
+        appendPlainText(out, value);
+    }
 }
 
 // ---- dates ----
@@ -149,10 +173,10 @@ void appendDigits(std::string& out, int number, int width)
 }
 
 // Writes the conversions that are plain padded numbers in the classic locale, four-digit years included.
-// Any other conversion, and a "%" at the end, gives nothing: the facet decides those.
-std::optional<std::string> numericDateText(std::tm const& time, std::string_view pattern)
+// Any other conversion, and a "%" at the end, gives false with `out` as it was: the facet decides those.
+bool appendNumericDate(std::string& out, std::tm const& time, std::string_view pattern)
 {
-    std::string out;
+    std::size_t const start = out.size();
     for (std::size_t i = 0; i < pattern.size(); ++i) {
         if (pattern[i] != '%') {
             out += pattern[i];
@@ -180,29 +204,28 @@ std::optional<std::string> numericDateText(std::tm const& time, std::string_view
             appendDigits(out, time.tm_year + 1900, 4);
             break;
         default:
-            return std::nullopt;
+            out.resize(start);
+            return false;
         }
     }
-    return out;
+    return true;
 }
 
 // As std::put_time with the pattern as a C string, which a zero byte ends.
-std::string dateText(std::tm const& time, std::string_view dateFormat)
+void appendDateText(std::string& out, std::tm const& time, std::string_view dateFormat)
 {
     std::string_view const pattern = dateFormat.substr(0, dateFormat.find('\0'));
-    if (isGlobalLocaleClassic()) {
-        if (std::optional<std::string> text = numericDateText(time, pattern)) {
-            return *std::move(text);
-        }
+    if (isGlobalLocaleClassic() && appendNumericDate(out, time, pattern)) {
+        return;
     }
     std::ostringstream stream;
     auto const& facet = std::use_facet<std::time_put<char>>(stream.getloc());
     facet.put(std::ostreambuf_iterator<char>(stream), stream, stream.fill(), &time, pattern.data(),
               pattern.data() + pattern.size());
-    return stream.str();
+    out += stream.str();
 }
 
-std::string formatDate(long double number, FormatSpec const& spec)
+void appendDate(std::string& out, long double number, FormatSpec const& spec)
 {
     std::time_t const seconds = wholeSeconds(roundToMicroseconds(toMicroseconds(number, spec.timestampUnit)));
     std::tm time{};
@@ -211,7 +234,7 @@ std::string formatDate(long double number, FormatSpec const& spec)
     } else {
         gmtime_r(&seconds, &time);
     }
-    return dateText(time, spec.dateFormat);
+    appendDateText(out, time, spec.dateFormat);
 }
 
 // ---- checks ----
@@ -249,8 +272,8 @@ bool isOutOfRange(SwJsonValue const& value, FormatSpec const& spec)
 // ---- memory ----
 
 // Inclusive: the text is still shown when exactly the hold time has passed.
-std::string heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, std::string const& key,
-                          OverlayRuntime& runtime, std::uint64_t nowNs)
+std::string const& heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, std::string const& key,
+                                 OverlayRuntime const& runtime, std::uint64_t nowNs)
 {
     if (spec == nullptr) {
         return cfg.missingPlaceholder;
@@ -265,31 +288,79 @@ std::string heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, std::st
     return spec->missingPlaceholder;
 }
 
-// Exclusive: a new text is taken when exactly the period has passed.
-std::string refreshLimitedValue(FormatSpec const* spec, std::string const& key, std::string text,
-                                OverlayRuntime& runtime, std::uint64_t nowNs)
+// The text that the refresh limit keeps on the picture, null when a new one is due. Exclusive: a new text
+// is taken when exactly the period has passed.
+std::string const* refreshLimitedValue(FormatSpec const& spec, std::string const& key, OverlayRuntime const& runtime,
+                                       std::uint64_t nowNs)
 {
-    if (spec == nullptr || spec->refreshEveryNs == 0) {
-        return text;
+    if (spec.refreshEveryNs == 0) {
+        return nullptr;
     }
-    TimedText& shown = runtime.refreshValues[key];
-    if (shown.timeNs != 0 && nowNs - shown.timeNs < spec->refreshEveryNs) {
-        return shown.text;
-    }
-    shown.text = text;
-    shown.timeNs = nowNs;
-    return text;
+    auto const shown = runtime.refreshValues.find(key);
+    bool const waits = shown != runtime.refreshValues.end() && shown->second.timeNs != 0 &&
+                       nowNs - shown->second.timeNs < spec.refreshEveryNs;
+    return waits ? &shown->second.text : nullptr;
 }
 
-void rememberHeldValue(FormatSpec const* spec, std::string const& key, std::string const& text, OverlayRuntime& runtime,
-                       std::uint64_t nowNs)
+void remember(TimedText& entry, std::string_view text, std::uint64_t nowNs)
 {
-    if (spec == nullptr || spec->holdLastNs == 0) {
+    entry.text = text;
+    entry.timeNs = nowNs;
+}
+
+SwJsonValue const* memberOf(SwJsonObject const* root, std::string const& key)
+{
+    if (root == nullptr) {
+        return nullptr;
+    }
+    auto const member = root->find(key);
+    return member == root->end() ? nullptr : &member->second;
+}
+
+// As OverlayTextFormatter::lookupFormatted.
+void appendFormatted(std::string& out, SwJsonObject const* root, std::string const& key, OverlayCfg const& cfg,
+                     OverlayRuntime& runtime, std::uint64_t nowNs)
+{
+    auto const entry = cfg.formats.find(key);
+    FormatSpec const* const spec = entry == cfg.formats.end() ? nullptr : &entry->second;
+    SwJsonValue const* const member = memberOf(root, key);
+    if (member == nullptr) {
+        out += heldOrMissing(spec, cfg, key, runtime, nowNs);
         return;
     }
-    TimedText& held = runtime.heldValues[key];
-    held.text = text;
-    held.timeNs = nowNs;
+    SwJsonValue const& value = *member;
+    if (spec == nullptr) {
+        appendValue(out, value, cfg.decimals, cfg.trimTrailingZeros);
+        return;
+    }
+    if (isInvalid(value, spec->invalidValues) || isOutOfRange(value, *spec)) {
+        out += heldOrMissing(spec, cfg, key, runtime, nowNs);
+        return;
+    }
+    long double date = 0.0L;
+    if (spec->date && !tryParseNumber(value, date)) {
+        // A text in place of a time is shown as it comes and leaves no trace in the memory.
+        appendPlainText(out, value);
+        return;
+    }
+
+    std::size_t const start = out.size();
+    if (std::string const* const shown = refreshLimitedValue(*spec, key, runtime, nowNs)) {
+        out += *shown;
+    } else {
+        if (spec->date) {
+            appendDate(out, date, *spec);
+        } else {
+            appendValue(out, value, spec->decimals, spec->trimTrailingZeros);
+        }
+        if (spec->refreshEveryNs != 0) {
+            remember(runtime.refreshValues[key], std::string_view(out).substr(start), nowNs);
+        }
+    }
+    // Held is what is shown, not what came.
+    if (spec->holdLastNs != 0) {
+        remember(runtime.heldValues[key], std::string_view(out).substr(start), nowNs);
+    }
 }
 
 // ---- templates ----
@@ -361,7 +432,7 @@ std::string OverlayTextFormatter::expandTemplate(std::string const& tmpl, SwJson
             }
             out += key;
             out += ": ";
-            out += lookupFormatted(root, key, cfg, runtime, nowNs);
+            appendFormatted(out, root, key, cfg, runtime, nowNs);
         }
         return out;
     }
@@ -381,7 +452,7 @@ std::string OverlayTextFormatter::expandTemplate(std::string const& tmpl, SwJson
         out += placeholder.literal;
         if (placeholder.hasName) {
             name = placeholder.name;
-            out += lookupFormatted(root, name, cfg, runtime, nowNs);
+            appendFormatted(out, root, name, cfg, runtime, nowNs);
         }
         at = placeholder.next;
     }
@@ -392,37 +463,9 @@ std::string OverlayTextFormatter::lookupFormatted(SwJsonObject const* root, std:
                                                   OverlayCfg const& cfg, OverlayRuntime& runtime,
                                                   std::uint64_t nowNs) const
 {
-    auto const entry = cfg.formats.find(key);
-    FormatSpec const* const spec = entry == cfg.formats.end() ? nullptr : &entry->second;
-    if (root == nullptr) {
-        return heldOrMissing(spec, cfg, key, runtime, nowNs);
-    }
-    auto const member = root->find(key);
-    if (member == root->end()) {
-        return heldOrMissing(spec, cfg, key, runtime, nowNs);
-    }
-    SwJsonValue const& value = member->second;
-    if (spec == nullptr) {
-        return cfg.decimals >= 0 ? formatNumber(value, cfg.decimals, cfg.trimTrailingZeros) : value.toString();
-    }
-    if (isInvalid(value, spec->invalidValues) || isOutOfRange(value, *spec)) {
-        return heldOrMissing(spec, cfg, key, runtime, nowNs);
-    }
-
-    std::string text;
-    if (spec->date) {
-        long double number = 0.0L;
-        if (!tryParseNumber(value, number)) {
-            // A text in place of a time is shown as it comes and leaves no trace in the memory.
-            return value.toString();
-        }
-        text = formatDate(number, *spec);
-    } else {
-        text = spec->decimals >= 0 ? formatNumber(value, spec->decimals, spec->trimTrailingZeros) : value.toString();
-    }
-    std::string shown = refreshLimitedValue(spec, key, std::move(text), runtime, nowNs);
-    rememberHeldValue(spec, key, shown, runtime, nowNs);
-    return shown;
+    std::string out;
+    appendFormatted(out, root, key, cfg, runtime, nowNs);
+    return out;
 }
 
 }  // namespace stanag_overlay
