@@ -16,6 +16,7 @@ namespace stanag_overlay {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr long double kLongInfinity = std::numeric_limits<long double>::infinity();
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr std::int64_t kMax64 = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMin64 = std::numeric_limits<std::int64_t>::min();
@@ -94,6 +95,9 @@ TEST(Number, ParseWholeNumber)
 {
     std::vector<TextRow> const rows = {
         {"integer", "12", true, 12.0L},
+        {"leading zeros are decimal", "-0012", true, -12.0L},
+        {"largest signed integer", "9223372036854775807", true, 9223372036854775807.0L},
+        {"beyond it", "18446744073709551617", true, 18446744073709551617.0L},
         {"blank before", " 12", true, 12.0L},
         {"every blank before", "\t\n\v\f\r 12", true, 12.0L},
         {"blank after", "12 ", false},
@@ -109,8 +113,8 @@ TEST(Number, ParseWholeNumber)
         {"hexadecimal", "0x1A", true, 26.0L},
         {"hexadecimal fraction", "0x1.8p1", true, 3.0L},
         {"hexadecimal prefix alone", "0x", false},
-        {"infinity", "inf", true, std::numeric_limits<long double>::infinity()},
-        {"infinity in full and capitals", "-INFINITY", true, -std::numeric_limits<long double>::infinity()},
+        {"infinity", "inf", true, kLongInfinity},
+        {"infinity in full and capitals", "-INFINITY", true, -kLongInfinity},
         {"decimal comma", "1,5", false},
         {"underscore", "1_000", false},
         {"beyond binary64 but within long double", "1e400", true, 1e400L},
@@ -131,6 +135,8 @@ TEST(Number, ParseWholeNumber)
         EXPECT_EQ(number, row.isNumber ? row.number : -77.0L);
     }
     long double number = 0.0L;
+    EXPECT_TRUE(parseWholeNumber("-0", number));
+    EXPECT_TRUE(std::signbit(number)) << "the sign of zero stays";
     EXPECT_TRUE(parseWholeNumber("nan", number));
     EXPECT_TRUE(std::isnan(number));
     EXPECT_TRUE(parseWholeNumber("NaN(12)", number));
@@ -149,7 +155,7 @@ TEST(Number, ParseLeadingDouble)
         {"hexadecimal", "0x10", true, 16.0L},
         {"open prefix", "0xg", true, 0.0L},
         {"sign only", "-", false},
-        {"infinite", "inf", true, kInfinity},
+        {"infinite", "inf", true, kLongInfinity},
         {"decimal comma", "1,5", true, 1.0L},
         {"point only", ".", false},
         {"open exponent", "2e+", true, 2.0L},
@@ -370,7 +376,7 @@ TEST(Number, Values)
         {"2^53 + 1 loses its low digit", 9007199254740993LL, true, 9007199254740992.0L},
         {"largest integer", kMax64, true, 9223372036854775808.0L},
         {"double", 0.1, true, 0.1},
-        {"infinite", kInfinity, true, kInfinity},
+        {"infinite", kInfinity, true, kLongInfinity},
         {"text", " 12", true, 12.0L},
         {"text keeps more than binary64", "9007199254740993", true, 9007199254740993.0L},
         {"text with a blank after it", "12 ", false},

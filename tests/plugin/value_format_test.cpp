@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <limits>
 #include <locale>
 #include <optional>
+#include <random>
 #include <string>
 
 namespace stanag_overlay {
@@ -245,6 +247,63 @@ TEST(ValueFormat, AnyCountOfDecimals)
             spec.trimTrailingZeros = true;
             std::size_t const last = expected.find_last_not_of('0');
             EXPECT_TRUE(lookup(spec, number) == expected.substr(0, expected[last] == '.' ? last : last + 1)) << number;
+        }
+    }
+}
+
+// Numbers of every size, and many ties, against the C library.
+TEST(ValueFormat, FixedNumbersAreThoseOfTheCLibrary)
+{
+    std::mt19937_64 random(11);
+    FormatSpec spec;
+    for (int round = 0; round < 40000; ++round) {
+        spec.decimals = static_cast<int>(random() % 15);
+        double number = 0.0;
+        switch (random() % 4) {
+        case 0:
+            number = std::bit_cast<double>(random());
+            break;
+        case 1:
+            // Sizes around the point, from far below the last digit to beyond 64 bits.
+            number = std::ldexp(static_cast<double>(random() >> 11U), static_cast<int>(random() % 200) - 150);
+            break;
+        case 2:
+            // A tie at some digit.
+            number = std::ldexp(static_cast<double>(random() % 1000000), -static_cast<int>(random() % 16));
+            break;
+        default:
+            number = std::uniform_real_distribution<double>(-1000.0, 1000.0)(random);
+            break;
+        }
+        number = random() % 2 == 0 ? number : -number;
+        ASSERT_EQ(lookup(spec, number), printed(number, spec.decimals)) << number << " " << spec.decimals;
+    }
+}
+
+TEST(ValueFormat, FixedNumbersAtTheEdgesOfTheirSizes)
+{
+    std::vector<double> const numbers = {4503599627370495.5,
+                                         4503599627370496.0,
+                                         18446744.073709551,
+                                         18446744.073709553,
+                                         1.8446744073709552e18,
+                                         2.2250738585072014e-308,
+                                         2.2250738585072009e-308,
+                                         std::ldexp(1.0, -41),
+                                         std::ldexp(1.0, -93),
+                                         std::ldexp(1.0, -94),
+                                         9.9999999999995e-13,
+                                         5e-13,
+                                         0.5,
+                                         1.5,
+                                         9.5,
+                                         99.99999999999949,
+                                         0.9999999999995};
+    FormatSpec spec;
+    for (double const number : numbers) {
+        for (spec.decimals = 0; spec.decimals < 16; ++spec.decimals) {
+            EXPECT_EQ(lookup(spec, number), printed(number, spec.decimals));
+            EXPECT_EQ(lookup(spec, -number), printed(-number, spec.decimals));
         }
     }
 }
