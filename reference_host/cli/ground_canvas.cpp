@@ -222,11 +222,11 @@ void paintFace(Canvas const& canvas, Face const& face)
     Span const chromaRows = onChroma.rows(canvas.chroma.height);
     Span const pairs = onChroma.columns(canvas.chroma.width);
     for (int row = chromaRows.first; row < chromaRows.end; ++row) {
-        std::uint8_t* const out = canvas.chroma.row(row);
-        for (int i = pairs.first; i < pairs.end; ++i) {
+        std::uint8_t* out = canvas.chroma.row(row) + std::ptrdiff_t{2} * pairs.first;
+        for (int i = pairs.first; i < pairs.end; ++i, out += 2) {
             unsigned const share = onChroma.share(i, row);
-            out[2 * i] = mixed(out[2 * i], color.u, share);
-            out[2 * i + 1] = mixed(out[2 * i + 1], color.v, share);
+            out[0] = mixed(out[0], color.u, share);
+            out[1] = mixed(out[1], color.v, share);
         }
     }
 }
@@ -252,11 +252,11 @@ void paintCrown(Canvas const& canvas, Crown const& crown)
     Span const chromaRows = onChroma.rows(canvas.chroma.height);
     Span const pairs = onChroma.columns(canvas.chroma.width);
     for (int row = chromaRows.first; row < chromaRows.end; ++row) {
-        std::uint8_t* const out = canvas.chroma.row(row);
-        for (int i = pairs.first; i < pairs.end; ++i) {
+        std::uint8_t* out = canvas.chroma.row(row) + std::ptrdiff_t{2} * pairs.first;
+        for (int i = pairs.first; i < pairs.end; ++i, out += 2) {
             unsigned const share = onChroma.at(i, row).share;
-            out[2 * i] = mixed(out[2 * i], color.u, share);
-            out[2 * i + 1] = mixed(out[2 * i + 1], color.v, share);
+            out[0] = mixed(out[0], color.u, share);
+            out[1] = mixed(out[1], color.v, share);
         }
     }
 }

@@ -291,6 +291,7 @@ void GroundPaint::paintRiver()
 void GroundPaint::paintRoads()
 {
     std::vector<RoadPoint> pavedAt;
+    pavedAt.reserve(static_cast<std::size_t>(size_));
     for (int column = 0; column < size_; ++column) {
         pavedAt.push_back(roadPoint(pavedRoadY, eastOf_(column)));
     }
@@ -349,7 +350,9 @@ void GroundPaint::paintYards()
             texel = mix(texel, garden, inside(outside - 6.0 - ragged));
             texel = mix(texel, gravel, inside(outside - 1.6 - 0.4 * ragged));
             float shadow = 0.0F;
-            for (double height = 0.5; height <= house.wallM + house.roofM * 0.7; height += 0.5) {
+            int const halfMeters = static_cast<int>(2.0 * (house.wallM + house.roofM * 0.7));
+            for (int i = 1; i <= halfMeters; ++i) {
+                double const height = i * 0.5;
                 shadow = std::max(shadow, inside(plot.outside(x - kShadowEast * height, y - kShadowNorth * height)));
             }
             texel = scaled(texel, 1.0F - 0.5F * shadow);

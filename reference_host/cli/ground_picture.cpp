@@ -79,7 +79,7 @@ public:
         GroundTexture::Level const& texture = GroundTexture::shared().level(level);
         int const sizeBits = texture.sizeBits - (chroma ? 1 : 0);
         mask_ = (1U << static_cast<unsigned>(sizeBits)) - 1U;
-        pitch_ = GroundTexture::Level::pitchOf(mask_ + 1U);
+        pitch_ = GroundTexture::Level::pitchOf(std::size_t{mask_} + 1U);
         texels_ = chroma ? texture.chroma.data() : texture.luma.data();
         line_ = mapLine(ground, std::ldexp(GroundTexture::kTexelM, level + (chroma ? 1 : 0)), sizeBits);
     }
@@ -112,7 +112,7 @@ private:
     {
         unsigned const x = (line_.x >> 16U) & mask_;
         unsigned const y = (line_.y >> 16U) & mask_;
-        return texels_ + (static_cast<std::size_t>(y) * pitch_ + x);
+        return texels_ + (y * pitch_ + x);
     }
     unsigned down_(unsigned upper, unsigned lower) const
     {
@@ -127,7 +127,7 @@ private:
 
     std::uint16_t const* texels_ = nullptr;
     unsigned mask_ = 0;
-    unsigned pitch_ = 0;
+    std::size_t pitch_ = 0;
     MapLine line_;
 };
 
@@ -180,10 +180,10 @@ void paintChromaRow(std::uint8_t* out, int pairs, GroundRow const& ground)
     Haze const haze(ground.distanceM);
     // A chroma sample is twice as wide as a luma one, and so is a chroma texel of the same level.
     Sampler sampler(ground, std::max(0, choice.fine - 1), true);
-    for (int i = 0; i < pairs; ++i, sampler.advance()) {
+    for (int i = 0; i < pairs; ++i, out += 2, sampler.advance()) {
         unsigned const both = sampler.chroma();
-        out[2 * i] = haze.overCb(both & 0xFFU);
-        out[2 * i + 1] = haze.overCr(both >> 8U);
+        out[0] = haze.overCb(both & 0xFFU);
+        out[1] = haze.overCr(both >> 8U);
     }
 }
 
@@ -199,15 +199,15 @@ void paintMap(Canvas const& canvas)
         }
     }
     for (int row = 0; row < canvas.chroma.height; ++row) {
-        std::uint8_t* const out = canvas.chroma.row(row);
+        std::uint8_t* out = canvas.chroma.row(row);
         GroundRow const ground = groundRow(canvas.chromaView, row);
         if (!ground.sky) {
             paintChromaRow(out, canvas.chroma.width, ground);
             continue;
         }
-        for (int i = 0; i < canvas.chroma.width; ++i) {
-            out[2 * i] = kHazeColor.u;
-            out[2 * i + 1] = kHazeColor.v;
+        for (int i = 0; i < canvas.chroma.width; ++i, out += 2) {
+            out[0] = kHazeColor.u;
+            out[1] = kHazeColor.v;
         }
     }
 }

@@ -22,7 +22,7 @@ std::uint8_t mean(int a, int b, int c, int d)
 
 /// Planes of bytes, from which the levels are packed.
 struct Planes {
-    int size = 0;
+    std::size_t size = 0;  ///< a power of two
     std::vector<std::uint8_t> luma;
     std::vector<std::uint8_t> chroma;  ///< Cb Cr pairs at half the size
 };
@@ -48,16 +48,16 @@ Planes toPlanes(GroundPaint const& paint)
 }
 
 /// A plane at half its size; `channels` bytes belong together.
-std::vector<std::uint8_t> halved(std::vector<std::uint8_t> const& plane, int size, int channels)
+std::vector<std::uint8_t> halved(std::vector<std::uint8_t> const& plane, std::size_t size, std::size_t channels)
 {
-    auto const at = [&](int column, int row, int channel) -> int {
-        return plane[static_cast<std::size_t>((row * size + column) * channels + channel)];
+    auto const at = [&](std::size_t column, std::size_t row, std::size_t channel) -> int {
+        return plane[(row * size + column) * channels + channel];
     };
     std::vector<std::uint8_t> half;
     half.reserve(plane.size() / 4);
-    for (int row = 0; row < size; row += 2) {
-        for (int column = 0; column < size; column += 2) {
-            for (int channel = 0; channel < channels; ++channel) {
+    for (std::size_t row = 0; row < size; row += 2) {
+        for (std::size_t column = 0; column < size; column += 2) {
+            for (std::size_t channel = 0; channel < channels; ++channel) {
                 half.push_back(mean(at(column, row, channel), at(column + 1, row, channel),
                                     at(column, row + 1, channel), at(column + 1, row + 1, channel)));
             }
@@ -76,25 +76,23 @@ GroundTexture::Level packed(Planes const& planes, int sizeBits)
 {
     GroundTexture::Level level;
     level.sizeBits = sizeBits;
-    int const size = planes.size;
-    auto const luma = [&](int x, int y) { return planes.luma[static_cast<std::size_t>((y % size) * size + x % size)]; };
-    auto const pitchOf = [](int side) {
-        return static_cast<std::size_t>(GroundTexture::Level::pitchOf(static_cast<unsigned>(side)));
-    };
-    level.luma.resize(pitchOf(size) * static_cast<std::size_t>(size));
-    for (int y = 0; y < size; ++y) {
-        for (int x = 0; x <= size; ++x) {
-            level.luma[static_cast<std::size_t>(y) * pitchOf(size) + static_cast<std::size_t>(x)] =
-                pack(luma(x, y), luma(x, y + 1));
+    std::size_t const size = planes.size;
+    std::size_t const mask = size - 1;
+    auto const luma = [&](std::size_t x, std::size_t y) { return planes.luma[(y & mask) * size + (x & mask)]; };
+    std::size_t const pitch = GroundTexture::Level::pitchOf(size);
+    level.luma.resize(pitch * size);
+    for (std::size_t y = 0; y < size; ++y) {
+        for (std::size_t x = 0; x <= size; ++x) {
+            level.luma[y * pitch + x] = pack(luma(x, y), luma(x, y + 1));
         }
     }
-    int const half = size / 2;
-    level.chroma.resize(pitchOf(half) * static_cast<std::size_t>(half + 1));
-    for (int y = 0; y <= half; ++y) {
-        for (int x = 0; x <= half; ++x) {
-            auto const pair = static_cast<std::size_t>((y % half) * half + x % half) * 2;
-            level.chroma[static_cast<std::size_t>(y) * pitchOf(half) + static_cast<std::size_t>(x)] =
-                pack(planes.chroma[pair], planes.chroma[pair + 1]);
+    std::size_t const half = size / 2;
+    std::size_t const halfPitch = GroundTexture::Level::pitchOf(half);
+    level.chroma.resize(halfPitch * (half + 1));
+    for (std::size_t y = 0; y <= half; ++y) {
+        for (std::size_t x = 0; x <= half; ++x) {
+            std::size_t const pair = ((y & (half - 1)) * half + (x & (half - 1))) * 2;
+            level.chroma[y * halfPitch + x] = pack(planes.chroma[pair], planes.chroma[pair + 1]);
         }
     }
     return level;

@@ -2,6 +2,7 @@
 // every picture.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -43,7 +44,7 @@ public:
     struct Level {
         /// Numbers from one row to the next for rows of `size` texels. The extra ones keep rows from falling
         /// onto the same lines of the processor's cache, which a power of two would.
-        static constexpr unsigned pitchOf(unsigned size) { return size + 80U; }
+        static constexpr std::size_t pitchOf(std::size_t size) { return size + 80U; }
 
         int sizeBits = 0;
         std::vector<std::uint16_t> luma;    ///< 2^sizeBits rows

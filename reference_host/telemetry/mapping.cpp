@@ -48,7 +48,10 @@ std::optional<MappedPacket> mapPacket(KlvPacket const& packet)
             continue;
         }
         TableRow const* const row = findRow(item->tag);
-        SwJsonValue value = row == nullptr ? SwJsonValue() : decodeValue(*row, item->data);
+        if (row == nullptr) {
+            continue;
+        }
+        SwJsonValue value = decodeValue(*row, item->data);
         if (value.isNull()) {
             continue;
         }
@@ -64,13 +67,13 @@ std::optional<MappedPacket> mapPacket(KlvPacket const& packet)
         return std::nullopt;
     }
     SwJsonObject& payload = mapped.payload;
-    preferFull(payload, findRow(tag::kPitch)->key, fullPitch, kShortPitchKey);
-    preferFull(payload, findRow(tag::kRoll)->key, fullRoll, kShortRollKey);
-    auto const heading = payload.find(findRow(tag::kHeading)->key);
+    preferFull(payload, kPitchKey, fullPitch, kShortPitchKey);
+    preferFull(payload, kRollKey, fullRoll, kShortRollKey);
+    auto const heading = payload.find(kHeadingKey);
     if (heading != payload.end()) {
         payload.insertOrAssign(std::string(kYawKey), heading->second);
     }
-    auto const flags = payload.find(findRow(tag::kGenericFlags)->key);
+    auto const flags = payload.find(kFlagsKey);
     if (flags != payload.end()) {
         payload.insertOrAssign(std::string(kLaserKey), (flags->second.toInt() & 1) != 0);
     }

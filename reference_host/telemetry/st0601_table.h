@@ -26,9 +26,9 @@ struct TableRow {
     std::string_view key;   ///< payload key, with its unit
     std::string_view item;  ///< what it is, for people
     Rule rule = Rule::Count;
-    std::size_t width = 0;  ///< bytes; the usual length of an Imapb item; 0: any length
-    double low = 0.0;       ///< range; unused by counts and texts
-    double high = 0.0;      ///< a negative one turns the sign of a Symmetric item round
+    std::uint32_t width = 0;  ///< bytes; the usual length of an Imapb item; 0: any length
+    double low = 0.0;         ///< range; unused by counts and texts
+    double high = 0.0;        ///< a negative one turns the sign of a Symmetric item round
 };
 
 /// All rows in the order of their tags, without the checksum (tag 1).
@@ -47,6 +47,12 @@ inline constexpr std::uint32_t kGenericFlags = 47;
 inline constexpr std::uint32_t kFullPitch = 90;
 inline constexpr std::uint32_t kFullRoll = 91;
 }  // namespace tag
+
+/// Keys that the mapping names.
+inline constexpr std::string_view kHeadingKey = "heading_deg";
+inline constexpr std::string_view kPitchKey = "pitch_deg";
+inline constexpr std::string_view kRollKey = "roll_deg";
+inline constexpr std::string_view kFlagsKey = "generic_flags";
 
 /// A second key that a tag gives.
 inline constexpr std::string_view kYawKey = "yaw_deg";                    ///< tag 5, beside heading_deg
