@@ -562,6 +562,22 @@ TEST_F(RenderMappingTest, ThatFailsIsUndoneAndNothingIsDrawn)
     }
 }
 
+TEST_F(RenderMappingTest, ThatLostItsPlanesAndCannotBeMadeAnewIsForgotten)
+{
+    RenderContext& context = host_.nextFrame(1);
+    context.mapping.guard = {MappedNV12{}, [] { journal().note("unmap old"); }};
+    context.mapping.mapped = true;
+    context.mapping.backend = &host_.backend;
+    host_.backend.mapsTo = MappedNV12{};
+    EXPECT_EQ(mappingCalls(context), "clone\nmakeRenderTarget\nmap recording 1\nend of target\nunmap recording 1\n");
+    EXPECT_EQ(context.mapping.target, nullptr);
+    EXPECT_EQ(context.mapping.backend, nullptr);
+
+    // The old guard ends when a new one takes its place.
+    host_.backend.mapsTo.reset();
+    EXPECT_EQ(mappingCalls(context), "makeRenderTarget\nmap recording 2\nunmap old\n" + drawn("v=7"));
+}
+
 TEST_F(RenderMappingTest, ANewPictureMayBeDrawnOnThroughAKeptMapping)
 {
     // The host answers for the mapping that it keeps in the context: what is flagged and valid is used.

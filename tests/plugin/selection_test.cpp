@@ -154,6 +154,14 @@ TEST_F(Selection, TheEmptyKeyIsLeftOut)
     EXPECT_EQ(select(), "x: 1\\ny: 2");
 }
 
+TEST_F(Selection, TheEmptyKeyCannotBeLookedUp)
+{
+    plugin_.setConfig(R"({"overlay":[{"formatString":"%{}"}]})");
+    input("a", "", R"({"":1,"x":1})");
+    input("b", "", R"({"":2,"y":2})");
+    EXPECT_EQ(select(), "--");
+}
+
 TEST_F(Selection, ValuesOfEveryKindArePassedOn)
 {
     input("a", "", R"({"a":1,"b":1.5,"c":"word","d":true,"e":null,"f":{"g":1},"h":[1]})");
