@@ -89,7 +89,7 @@ private:
     void begin_();
     void addSideStreams_();
     void writeSideUpTo_(double seconds);
-    void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, encoder_->context().time_base); }
+    void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, clip_.timeBase()); }
 
     BurnOptions const& options_;
     AnnotatedClip const& clip_;
@@ -128,7 +128,7 @@ void ClipWriter::begin_()
                            std::to_string(encoder_->context().width) + "x" +
                            std::to_string(encoder_->context().height) + ", as the encoder takes even sizes only");
     }
-    videoStream_ = muxer_.addVideo(encoder_->context());
+    videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
     addSideStreams_();
     muxer_.begin();
     begun_ = true;

@@ -52,13 +52,13 @@ void runSample(SampleOptions const& options)
 {
     media::Muxer muxer(options.output);
     media::Encoder encoder(settingsFor(options), muxer.container());
-    int const video = muxer.addVideo(encoder.context());
+    int const video = muxer.addVideo(encoder.context(), kClock);
     auto const klv = muxer.addKlv();
     if (!klv) {
         throw WrongUsage(options.output + ": this container cannot carry KLV; use an output that ends in .ts");
     }
     muxer.begin();
-    auto const writeVideo = [&](AVPacket& packet) { muxer.write(packet, video, encoder.context().time_base); };
+    auto const writeVideo = [&](AVPacket& packet) { muxer.write(packet, video, kClock); };
     zelvo::ZelvoPicture picture(static_cast<unsigned>(options.width), static_cast<unsigned>(options.height));
     MappedNV12 const planes = imaging::planesOf(picture);
     double const aspect = static_cast<double>(options.width) / options.height;

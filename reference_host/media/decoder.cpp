@@ -38,6 +38,11 @@ void Decoder::send(AVPacket const* packet)
     }
 }
 
+void Decoder::restart()
+{
+    avcodec_flush_buffers(context_.get());
+}
+
 bool Decoder::receive(AVFrame& frame)
 {
     for (;;) {

@@ -19,6 +19,9 @@ public:
     /// The next picture in presentation order; false when another packet is needed, or after the last one.
     bool receive(AVFrame& frame);
 
+    /// Ready for a new stream of the same codec, after the last picture of the old one was received.
+    void restart();
+
     /// Packets that could not be decoded, and pictures that came out damaged.
     std::uint64_t damaged() const { return damaged_; }
 

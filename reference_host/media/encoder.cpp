@@ -232,7 +232,10 @@ FramePtr Encoder::makeInput_(MappedNV12 const& planes)
 
 void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink)
 {
-    std::int64_t own = av_rescale_q(ticks, settings_.timeBase, context_->time_base);
+    if (!lastTicks_ && countsFrames(context_->codec_id)) {
+        offset_ = ticks;  // the first frame need not lie on a multiple of the frame interval
+    }
+    std::int64_t own = av_rescale_q(ticks - offset_, settings_.timeBase, context_->time_base);
     if (lastTicks_ && own <= *lastTicks_) {
         own = *lastTicks_ + 1;
     }
@@ -269,6 +272,9 @@ void Encoder::drain_(PacketSink const& sink)
             throw std::runtime_error(std::string(context_->codec->name) + " cannot encode: " + errorText(result) +
                                      "; choose another encoder with --video-codec");
         }
+        av_packet_rescale_ts(packet_.get(), context_->time_base, settings_.timeBase);
+        packet_->pts += packet_->pts == AV_NOPTS_VALUE ? 0 : offset_;
+        packet_->dts += packet_->dts == AV_NOPTS_VALUE ? 0 : offset_;
         sink(*packet_);
         av_packet_unref(packet_.get());
     }

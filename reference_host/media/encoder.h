@@ -51,7 +51,7 @@ public:
     /// Gives out what the encoder still holds; called once, at the end.
     void flush(PacketSink const& sink);
 
-    /// The opened encoder; its time base is that of the packets.
+    /// The opened encoder. The packets' times are in the settings' time base, whatever the encoder counts in.
     AVCodecContext const& context() const { return *context_; }
     /// Whether an odd width or height was extended by a repeated column or row, which this encoder needs.
     bool extended() const { return extended_; }
@@ -66,6 +66,7 @@ private:
     FrameConverter converter_;
     PacketPtr packet_;
     bool extended_ = false;
+    std::int64_t offset_ = 0;  ///< what the encoder's time 0 is, in the settings' time base
     std::optional<std::int64_t> lastTicks_;
 };
 

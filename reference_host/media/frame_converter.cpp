@@ -8,6 +8,8 @@ extern "C" {
 }
 
 #include <array>
+#include <cstddef>
+#include <cstring>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -68,6 +70,15 @@ Planes planesOf(MappedNV12 const& nv12)
     return planes;
 }
 
+void fillGray(Planes const& to, MappedNV12 const& planes)
+{
+    constexpr int kNoColor = 128;
+    for (int row = 0; row < (planes.height + 1) / 2; ++row) {
+        std::memset(to.data[1] + static_cast<std::ptrdiff_t>(row) * to.strides[1], kNoColor,
+                    static_cast<std::size_t>((planes.width + 1) / 2 * 2));
+    }
+}
+
 void run(SwsContext* scaler, std::uint8_t const* const* fromData, int const* fromStrides, int lines,
          std::uint8_t* const* toData, int const* toStrides)
 {
@@ -94,67 +105,92 @@ ColorFormat nv12ColorOf(AVFrame const& frame)
     return color;
 }
 
-void FrameConverter::prepare_(Shape const& from, Shape const& to)
+SwsContext* FrameConverter::Scaler::prepare(Shape const& wantedFrom, Shape const& wantedTo)
 {
-    if (scaler_ && from == from_ && to == to_) {
-        return;
+    if (context && wantedFrom == from && wantedTo == to) {
+        return context.get();
     }
-    scaler_.reset(sws_alloc_context());
-    if (!scaler_) {
+    from = wantedFrom;
+    to = wantedTo;
+    context.reset(sws_alloc_context());
+    if (!context) {
         throw std::bad_alloc();
     }
-    SwsContext* const scaler = scaler_.get();
+    SwsContext* const scaler = context.get();
+    int const fromRange = from.color.fullRange ? 1 : 0;
+    int const toRange = to.color.fullRange ? 1 : 0;
     av_opt_set_int(scaler, "srcw", from.width, 0);
     av_opt_set_int(scaler, "srch", from.height, 0);
     av_opt_set_int(scaler, "src_format", from.format, 0);
-    av_opt_set_int(scaler, "src_range", from.fullRange ? 1 : 0, 0);
+    av_opt_set_int(scaler, "src_range", fromRange, 0);
     av_opt_set_int(scaler, "dstw", to.width, 0);
     av_opt_set_int(scaler, "dsth", to.height, 0);
     av_opt_set_int(scaler, "dst_format", to.format, 0);
-    av_opt_set_int(scaler, "dst_range", to.fullRange ? 1 : 0, 0);
+    av_opt_set_int(scaler, "dst_range", toRange, 0);
     av_opt_set_int(scaler, "sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, 0);
     int const result = sws_init_context(scaler, nullptr, nullptr);
     if (result < 0) {
-        scaler_.reset();
+        context.reset();
         char const* const name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(from.format));
         throw std::runtime_error("pictures of " + std::to_string(from.width) + "x" + std::to_string(from.height) + " " +
                                  (name == nullptr ? "unknown format" : name) +
                                  " cannot be converted: " + errorText(result));
     }
     constexpr int kOne = 1 << 16;
-    sws_setColorspaceDetails(scaler, sws_getCoefficients(from.matrix), from.fullRange ? 1 : 0,
-                             sws_getCoefficients(to.matrix), to.fullRange ? 1 : 0, 0, kOne, kOne);
-    from_ = from;
-    to_ = to;
+    sws_setColorspaceDetails(scaler, sws_getCoefficients(matrixOf(from.color)), fromRange,
+                             sws_getCoefficients(matrixOf(to.color)), toRange, 0, kOne, kOne);
+    return scaler;
+}
+
+AVFrame const& FrameConverter::fullChroma_(AVFrame const& frame, ColorFormat own, ColorFormat color)
+{
+    if (!full_ || full_->width != frame.width || full_->height != frame.height) {
+        full_ = makeFrame();
+        full_->format = AV_PIX_FMT_YUV444P;
+        full_->width = frame.width;
+        full_->height = frame.height;
+        if (av_frame_get_buffer(full_.get(), 0) < 0) {
+            throw std::bad_alloc();
+        }
+    }
+    SwsContext* const scaler = toFullChroma_.prepare({frame.width, frame.height, frame.format, own},
+                                                     {frame.width, frame.height, AV_PIX_FMT_YUV444P, color});
+    run(scaler, frame.data, frame.linesize, frame.height, full_->data, full_->linesize);
+    return *full_;
 }
 
 void FrameConverter::toNv12(AVFrame const& frame, MappedNV12 const& planes, ColorFormat color)
 {
     // RGB has no matrix of its own and always the full range.
-    ColorFormat const own = isRgb(frame.format) ? ColorFormat{true, color.bt709} : nv12ColorOf(frame);
+    bool const rgb = isRgb(frame.format);
+    ColorFormat const own = rgb ? ColorFormat{true, color.bt709} : nv12ColorOf(frame);
     Planes const to = planesOf(planes);
-    bool const sameShape =
-        frame.format == AV_PIX_FMT_NV12 && frame.width == planes.width && frame.height == planes.height;
-    if (sameShape && own == color) {
+    bool const sameSize = frame.width == planes.width && frame.height == planes.height;
+    if (sameSize && frame.format == AV_PIX_FMT_NV12 && own == color) {
         // The scaler's own copy of this format loses the chroma plane.
         av_image_copy_plane(to.data[0], to.strides[0], frame.data[0], frame.linesize[0], planes.width, planes.height);
         av_image_copy_plane(to.data[1], to.strides[1], frame.data[1], frame.linesize[1], (planes.width + 1) / 2 * 2,
                             (planes.height + 1) / 2);
         return;
     }
-    prepare_({frame.width, frame.height, frame.format, matrixOf(own), own.fullRange},
-             {planes.width, planes.height, AV_PIX_FMT_NV12, matrixOf(color), color.fullRange});
-    run(scaler_.get(), frame.data, frame.linesize, frame.height, to.data.data(), to.strides.data());
+    // The scaler takes RGB pixels in pairs for half chroma and mixes what stands beyond an odd last one.
+    bool const viaFull = rgb && frame.width % 2 != 0;
+    AVFrame const& source = viaFull ? fullChroma_(frame, own, color) : frame;
+    SwsContext* const scaler = scaler_.prepare({source.width, source.height, source.format, viaFull ? color : own},
+                                               {planes.width, planes.height, AV_PIX_FMT_NV12, color});
+    run(scaler, source.data, source.linesize, source.height, to.data.data(), to.strides.data());
+    if (isGray(frame.format)) {
+        fillGray(to, planes);  // which the scaler leaves out
+    }
 }
 
 void FrameConverter::fromNv12(MappedNV12 const& planes, AVFrame& target, ColorFormat color)
 {
-    int const matrix = matrixOf(color);
-    bool const fullRange = isRgb(target.format) || isFullRangeFormat(target.format) || color.fullRange;
-    prepare_({planes.width, planes.height, AV_PIX_FMT_NV12, matrix, color.fullRange},
-             {target.width, target.height, target.format, matrix, fullRange});
+    ColorFormat const goal{isRgb(target.format) || isFullRangeFormat(target.format) || color.fullRange, color.bt709};
+    SwsContext* const scaler = scaler_.prepare({planes.width, planes.height, AV_PIX_FMT_NV12, color},
+                                               {target.width, target.height, target.format, goal});
     Planes const from = planesOf(planes);
-    run(scaler_.get(), from.data.data(), from.strides.data(), planes.height, target.data, target.linesize);
+    run(scaler, from.data.data(), from.strides.data(), planes.height, target.data, target.linesize);
 }
 
 }  // namespace media

@@ -18,13 +18,14 @@ struct ColorFormat {
 /// from 720 lines on; RGB pictures become that as well. Unmarked grey pictures count as full range.
 ColorFormat nv12ColorOf(AVFrame const& frame);
 
-/// Keeps its scaler from call to call; a change of format or size midway is no matter.
+/// Keeps its scalers from call to call; a change of format or size midway is no matter.
 class FrameConverter {
 public:
-    /// Writes `frame` into planes of any size, in the colours that the planes are to have. Throws
-    /// std::runtime_error for pictures that no conversion exists for.
+    /// Writes `frame` into planes of any size, in the colours that the planes are to have. The rows' padding
+    /// up to a multiple of 64 bytes may be overwritten. Throws std::runtime_error for pictures that no
+    /// conversion exists for.
     void toNv12(AVFrame const& frame, MappedNV12 const& planes, ColorFormat color);
-    /// Fills `target`, whose format, size and buffers are set, from a picture of the same size.
+    /// Fills `target`, whose format, size and buffers are set, from a picture of any size.
     void fromNv12(MappedNV12 const& planes, AVFrame& target, ColorFormat color);
 
 private:
@@ -33,17 +34,25 @@ private:
         int width = 0;
         int height = 0;
         int format = -1;
-        int matrix = 0;
-        bool fullRange = false;
+        ColorFormat color;
 
         friend bool operator==(Shape const&, Shape const&) = default;
     };
 
-    void prepare_(Shape const& from, Shape const& to);
+    /// A scaler with its purpose; made anew when that changes.
+    struct Scaler {
+        ScalerPtr context;
+        Shape from;
+        Shape to;
 
-    ScalerPtr scaler_;
-    Shape from_;
-    Shape to_;
+        SwsContext* prepare(Shape const& wantedFrom, Shape const& wantedTo);
+    };
+
+    AVFrame const& fullChroma_(AVFrame const& frame, ColorFormat own, ColorFormat color);
+
+    Scaler scaler_;
+    Scaler toFullChroma_;
+    FramePtr full_;  ///< 4:4:4 picture on the way
 };
 
 }  // namespace media

@@ -65,10 +65,7 @@ std::optional<VideoUnit> FrameReader::next()
             return std::nullopt;
         }
         if (frontIsDue_()) {
-            PacketPtr const packet = std::move(video_.front());
-            video_.pop_front();
-            videoBytes_ -= static_cast<std::size_t>(packet->size);
-            decoder_.send(packet.get());
+            decodeFront_();
         } else if (ended_) {
             decoder_.send(nullptr);
             drained_ = true;
@@ -76,6 +73,24 @@ std::optional<VideoUnit> FrameReader::next()
             readPacket_();
         }
     }
+}
+
+void FrameReader::decodeFront_()
+{
+    // Some decoders drop the picture that they hold back when the next one is of another size.
+    if (video_.front().newClip && !betweenClips_) {
+        decoder_.send(nullptr);
+        betweenClips_ = true;
+        return;
+    }
+    if (betweenClips_) {
+        decoder_.restart();
+        betweenClips_ = false;
+    }
+    PacketPtr const packet = std::move(video_.front().packet);
+    video_.pop_front();
+    videoBytes_ -= static_cast<std::size_t>(packet->size);
+    decoder_.send(packet.get());
 }
 
 bool FrameReader::frontIsDue_() const
@@ -86,7 +101,7 @@ bool FrameReader::frontIsDue_() const
     if (ended_ || videoBytes_ > kMaxWaitingBytes || video_.size() > kMaxWaitingUnits) {
         return true;
     }
-    double const present = secondsOf(video_.front()->pts, timeBase_);
+    double const present = secondsOf(video_.front().packet->pts, timeBase_);
     return readUpTo_ >= present + aheadSeconds_;
 }
 
@@ -125,7 +140,9 @@ void FrameReader::addVideo_(PacketPtr packet)
     readUpTo_ = secondsOf(placed.decodeTicks, timeBase_);
     placeWaiting_(packet->pos);
     videoBytes_ += static_cast<std::size_t>(packet->size);
-    video_.push_back(std::move(packet));
+    // A clock that jumps in front of a dependent picture is a disturbance, not another clip.
+    bool const newClip = placed.newClock && (packet->flags & AV_PKT_FLAG_KEY) != 0;
+    video_.push_back({std::move(packet), newClip});
 }
 
 void FrameReader::placeWaiting_(std::int64_t videoPosition)

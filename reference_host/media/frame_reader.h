@@ -46,7 +46,14 @@ public:
     AVRational timeBase() const { return timeBase_; }
 
 private:
+    /// A compressed picture that waits for its turn.
+    struct WaitingVideo {
+        PacketPtr packet;
+        bool newClip = false;  ///< the decoder gives out the old clip's pictures first
+    };
+
     void readPacket_();
+    void decodeFront_();
     void addVideo_(PacketPtr packet);
     void placeWaiting_(std::int64_t videoPosition);
     void placeRest_();
@@ -59,13 +66,14 @@ private:
     Timeline timeline_;
     Decoder decoder_;
     double aheadSeconds_;
-    std::deque<PacketPtr> video_;    ///< read, not yet decoded
-    std::size_t videoBytes_ = 0;     ///< in video_
-    std::vector<SideUnit> waiting_;  ///< side units that the next video packet will place
+    std::deque<WaitingVideo> video_;  ///< read, not yet decoded
+    std::size_t videoBytes_ = 0;      ///< in video_
+    std::vector<SideUnit> waiting_;   ///< side units that the next video packet will place
     std::vector<SideUnit> ready_;
     double readUpTo_ = 0.0;  ///< decode time of the newest video packet read
     bool ended_ = false;
     bool drained_ = false;
+    bool betweenClips_ = false;  ///< the old clip's last pictures are being received
     std::uint64_t nextNumber_ = 0;
     std::optional<std::int64_t> lastTicks_;
 };

@@ -88,11 +88,11 @@ AVStream& Muxer::newStream_()
     return *stream;
 }
 
-int Muxer::addVideo(AVCodecContext const& encoder)
+int Muxer::addVideo(AVCodecContext const& encoder, AVRational timeBase)
 {
     AVStream& stream = newStream_();
     check_(avcodec_parameters_from_context(stream.codecpar, &encoder));
-    stream.time_base = encoder.time_base;
+    stream.time_base = timeBase;
     stream.avg_frame_rate = encoder.framerate;
     stream.sample_aspect_ratio = encoder.sample_aspect_ratio;
     return stream.index;

@@ -26,7 +26,7 @@ public:
     AVOutputFormat const& container() const { return *context_->oformat; }
 
     /// Streams are added before begin(); each call gives the stream's number for write().
-    int addVideo(AVCodecContext const& encoder);
+    int addVideo(AVCodecContext const& encoder, AVRational timeBase);
     /// A telemetry stream; empty when the container does not carry KLV.
     std::optional<int> addKlv();
     /// A stream whose packets are passed on as they are; empty when the container does not carry it.

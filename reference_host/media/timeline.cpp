@@ -50,11 +50,13 @@ Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, s
     std::optional<std::int64_t> const raw = decodeTicks ? decodeTicks : presentTicks;
     std::int64_t const expected = last_ ? limitTicks(*last_ + intervalTicks_) : 0;
     std::int64_t decode = expected;
+    bool newClock = false;
     if (raw) {
         if (last_ && mayJump_ && jumped_(*raw)) {
             previousOffset_ = offset_;
             offset_ = expected - *raw;
             jumpTicks_ = expected;
+            newClock = true;
         }
         decode = limitTicks(*raw + offset_);
         lastRaw_ = *raw;
@@ -67,7 +69,7 @@ Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, s
         previousSlot_ = slotSeconds();
     }
     last_ = decode;
-    return {decode, present};
+    return {decode, present, newClock};
 }
 
 double Timeline::placeOther(double seconds) const

@@ -16,6 +16,7 @@ public:
     struct Placed {
         std::int64_t decodeTicks;
         std::int64_t presentTicks;
+        bool newClock;  ///< the stream's clock started anew with this packet
     };
 
     /// The video stream's time base, `intervalTicks` from one frame to the next; with `mayJump` false no

@@ -1,0 +1,117 @@
+// Output that appears under its name only when it is whole.
+#include "output_file.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using media::OutputFile;
+using media_test::TempFolder;
+
+void writeText(std::string const& path, std::string const& text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string readText(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string messageOf(std::string const& path)
+{
+    try {
+        OutputFile const file(path);
+    } catch (std::runtime_error const& failure) {
+        return failure.what();
+    }
+    return "nothing thrown";
+}
+
+TEST(OutputFile, AppearsAtCommitOnly)
+{
+    TempFolder const folder;
+    std::string const path = folder.file("out.ts");
+    OutputFile file(path);
+    EXPECT_EQ(file.path(), path);
+    EXPECT_NE(file.writePath(), path);
+    EXPECT_EQ(fs::path(file.writePath()).parent_path(), folder.path());
+    writeText(file.writePath(), "whole");
+    EXPECT_FALSE(fs::exists(path));
+    file.commit();
+    EXPECT_EQ(readText(path), "whole");
+    EXPECT_EQ(folder.count(), 1U);
+}
+
+TEST(OutputFile, LeavesNothingWhenItWasNotCommitted)
+{
+    TempFolder const folder;
+    {
+        OutputFile const file(folder.file("out.ts"));
+        writeText(file.writePath(), "half");
+    }
+    EXPECT_EQ(folder.count(), 0U);
+}
+
+TEST(OutputFile, KeepsTheOlderFileUntilCommit)
+{
+    TempFolder const folder;
+    std::string const path = folder.file("out.ts");
+    writeText(path, "old");
+    {
+        OutputFile const file(path);
+        writeText(file.writePath(), "half");
+    }
+    EXPECT_EQ(readText(path), "old");
+    OutputFile file(path);
+    writeText(file.writePath(), "new");
+    file.commit();
+    EXPECT_EQ(readText(path), "new");
+}
+
+TEST(OutputFile, FollowsALinkInsteadOfReplacingIt)
+{
+    TempFolder const folder;
+    writeText(folder.file("real.ts"), "old");
+    fs::create_symlink("real.ts", folder.file("link.ts"));
+    OutputFile file(folder.file("link.ts"));
+    writeText(file.writePath(), "new");
+    file.commit();
+    EXPECT_TRUE(fs::is_symlink(folder.file("link.ts")));
+    EXPECT_EQ(readText(folder.file("real.ts")), "new");
+}
+
+TEST(OutputFile, WritesStraightToWhatIsNoOrdinaryFile)
+{
+    for (std::string const path : {"/dev/null", "udp://127.0.0.1:1", "-", "pipe:1"}) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(OutputFile(path).writePath(), path);
+    }
+}
+
+TEST(OutputFile, NamesPlaceAndCure)
+{
+    TempFolder const folder;
+    EXPECT_EQ(messageOf(folder.file("none/out.ts")),
+              folder.file("none/out.ts") + ": folder " + folder.file("none") + " does not exist; create it first");
+    EXPECT_EQ(messageOf(folder.path()), folder.path() + ": is a folder; give the name of a file");
+    EXPECT_EQ(messageOf("/proc/out.ts"),
+              "/proc/out.ts: cannot be written: No such file or directory; choose a folder that can be written to");
+}
+
+TEST(OutputFile, KnowsTheCureForAFullDisk)
+{
+    EXPECT_EQ(media::writeFailure("a.ts", "No space left on device", true),
+              "a.ts: cannot be written: No space left on device; free some space or choose another folder");
+}
+
+}  // namespace

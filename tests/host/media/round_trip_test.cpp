@@ -1,0 +1,411 @@
+// Encoder, muxer, demuxer and decoder together: what goes in comes out again, samples, times and bytes.
+#include "decoder.h"
+#include "demuxer.h"
+#include "encoder.h"
+#include "frame_reader.h"
+#include "muxer.h"
+#include "planes.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using media_test::Planes;
+using media_test::TempFolder;
+
+constexpr AVRational kClock{1, 90000};
+
+media::PacketPtr packetOf(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
+{
+    media::PacketPtr packet = media::makePacket();
+    EXPECT_EQ(av_new_packet(packet.get(), static_cast<int>(bytes.size())), 0);
+    std::memcpy(packet->data, bytes.data(), bytes.size());
+    packet->pts = ticks;
+    packet->dts = ticks;
+    return packet;
+}
+
+/// A unit that begins with a KLV key.
+std::vector<std::uint8_t> klvUnit(int number)
+{
+    auto const letter = static_cast<std::uint8_t>('A' + number % 26);
+    return {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x0B, 0x01, 0x01, 0x0E, 0x01,
+            0x03, 0x01, 0x01, 0x00, 0x00, 0x00, 0x03, 3,    1,    letter};
+}
+
+struct ClipSpec {
+    std::string path;
+    std::string codec;
+    int width = 64;
+    int height = 48;
+    int frames = 10;
+    std::int64_t firstTicks = 195030;
+    int klvStreams = 0;
+};
+
+void writeClip(ClipSpec const& spec)
+{
+    media::Muxer muxer(spec.path);
+    media::EncoderSettings settings;
+    settings.codecName = spec.codec;
+    settings.width = spec.width;
+    settings.height = spec.height;
+    settings.timeBase = kClock;
+    media::Encoder encoder(settings, muxer.container());
+    int const video = muxer.addVideo(encoder.context(), kClock);
+    std::vector<int> klv;
+    for (int stream = 0; stream < spec.klvStreams; ++stream) {
+        klv.push_back(muxer.addKlv().value());
+    }
+    muxer.begin();
+    auto const sink = [&](AVPacket& packet) { muxer.write(packet, video, kClock); };
+    for (int number = 0; number < spec.frames; ++number) {
+        Planes planes(spec.width, spec.height);
+        planes.fillPattern(number);
+        std::int64_t const ticks = spec.firstTicks + number * 3600;
+        for (int const stream : klv) {
+            muxer.write(*packetOf(klvUnit(number + stream), ticks), stream, kClock);
+        }
+        encoder.encode(planes.mapped(), ticks, sink);
+    }
+    encoder.flush(sink);
+    muxer.finish();
+}
+
+void expectPattern(AVFrame const& frame, int number)
+{
+    Planes expected(frame.width, frame.height);
+    expected.fillPattern(number);
+    Planes got(frame.width, frame.height);
+    media::FrameConverter().toNv12(frame, got.mapped(), media::nv12ColorOf(frame));
+    EXPECT_TRUE(got.samePicture(expected));
+}
+
+struct LosslessRow {
+    char const* name;
+    char const* file;
+    char const* codec;
+    int width;
+    int height;
+};
+
+class Lossless : public testing::TestWithParam<LosslessRow> {};
+
+TEST_P(Lossless, GivesBackEverySampleAndTime)
+{
+    LosslessRow const& row = GetParam();
+    TempFolder const folder;
+    ClipSpec spec{folder.file(row.file), row.codec, row.width, row.height};
+    writeClip(spec);
+    media::Demuxer demuxer(spec.path);
+    media::FrameReader reader(demuxer);
+    for (int number = 0; number < spec.frames; ++number) {
+        SCOPED_TRACE("frame " + std::to_string(number));
+        auto const unit = reader.next();
+        ASSERT_TRUE(unit);
+        EXPECT_EQ(unit->number, static_cast<std::uint64_t>(number));
+        EXPECT_NEAR(unit->seconds, static_cast<double>(spec.firstTicks + number * 3600) / 90000.0, 0.0006);
+        ASSERT_EQ(unit->frame->width, row.width);
+        ASSERT_EQ(unit->frame->height, row.height);
+        expectPattern(*unit->frame, number);
+    }
+    EXPECT_FALSE(reader.next());
+    EXPECT_EQ(reader.damaged(), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Lossless,
+                         testing::Values(LosslessRow{"ffv1_in_mkv", "a.mkv", "ffv1", 64, 48},
+                                         LosslessRow{"ffv1_odd_size", "a.mkv", "ffv1", 35, 19},
+                                         LosslessRow{"ffv1_one_pixel", "a.mkv", "ffv1", 1, 1},
+                                         LosslessRow{"rawvideo_in_nut", "a.nut", "rawvideo", 35, 19},
+                                         LosslessRow{"huffyuv_in_mkv", "a.mkv", "ffvhuff", 64, 48}),
+                         [](auto const& row) { return row.param.name; });
+
+TEST(RoundTrip, KeepsTicksAndTelemetryBytesInATransportStream)
+{
+    TempFolder const folder;
+    ClipSpec const spec{folder.file("a.ts"), "mpeg2video", 64, 48, 10, 195030, 2};
+    writeClip(spec);
+    media::Demuxer demuxer(spec.path);
+    std::vector<int> const streams = demuxer.streamsOf(media::StreamKind::Klv);
+    ASSERT_EQ(streams.size(), 2U);
+    media::FrameReader reader(demuxer);
+    std::vector<media::SideUnit> units;
+    int frames = 0;
+    while (auto const unit = reader.next()) {
+        EXPECT_EQ(unit->ticks, spec.firstTicks + frames * 3600);
+        ++frames;
+        for (media::SideUnit& side : reader.takeSideUnits()) {
+            units.push_back(std::move(side));
+        }
+    }
+    for (media::SideUnit& side : reader.takeSideUnits()) {
+        units.push_back(std::move(side));
+    }
+    EXPECT_EQ(frames, spec.frames);
+    ASSERT_EQ(units.size(), 20U);
+    std::vector<int> counts(8, 0);
+    for (media::SideUnit const& unit : units) {
+        auto const stream = static_cast<std::size_t>(unit.stream);
+        int const number = counts.at(stream)++;
+        std::vector<std::uint8_t> const bytes(unit.packet->data, unit.packet->data + unit.packet->size);
+        EXPECT_EQ(bytes, klvUnit(number + unit.stream));
+        EXPECT_EQ(unit.kind, media::StreamKind::Klv);
+        EXPECT_DOUBLE_EQ(unit.streamSeconds.value(), static_cast<double>(spec.firstTicks + number * 3600) / 90000.0);
+        EXPECT_DOUBLE_EQ(unit.seconds, unit.streamSeconds.value());
+    }
+}
+
+TEST(RoundTrip, GivesTelemetryOutBeforeThePictureItBelongsTo)
+{
+    TempFolder const folder;
+    ClipSpec const spec{folder.file("a.ts"), "mpeg2video", 64, 48, 40, 90000, 1};
+    writeClip(spec);
+    media::Demuxer demuxer(spec.path);
+    media::FrameReader reader(demuxer);
+    double newest = -1.0;
+    while (auto const unit = reader.next()) {
+        for (media::SideUnit const& side : reader.takeSideUnits()) {
+            newest = std::max(newest, side.seconds);
+        }
+        EXPECT_GE(newest, unit->seconds);
+    }
+}
+
+TEST(RoundTrip, ContinuesTheTimeOfJoinedClipsOfDifferentSizes)
+{
+    TempFolder const folder;
+    ClipSpec first{folder.file("a.ts"), "mpeg2video", 64, 48, 10, 900000, 1};
+    ClipSpec second{folder.file("b.ts"), "mpeg2video", 32, 80, 10, 90000, 1};
+    writeClip(first);
+    writeClip(second);
+    {
+        std::ofstream joined(folder.file("c.ts"), std::ios::binary);
+        for (std::string const& part : {first.path, second.path}) {
+            joined << std::ifstream(part, std::ios::binary).rdbuf();
+        }
+    }
+    media::Demuxer demuxer(folder.file("c.ts"));
+    media::FrameReader reader(demuxer);
+    std::vector<std::int64_t> ticks;
+    std::vector<int> widths;
+    while (auto const unit = reader.next()) {
+        ticks.push_back(unit->ticks);
+        widths.push_back(unit->frame->width);
+    }
+    std::vector<std::int64_t> expected;
+    for (int number = 0; number < 20; ++number) {
+        expected.push_back(900000 + number * 3600);
+    }
+    EXPECT_EQ(ticks, expected);
+    EXPECT_EQ(widths,
+              (std::vector<int>{64, 64, 64, 64, 64, 64, 64, 64, 64, 64, 32, 32, 32, 32, 32, 32, 32, 32, 32, 32}));
+    std::size_t count = 0;
+    for (media::SideUnit const& side : reader.takeSideUnits()) {
+        EXPECT_NEAR(side.seconds, static_cast<double>(900000 + static_cast<std::int64_t>(count) * 3600) / 90000.0, 1e-9)
+            << count;
+        ++count;
+    }
+    EXPECT_EQ(count, 20U);
+}
+
+TEST(Encoder, RepeatsTheLastColumnAndRowForEncodersThatTakeEvenSizesOnly)
+{
+    TempFolder const folder;
+    media::EncoderSettings settings;
+    settings.codecName = "libx264";
+    settings.crf = 0.0;  // lossless
+    settings.width = 35;
+    settings.height = 19;
+    media::Muxer muxer(folder.file("a.mkv"));
+    media::Encoder encoder(settings, muxer.container());
+    EXPECT_TRUE(encoder.extended());
+    EXPECT_EQ(encoder.context().width, 36);
+    EXPECT_EQ(encoder.context().height, 20);
+    int const video = muxer.addVideo(encoder.context(), kClock);
+    muxer.begin();
+    auto const sink = [&](AVPacket& packet) { muxer.write(packet, video, kClock); };
+    Planes planes(35, 19);
+    planes.fillPattern(3);
+    encoder.encode(planes.mapped(), 0, sink);
+    encoder.flush(sink);
+    muxer.finish();
+
+    media::Demuxer demuxer(folder.file("a.mkv"));
+    media::FrameReader reader(demuxer);
+    auto const unit = reader.next();
+    ASSERT_TRUE(unit);
+    Planes got(36, 20);
+    media::FrameConverter().toNv12(*unit->frame, got.mapped(), {});
+    for (int row = 0; row < 20; ++row) {
+        for (int column = 0; column < 36; ++column) {
+            ASSERT_EQ(got.y(column, row), planes.y(std::min(column, 34), std::min(row, 18))) << column << "," << row;
+        }
+    }
+    for (int row = 0; row < 10; ++row) {
+        for (int byte = 0; byte < 36; ++byte) {
+            ASSERT_EQ(got.c(byte, row), planes.c(byte, row)) << byte << "," << row;
+        }
+    }
+}
+
+TEST(Encoder, MovesTimesThatDoNotRise)
+{
+    AVOutputFormat const& container = media::containerFor("a.mkv");
+    media::EncoderSettings settings;
+    settings.codecName = "ffv1";
+    settings.width = 16;
+    settings.height = 16;
+    media::Encoder encoder(settings, container);
+    std::vector<std::int64_t> times;
+    auto const sink = [&times](AVPacket& packet) { times.push_back(packet.pts); };
+    Planes planes(16, 16);
+    for (std::int64_t const ticks : {1000, 1000, 500, 2000}) {
+        encoder.encode(planes.mapped(), ticks, sink);
+    }
+    encoder.flush(sink);
+    EXPECT_EQ(times, (std::vector<std::int64_t>{1000, 1001, 1002, 2000}));
+}
+
+struct ChoiceRow {
+    char const* name;
+    char const* output;
+    char const* codec;
+    double crf;
+    char const* message;
+};
+
+class WrongChoice : public testing::TestWithParam<ChoiceRow> {};
+
+TEST_P(WrongChoice, IsSaidInOneLine)
+{
+    ChoiceRow const& row = GetParam();
+    try {
+        media::EncoderSettings settings;
+        settings.codecName = row.codec;
+        settings.width = 16;
+        settings.height = 16;
+        if (row.crf >= 0) {
+            settings.crf = row.crf;
+        }
+        TempFolder const folder;
+        std::string const output = row.output;
+        AVOutputFormat const& container = media::containerFor(output);
+        media::Muxer muxer(folder.file(output));
+        media::Encoder const encoder(settings, container);
+        muxer.addVideo(encoder.context(), kClock);
+        muxer.begin();
+        FAIL() << "nothing thrown";
+    } catch (media::UnknownChoice const& failure) {
+        std::string message = failure.what();
+        std::size_t const folderEnd = message.rfind('/', message.find(':'));
+        EXPECT_EQ(folderEnd == std::string::npos ? message : message.substr(folderEnd + 1), row.message);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, WrongChoice,
+    testing::Values(ChoiceRow{"no_such_ending", "a.xyz", "", -1,
+                              "a.xyz: no video container has this ending; use .ts, .mp4 or .mkv"},
+                    ChoiceRow{"sound_only_ending", "a.wav", "", -1,
+                              "a.wav: no video container has this ending; use .ts, .mp4 or .mkv"},
+                    ChoiceRow{"no_such_encoder", "a.mkv", "h265turbo", -1,
+                              "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or ffv1"},
+                    ChoiceRow{"sound_encoder", "a.mkv", "aac", -1,
+                              "--video-codec aac: no such video encoder; try libx264, mpeg4 or ffv1"},
+                    ChoiceRow{"no_constant_quality", "a.mkv", "mpeg4", 20,
+                              "--crf: mpeg4 has no constant quality; use --bitrate"},
+                    ChoiceRow{"quality_out_of_range", "a.mkv", "libvpx-vp9", 900,
+                              "--crf 900.000000: libvpx-vp9 does not take this; try 20"},
+                    ChoiceRow{"container_refuses_codec", "a.mp4", "huffyuv", -1,
+                              "a.mp4: mp4 does not take huffyuv video; choose another ending or --video-codec"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST(ContainerFor, ChoosesByEndingOrAddress)
+{
+    struct Row {
+        char const* output;
+        char const* container;
+    };
+    for (Row const& row :
+         {Row{"a.ts", "mpegts"}, Row{"a.m2ts", "mpegts"}, Row{"a.mp4", "mp4"}, Row{"a.mkv", "matroska"},
+          Row{"udp://127.0.0.1:5000", "mpegts"}, Row{"srt://host:1?mode=caller", "mpegts"},
+          Row{"tcp://host:1", "mpegts"}, Row{"-", "mpegts"}, Row{"pipe:1", "mpegts"}}) {
+        SCOPED_TRACE(row.output);
+        EXPECT_STREQ(media::containerFor(row.output).name, row.container);
+    }
+}
+
+TEST(Demuxer, NamesInputReasonAndCure)
+{
+    TempFolder const folder;
+    std::string const text = folder.file("a.txt");
+    std::ofstream(text) << "no video at all";
+    struct Row {
+        std::string input;
+        std::string message;
+    };
+    for (Row const& row : {Row{folder.file("none.ts"), ": cannot be opened: No such file or directory; check the path"},
+                           Row{text, ": cannot be opened: Invalid data found when processing input; give a file or an "
+                                     "address that holds video"},
+                           Row{folder.path(), ": cannot be opened: Is a directory; check that it can be read"}}) {
+        SCOPED_TRACE(row.input);
+        try {
+            media::Demuxer const demuxer(row.input);
+            FAIL() << "nothing thrown";
+        } catch (std::runtime_error const& failure) {
+            EXPECT_EQ(failure.what(), row.input + row.message);
+        }
+    }
+}
+
+TEST(Demuxer, ReadsATransportStreamFromMemory)
+{
+    TempFolder const folder;
+    ClipSpec const spec{folder.file("a.ts"), "mpeg2video", 64, 48, 5, 90000, 1};
+    writeClip(spec);
+    std::ifstream file(spec.path, std::ios::binary);
+    std::vector<char> const bytes{std::istreambuf_iterator<char>(file), {}};
+    std::size_t place = 0;
+    media::Demuxer demuxer("memory", [&](std::uint8_t* to, std::size_t size) {
+        std::size_t const count = std::min(size, bytes.size() - place);
+        std::memcpy(to, bytes.data() + place, count);
+        place += count;
+        return count;
+    });
+    EXPECT_EQ(demuxer.name(), "memory");
+    EXPECT_EQ(demuxer.streamsOf(media::StreamKind::Klv).size(), 1U);
+    ASSERT_NE(demuxer.video(), nullptr);
+    media::PacketPtr const packet = media::makePacket();
+    int klv = 0;
+    while (demuxer.read(*packet)) {
+        klv += demuxer.kindOf(packet->stream_index) == media::StreamKind::Klv ? 1 : 0;
+        av_packet_unref(packet.get());
+    }
+    EXPECT_EQ(klv, 5);
+    EXPECT_EQ(demuxer.readError(), "");
+}
+
+TEST(FrameReader, RefusesAClipWithoutVideo)
+{
+    TempFolder const folder;
+    std::string const path = folder.file("a.srt");
+    std::ofstream(path) << "1\n00:00:01,000 --> 00:00:02,000\nhello\n\n";
+    media::Demuxer demuxer(path);
+    try {
+        media::FrameReader const reader(demuxer);
+        FAIL() << "nothing thrown";
+    } catch (std::runtime_error const& failure) {
+        EXPECT_EQ(failure.what(), path + ": holds no video stream; give a clip with video");
+    }
+}
+
+}  // namespace
