@@ -377,27 +377,34 @@ void remember(TimedText& entry, std::string_view text, std::uint64_t nowNs)
     entry.timeNs = nowNs;
 }
 
-SwJsonValue const* memberOf(SwJsonObject const* root, std::string const& key)
+SwJsonObject::value_type const* memberOf(SwJsonObject const* root, std::string_view key)
 {
     if (root == nullptr) {
         return nullptr;
     }
     auto const member = root->find(key);
-    return member == root->end() ? nullptr : &member->second;
+    return member == root->end() ? nullptr : &*member;
 }
 
-// As OverlayTextFormatter::lookupFormatted.
-void appendFormatted(std::string& out, SwJsonObject const* root, std::string const& key, OverlayCfg const& cfg,
-                     OverlayRuntime& runtime, std::uint64_t nowNs)
+FormatSpec const* formatOf(OverlayCfg const& cfg, std::string const& key)
 {
     auto const entry = cfg.formats.find(key);
-    FormatSpec const* const spec = entry == cfg.formats.end() ? nullptr : &entry->second;
-    SwJsonValue const* const member = memberOf(root, key);
+    return entry == cfg.formats.end() ? nullptr : &entry->second;
+}
+
+// As OverlayTextFormatter::lookupFormatted. A member that is present lends its key to the lookups: no name is
+// copied out of the template then.
+void appendFormatted(std::string& out, SwJsonObject const* root, std::string_view name, OverlayCfg const& cfg,
+                     OverlayRuntime& runtime, std::uint64_t nowNs)
+{
+    SwJsonObject::value_type const* const member = memberOf(root, name);
     if (member == nullptr) {
-        out += heldOrMissing(spec, cfg, key, runtime, nowNs);
+        std::string const missing(name);
+        out += heldOrMissing(formatOf(cfg, missing), cfg, missing, runtime, nowNs);
         return;
     }
-    SwJsonValue const& value = *member;
+    auto const& [key, value] = *member;
+    FormatSpec const* const spec = formatOf(cfg, key);
     if (spec == nullptr) {
         appendValue(out, value, cfg.decimals, cfg.trimTrailingZeros);
         return;
@@ -509,7 +516,6 @@ std::string OverlayTextFormatter::expandTemplate(std::string const& tmpl, SwJson
     constexpr std::size_t kExpectedGrowth = 64;
     out.reserve(tmpl.size() + kExpectedGrowth);
     std::string_view const text = tmpl;
-    std::string name;
     std::size_t at = 0;
     while (at < text.size()) {
         std::size_t const percent = std::min(text.find('%', at), text.size());
@@ -520,8 +526,7 @@ std::string OverlayTextFormatter::expandTemplate(std::string const& tmpl, SwJson
         Placeholder const placeholder = readPlaceholder(text, percent);
         out += placeholder.literal;
         if (placeholder.hasName) {
-            name = placeholder.name;
-            appendFormatted(out, root, name, cfg, runtime, nowNs);
+            appendFormatted(out, root, placeholder.name, cfg, runtime, nowNs);
         }
         at = placeholder.next;
     }
