@@ -51,15 +51,18 @@ std::vector<std::string> telemetryRemarks(std::string const& source, TelemetrySu
     if (summary.usable == 0) {
         remarks.push_back(source + ": no usable telemetry was found: " + whyNothing(summary));
     }
-    if (summary.counts.badChecksums > 0) {
-        remarks.push_back(
-            source + ": " + counted(summary.counts.badChecksums, "telemetry packet has", "telemetry packets have") +
-            " a wrong checksum and was used all the same (of " + std::to_string(summary.counts.packets) + ")");
+    telemetry::KlvCounts const& counts = summary.counts;
+    if (counts.badChecksums > 0) {
+        bool const one = counts.badChecksums == 1;
+        remarks.push_back(source + ": " + std::to_string(counts.badChecksums) + " of " +
+                          counted(counts.packets, "telemetry packet", "telemetry packets") +
+                          (one ? " has a wrong checksum and was" : " have a wrong checksum and were") +
+                          " used all the same");
     }
-    if (summary.counts.truncated > 0) {
-        remarks.push_back(source + ": " +
-                          counted(summary.counts.truncated, "telemetry packet runs", "telemetry packets run") +
-                          " past the end and was dropped");
+    if (counts.truncated > 0) {
+        bool const one = counts.truncated == 1;
+        remarks.push_back(source + ": " + counted(counts.truncated, "telemetry packet", "telemetry packets") +
+                          (one ? " runs past the end and was dropped" : " run past the end and were dropped"));
     }
     return remarks;
 }

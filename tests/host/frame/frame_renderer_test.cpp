@@ -1,0 +1,129 @@
+// The plugin's library found and loaded, and frames through it, as the program does it.
+#include "frame_renderer.h"
+#include "imaging_access.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using frame::Choice;
+using frame::FrameRenderer;
+
+constexpr char const* kOverride = "STANAG_OVERLAY_PLUGIN";
+
+std::string failureOfLoading()
+{
+    try {
+        frame::LoadedPlugin const plugin;
+    } catch (std::runtime_error const& failure) {
+        return failure.what();
+    }
+    return "nothing thrown";
+}
+
+Choice choiceOf(std::string producer, SwJsonObject payload, std::uint64_t payloadFrame)
+{
+    return {std::move(producer), std::make_shared<SwJsonObject const>(std::move(payload)), payloadFrame, false};
+}
+
+TEST(PluginLoader, LooksBesideTheProgramInBothTrees)
+{
+    unsetenv(kOverride);
+    std::vector<std::string> const candidates = frame::pluginCandidates();
+    ASSERT_GE(candidates.size(), 2U);
+    for (std::string const& candidate : candidates) {
+        EXPECT_EQ(candidate.substr(candidate.rfind('/')), "/libstanag_overlay_plugin.so");
+        EXPECT_EQ(candidate.front(), '/');
+        EXPECT_EQ(candidate.find(".."), std::string::npos);
+    }
+    EXPECT_NE(candidates.front().find("/lib/"), std::string::npos);
+}
+
+TEST(PluginLoader, TakesTheNamedFileAndNoOther)
+{
+    setenv(kOverride, "/nowhere/plugin.so", 1);
+    EXPECT_EQ(frame::pluginCandidates(), std::vector<std::string>{"/nowhere/plugin.so"});
+    EXPECT_EQ(failureOfLoading(), "the plugin's library was not found (/nowhere/plugin.so); build the target "
+                                  "stanag_overlay_plugin or let STANAG_OVERLAY_PLUGIN name the file");
+    unsetenv(kOverride);
+}
+
+TEST(PluginLoader, SaysSoWhenTheFileIsNoPlugin)
+{
+    setenv(kOverride, "/proc/self/maps", 1);
+    std::string const failure = failureOfLoading();
+    unsetenv(kOverride);
+    EXPECT_EQ(failure.find("/proc/self/maps: cannot be loaded as the overlay plugin: "), 0U) << failure;
+    EXPECT_NE(failure.find("; build it for this program's libraries"), std::string::npos) << failure;
+}
+
+/// Renders with the texts recorded.
+class Recorded {
+public:
+    explicit Recorded(std::string const& config)
+    {
+        renderer_.plugin().setConfig(config);
+        imaging::recordTexts(renderer_.painter(),
+                             [this](imaging::DrawnText const& drawn) { texts_.push_back(drawn.text); });
+    }
+
+    std::vector<std::string> render(std::uint64_t frameIndex, std::vector<std::string> const& producers,
+                                    std::vector<Choice> const& choices)
+    {
+        texts_.clear();
+        renderer_.render(frameIndex, renderer_.takePicture(64, 1080), producers, choices);
+        return texts_;
+    }
+
+private:
+    FrameRenderer renderer_;
+    std::vector<std::string> texts_;
+};
+
+using Texts = std::vector<std::string>;
+
+TEST(FrameRenderer, PassesPayloadsOfThisFrameAndOfEarlierOnes)
+{
+    Recorded recorded(R"({"overlay":[{"formatString":"%a"}]})");
+    EXPECT_EQ(recorded.render(1, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(1)}}, 1)}), Texts{"1"});
+    EXPECT_EQ(recorded.render(5, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(2)}}, 3)}), Texts{"2"});
+}
+
+TEST(FrameRenderer, LetsTheFirstProducerWinAndMergesTheRest)
+{
+    Recorded recorded(R"({"overlay":[{"formatString":"%a %b"}]})");
+    Choice const late = choiceOf("a-late", {{"a", SwJsonValue(1)}, {"b", SwJsonValue(2)}}, 1);
+    Choice const first = choiceOf("z-first", {{"a", SwJsonValue(9)}}, 1);
+    EXPECT_EQ(recorded.render(1, {"z-first", "a-late"}, {first, late}), Texts{"9 2"});
+}
+
+TEST(FrameRenderer, DrawsNothingWithoutTelemetry)
+{
+    FrameRenderer renderer;
+    renderer.plugin().setConfig(R"({"overlay":[{"formatString":"text"}]})");
+    auto const source = renderer.takePicture(64, 48);
+    EXPECT_EQ(renderer.render(1, source, {"klv"}, {}), source) << "the very same picture";
+}
+
+TEST(FrameRenderer, LeavesTheSourcePictureAsItIs)
+{
+    FrameRenderer renderer;
+    renderer.plugin().setConfig(R"({"overlay":[{"formatString":"%a","textSize":256}]})");
+    auto const source = renderer.takePicture(320, 240);
+    MappedNV12 const planes = imaging::planesOf(*source);
+    std::size_t const bytes = static_cast<std::size_t>(planes.yStride) * 240;
+    std::fill(planes.y, planes.y + bytes, std::uint8_t{77});
+    auto const drawn = renderer.render(1, source, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(1)}}, 1)});
+    EXPECT_NE(drawn, source);
+    EXPECT_TRUE(std::all_of(planes.y, planes.y + bytes, [](std::uint8_t y) { return y == 77; }));
+    MappedNV12 const result = imaging::planesOf(*drawn);
+    EXPECT_FALSE(std::all_of(result.y, result.y + bytes, [](std::uint8_t y) { return y == 77; }));
+}
+
+}  // namespace
