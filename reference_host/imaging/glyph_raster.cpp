@@ -1,67 +1,26 @@
-// Loads, strokes and fills a glyph's outline with FreeType; the glyph cache keeps what comes out.
+// Loads and fills a glyph's outline with FreeType and strokes it; the glyph cache keeps what comes out.
 #include "glyph_raster.h"
 
+#include "outline_distance.h"
 #include "shaper.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
-#include FT_STROKER_H
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 namespace imaging {
 namespace {
 
 constexpr int kSubPixels = 64;  ///< FreeType's units in a pixel
-/// Stroked outlines overlap themselves, and FreeType adds what overlaps within a pixel. They are filled this
-/// many times larger in both directions and averaged, so that only parts of a pixel can be counted twice.
-constexpr int kStrokeScale = 4;
-/// Unless that would take more than so many pixels.
+/// Stroked glyphs are measured this many times larger in both directions and averaged, which leaves slanted edges
+/// as smooth as FreeType's own, unless that would take more than so many pixels.
+constexpr int kStrokeScale = 2;
 constexpr std::int64_t kLargestScaledArea = std::int64_t{1} << 24;
 constexpr std::int64_t kLargestArea = std::int64_t{1} << 28;
 constexpr std::size_t kRowPadding = 16;
-
-class Outline {
-public:
-    Outline(FT_Library library, unsigned points, int contours) : library_(library)
-    {
-        if (FT_Outline_New(library, points, contours, &outline_) != 0) {
-            outline_ = {};
-        } else {
-            outline_.n_points = 0;
-            outline_.n_contours = 0;
-        }
-    }
-    ~Outline() { FT_Outline_Done(library_, &outline_); }
-    Outline(Outline const&) = delete;
-    Outline& operator=(Outline const&) = delete;
-
-    FT_Outline& get() { return outline_; }
-    bool hasRoom() const { return outline_.points != nullptr; }
-
-    void append(FT_Outline const& other)
-    {
-        auto const points = static_cast<std::size_t>(outline_.n_points);
-        auto const count = static_cast<std::size_t>(other.n_points);
-        std::copy_n(other.points, count, outline_.points + points);
-        std::copy_n(other.tags, count, outline_.tags + points);
-        for (int i = 0; i < other.n_contours; ++i) {
-            outline_.contours[outline_.n_contours++] = static_cast<short>(other.contours[i] + outline_.n_points);
-        }
-        outline_.n_points = static_cast<short>(outline_.n_points + other.n_points);
-    }
-
-private:
-    FT_Library library_;
-    FT_Outline outline_{};
-};
-
-struct StrokerDone {
-    void operator()(FT_Stroker stroker) const { FT_Stroker_Done(stroker); }
-};
 
 /// A hollow box that stands for a character without a glyph; it has the measures of a capital letter.
 struct MissingBox {
@@ -160,76 +119,86 @@ GlyphImage trimmed(std::vector<std::uint8_t> const& coverage, int width, int hei
     return image;
 }
 
-/// Fills an outline, which is moved and scaled on the way.
-GlyphImage fill(FT_Library library, FT_Outline& outline, int wantedScale)
+/// Where an outline's picture lies: whole pixels around it.
+struct Frame {
+    FT_Pos left = 0;  ///< FreeType's units
+    FT_Pos bottom = 0;
+    std::int64_t width = 0;  ///< pixels
+    std::int64_t height = 0;
+};
+
+Frame frameOf(FT_Outline const& outline, FT_Pos margin)
 {
     FT_BBox box{};
     FT_Outline_Get_CBox(&outline, &box);
-    FT_Pos const left = floorTo(box.xMin, kSubPixels);
-    FT_Pos const bottom = floorTo(box.yMin, kSubPixels);
-    auto const width = std::int64_t{(box.xMax - left + kSubPixels - 1) / kSubPixels};
-    auto const height = std::int64_t{(box.yMax - bottom + kSubPixels - 1) / kSubPixels};
-    if (width <= 0 || height <= 0 || width * height > kLargestArea) {
-        return {};
-    }
-    int const scale = width * height * wantedScale * wantedScale <= kLargestScaledArea ? wantedScale : 1;
-    auto const fineWidth = static_cast<std::size_t>(width * scale);
-    auto const fineHeight = static_cast<std::size_t>(height * scale);
-    FT_Outline_Translate(&outline, -left, -bottom);
-    FT_Matrix const enlarge{FT_Fixed{scale} << 16, 0, 0, FT_Fixed{scale} << 16};
-    FT_Outline_Transform(&outline, &enlarge);
+    FT_Pos const left = floorTo(box.xMin - margin, kSubPixels);
+    FT_Pos const bottom = floorTo(box.yMin - margin, kSubPixels);
+    return {left, bottom, (box.xMax + margin - left + kSubPixels - 1) / kSubPixels,
+            (box.yMax + margin - bottom + kSubPixels - 1) / kSubPixels};
+}
 
-    std::vector<std::uint8_t> coverage(fineWidth * fineHeight);
+/// Coverage of an outline whose origin is the bottom-left corner of `width` x `height` pixels; empty when FreeType
+/// cannot fill it.
+std::vector<std::uint8_t> fill(FT_Library library, FT_Outline& outline, std::size_t width, std::size_t height)
+{
+    std::vector<std::uint8_t> coverage(width * height);
     FT_Bitmap bitmap{};
-    bitmap.rows = static_cast<unsigned>(fineHeight);
-    bitmap.width = static_cast<unsigned>(fineWidth);
-    bitmap.pitch = static_cast<int>(fineWidth);
+    bitmap.rows = static_cast<unsigned>(height);
+    bitmap.width = static_cast<unsigned>(width);
+    bitmap.pitch = static_cast<int>(width);
     bitmap.buffer = coverage.data();
     bitmap.num_grays = 256;
     bitmap.pixel_mode = FT_PIXEL_MODE_GRAY;
     if (FT_Outline_Get_Bitmap(library, &outline, &bitmap) != 0) {
-        return {};
+        coverage.clear();
     }
-    if (scale > 1) {
-        coverage = averageBlocks(coverage, static_cast<std::size_t>(width), static_cast<std::size_t>(height),
-                                 static_cast<std::size_t>(scale));
-    }
-    return trimmed(coverage, static_cast<int>(width), static_cast<int>(height), static_cast<int>(left / kSubPixels),
-                   static_cast<int>(-(bottom / kSubPixels) - height));
+    return coverage;
 }
 
-/// Fills an outline together with a stroke along it, `thickness - 1` pixels wide.
-GlyphImage fillStroked(FT_Library library, FT_Outline& outline, int thickness)
+/// Covers all that lies within `reach` pixels of the filled outline. A stroker that offsets the outline would do
+/// for narrow pens only: where a curve is tighter than the pen is wide, the offset turns inside out and leaves
+/// holes.
+void strokeAround(std::vector<std::uint8_t>& coverage, FT_Outline const& outline, std::size_t width, std::size_t height,
+                  float reach)
 {
-    FT_Stroker opened = nullptr;
-    if (FT_Stroker_New(library, &opened) != 0) {
+    auto const distances = distancesTo(outline, width, height, reach + 1);
+    std::transform(coverage.begin(), coverage.end(), distances.begin(), coverage.begin(),
+                   [&](std::uint8_t filled, float distance) {
+                       float const outside = filled >= 128 ? -distance : distance;
+                       float const share = std::clamp(reach - outside + 0.5F, 0.0F, 1.0F);
+                       return static_cast<std::uint8_t>(255 * share + 0.5F);
+                   });
+}
+
+GlyphImage rasterizeOutline(FT_Library library, FT_Outline& outline, int thickness)
+{
+    Frame const frame = frameOf(outline, FT_Pos{thickness - 1} * kSubPixels / 2);
+    std::int64_t const area = frame.width * frame.height;
+    if (frame.width <= 0 || frame.height <= 0 || area > kLargestArea) {
         return {};
     }
-    std::unique_ptr<FT_StrokerRec_, StrokerDone> const stroker(opened);
-    FT_Stroker_Set(opened, FT_Fixed{thickness - 1} * kSubPixels / 2, FT_STROKER_LINECAP_ROUND,
-                   FT_STROKER_LINEJOIN_ROUND, 0);
-    FT_UInt points = 0;
-    FT_UInt contours = 0;
-    if (FT_Stroker_ParseOutline(opened, &outline, 0) != 0 || FT_Stroker_GetCounts(opened, &points, &contours) != 0) {
-        return fill(library, outline, 1);
-    }
-    points += static_cast<FT_UInt>(outline.n_points);
-    contours += static_cast<FT_UInt>(outline.n_contours);
-    constexpr FT_UInt kMost = std::numeric_limits<short>::max();
-    if (points > kMost || contours > kMost) {
-        return fill(library, outline, 1);
-    }
-    Outline both(library, points, static_cast<int>(contours));
-    if (!both.hasRoom()) {
+    int const scale = thickness > 1 && area * kStrokeScale * kStrokeScale <= kLargestScaledArea ? kStrokeScale : 1;
+    auto const width = static_cast<std::size_t>(frame.width);
+    auto const height = static_cast<std::size_t>(frame.height);
+    auto const times = static_cast<std::size_t>(scale);
+    FT_Outline_Translate(&outline, -frame.left, -frame.bottom);
+    FT_Matrix const enlarge{FT_Fixed{scale} << 16, 0, 0, FT_Fixed{scale} << 16};
+    FT_Outline_Transform(&outline, &enlarge);
+
+    auto coverage = fill(library, outline, width * times, height * times);
+    if (coverage.empty()) {
         return {};
     }
-    // The stroke always winds like a filled TrueType contour; the filling must not wind against it.
-    if (FT_Outline_Get_Orientation(&outline) == FT_ORIENTATION_POSTSCRIPT) {
-        FT_Outline_Reverse(&outline);
+    if (thickness > 1) {
+        float const reach = static_cast<float>((thickness - 1) * scale) / 2;
+        strokeAround(coverage, outline, width * times, height * times, reach);
     }
-    both.append(outline);
-    FT_Stroker_Export(opened, &both.get());
-    return fill(library, both.get(), kStrokeScale);
+    if (scale > 1) {
+        coverage = averageBlocks(coverage, width, height, times);
+    }
+    return trimmed(coverage, static_cast<int>(frame.width), static_cast<int>(frame.height),
+                   static_cast<int>(frame.left / kSubPixels),
+                   static_cast<int>(-(frame.bottom / kSubPixels) - frame.height));
 }
 
 }  // namespace
@@ -251,8 +220,7 @@ GlyphImage rasterize(Fonts const& fonts, GlyphKey const& key)
         return {};
     }
     FT_Outline_Translate(outline, FT_Pos{key.phase} * kSubPixels / kPhases, 0);
-    return key.thickness > 1 ? fillStroked(fonts.library(), *outline, key.thickness)
-                             : fill(fonts.library(), *outline, 1);
+    return rasterizeOutline(fonts.library(), *outline, key.thickness);
 }
 
 }  // namespace imaging

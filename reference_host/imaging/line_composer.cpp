@@ -1,4 +1,4 @@
-// Composes a line's coverage from its glyphs; between the text renderer and the pixel loops.
+// Composes the coverage of lines from their glyphs; between the text renderer and the pixel loops.
 #include "line_composer.h"
 
 #include <algorithm>
@@ -34,29 +34,10 @@ void packSpans(std::span<Span const> rows, std::uint8_t const* coverage, std::si
 
 }  // namespace
 
-CoverageView LineComposer::compose(std::span<PlacedGlyph const> placed, LineStyle const& style, std::int64_t x,
-                                   std::int64_t y, Box const& window, Box const& picture)
+void LineComposer::begin(Box const& window, Box const& picture)
 {
-    clearFor(window);
-    for (auto const& glyph : placed) {
-        auto const& image = glyphs_.image(glyph.key(style));
-        lay(image, x + glyph.x + image.left, y + glyph.y + image.top, window);
-    }
-    repeatOddEdges(window, picture);
-    makeChroma();
-    lumaSpans_.clear();
-    auto const firstColumn = static_cast<std::int32_t>(window.left & 1);
-    auto const firstRow = static_cast<std::int32_t>(window.top & 1);
-    for (std::int32_t row = firstRow; row < firstRow + window.height(); ++row) {
-        lumaSpans_.push_back({row, firstColumn, static_cast<std::int32_t>(window.width()),
-                              static_cast<std::uint32_t>(static_cast<std::size_t>(row) * stride_) +
-                                  static_cast<std::uint32_t>(firstColumn)});
-    }
-    return {floorToEven(window.left), floorToEven(window.top), lumaSpans_, chromaSpans_, luma_.data(), chroma_.data()};
-}
-
-void LineComposer::clearFor(Box const& window)
-{
+    window_ = window;
+    picture_ = picture;
     width_ = static_cast<std::size_t>(ceilToEven(window.right) - floorToEven(window.left));
     height_ = static_cast<std::size_t>(ceilToEven(window.bottom) - floorToEven(window.top));
     // Glyphs are laid in whole blocks, whose zeros may reach beyond the window.
@@ -65,15 +46,23 @@ void LineComposer::clearFor(Box const& window)
     chroma_.resize(width_ / 2 * (height_ / 2));
 }
 
-void LineComposer::lay(GlyphImage const& image, std::int64_t left, std::int64_t top, Box const& window)
+void LineComposer::lay(std::span<PlacedGlyph const> placed, LineStyle const& style, std::int64_t x, std::int64_t y)
+{
+    for (auto const& glyph : placed) {
+        auto const& image = glyphs_.image(glyph.key(style));
+        layGlyph(image, x + glyph.x + image.left, y + glyph.y + image.top);
+    }
+}
+
+void LineComposer::layGlyph(GlyphImage const& image, std::int64_t left, std::int64_t top)
 {
     Box const glyph{left, top, left + image.width, top + image.height};
-    Box const visible = intersectionOf(glyph, window);
+    Box const visible = intersectionOf(glyph, window_);
     if (visible.isEmpty()) {
         return;
     }
-    auto* const to = luma_.data() + (visible.top - floorToEven(window.top)) * static_cast<std::ptrdiff_t>(stride_) +
-                     (visible.left - floorToEven(window.left));
+    auto* const to = luma_.data() + (visible.top - floorToEven(window_.top)) * static_cast<std::ptrdiff_t>(stride_) +
+                     (visible.left - floorToEven(window_.left));
     auto const* const from =
         image.coverage.data() + (visible.top - glyph.top) * image.stride + (visible.left - glyph.left);
     auto const width = visible == glyph ? image.stride : visible.width();
@@ -81,16 +70,32 @@ void LineComposer::lay(GlyphImage const& image, std::int64_t left, std::int64_t 
                 static_cast<std::size_t>(visible.height()));
 }
 
-void LineComposer::repeatOddEdges(Box const& window, Box const& picture)
+CoverageView LineComposer::finish()
+{
+    repeatOddEdges();
+    makeChroma();
+    lumaSpans_.clear();
+    auto const firstColumn = static_cast<std::int32_t>(window_.left & 1);
+    auto const firstRow = static_cast<std::int32_t>(window_.top & 1);
+    for (std::int32_t row = firstRow; row < firstRow + window_.height(); ++row) {
+        auto const offset = static_cast<std::size_t>(row) * stride_ + static_cast<std::size_t>(firstColumn);
+        lumaSpans_.push_back(
+            {row, firstColumn, static_cast<std::int32_t>(window_.width()), static_cast<std::uint32_t>(offset)});
+    }
+    return {
+        floorToEven(window_.left), floorToEven(window_.top), lumaSpans_, chromaSpans_, luma_.data(), chroma_.data()};
+}
+
+void LineComposer::repeatOddEdges()
 {
     // The mean over the pixels that exist is the mean over all four once these stand in for the missing ones.
-    if (window.right == picture.right && window.right % 2 != 0) {
+    if (window_.right == picture_.right && window_.right % 2 != 0) {
         for (std::size_t row = 0; row < height_; ++row) {
             auto* const last = luma_.data() + row * stride_ + width_ - 1;
             last[0] = last[-1];
         }
     }
-    if (window.bottom == picture.bottom && window.bottom % 2 != 0) {
+    if (window_.bottom == picture_.bottom && window_.bottom % 2 != 0) {
         auto* const last = luma_.data() + (height_ - 1) * stride_;
         std::copy_n(last - stride_, width_, last);
     }

@@ -1,4 +1,4 @@
-// A line as one coverage picture: glyphs laid over each other, and the chroma coverage that follows.
+// Lines as one coverage picture: glyphs laid over each other, and the chroma coverage that follows.
 #pragma once
 
 #include "geometry.h"
@@ -39,26 +39,32 @@ struct PackedCoverage {
     }
 };
 
+/// Composes one picture after another: `begin`, `lay` for each line, `finish`.
 class LineComposer {
 public:
     explicit LineComposer(GlyphCache& glyphs) : glyphs_(glyphs) {}
 
-    /// Lays the glyphs, whose line starts at (x, y) of the picture, over each other where they meet `window`,
-    /// which lies inside the picture. Where the picture ends in the middle of a chroma sample, the sample's
-    /// coverage is the mean over its pixels inside. The view is good until the next call.
-    CoverageView compose(std::span<PlacedGlyph const> placed, LineStyle const& style, std::int64_t x, std::int64_t y,
-                         Box const& window, Box const& picture);
+    /// Starts an empty coverage picture of `window`, a part of `picture`, both in the target's pixels.
+    void begin(Box const& window, Box const& picture);
+
+    /// Lays the glyphs of a line that starts at (x, y) over what is there, as far as the window shows them.
+    void lay(std::span<PlacedGlyph const> placed, LineStyle const& style, std::int64_t x, std::int64_t y);
+
+    /// The picture with its chroma coverage. Where the target ends in the middle of a chroma sample, the sample's
+    /// coverage is the mean over its pixels inside. The view is good until the next `begin`.
+    CoverageView finish();
 
     /// A copy that leaves out what is not covered, moved by (-x, -y), both even.
     static PackedCoverage pack(CoverageView const& view, std::int64_t x, std::int64_t y);
 
 private:
-    void clearFor(Box const& window);
-    void lay(GlyphImage const& image, std::int64_t left, std::int64_t top, Box const& window);
-    void repeatOddEdges(Box const& window, Box const& picture);
+    void layGlyph(GlyphImage const& image, std::int64_t left, std::int64_t top);
+    void repeatOddEdges();
     void makeChroma();
 
     GlyphCache& glyphs_;
+    Box window_;
+    Box picture_;
     // The window with its edges moved outwards to even numbers.
     std::size_t width_ = 0;
     std::size_t height_ = 0;

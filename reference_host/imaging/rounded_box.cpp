@@ -104,7 +104,7 @@ bool BoxRenderer::isCornerRow(Box const& box, std::int64_t y) const
     return y >= box.top && y < box.bottom && (y < box.top + cornerSize_ || y >= box.bottom - cornerSize_);
 }
 
-void BoxRenderer::drawLuma(Job const& job)
+void BoxRenderer::drawLuma(Job const& job) const
 {
     Box const& box = job.box;
     Box const& visible = job.visible;
@@ -124,28 +124,24 @@ void BoxRenderer::drawLuma(Job const& job)
 }
 
 /// Pixels `from` to `to` of a corner row.
-void BoxRenderer::drawLumaPart(Job const& job, std::int64_t y, std::int64_t from, std::int64_t to)
+void BoxRenderer::drawLumaPart(Job const& job, std::int64_t y, std::int64_t from, std::int64_t to) const
 {
-    if (from >= to) {
-        return;
-    }
-    part_.clear();
+    auto* const luma = job.target.y + y * job.target.yStride;
     for (std::int64_t x = from; x < to; ++x) {
-        part_.push_back(coverageOf(partialWeight(coverageAt(job.box, x, y), job.weight)));
+        luma[x] = blendLevel(luma[x], job.color.y, partialWeight(coverageAt(job.box, x, y), job.weight));
     }
-    Span const span{0, 0, static_cast<std::int32_t>(to - from), 0};
-    blendLumaSpans({job.target.y, static_cast<std::ptrdiff_t>(y * job.target.yStride + from), 0}, &span, 1,
-                   part_.data(), job.color.y);
 }
 
-void BoxRenderer::drawChroma(Job const& job)
+void BoxRenderer::drawChroma(Job const& job) const
 {
-    for (std::int64_t row = job.visible.top / 2; row < (job.visible.bottom + 1) / 2; ++row) {
-        drawChromaRow(job, row);
+    std::int64_t const end = (job.visible.bottom + 1) / 2;
+    for (std::int64_t row = job.visible.top / 2; row < end;) {
+        row += drawChromaRows(job, row, end);
     }
 }
 
-void BoxRenderer::drawChromaRow(Job const& job, std::int64_t row)
+/// Draws the samples of `row` and of those below it, before `end`, that look the same; returns how many rows.
+std::int64_t BoxRenderer::drawChromaRows(Job const& job, std::int64_t row, std::int64_t end) const
 {
     Box const& box = job.box;
     MappedNV12 const& target = job.target;
@@ -153,40 +149,43 @@ void BoxRenderer::drawChromaRow(Job const& job, std::int64_t row)
     std::int64_t const upper = 2 * row;
     std::int64_t const lower = std::min<std::int64_t>(2 * row + 1, target.height - 1);
     std::int64_t const inset = isCornerRow(box, upper) || isCornerRow(box, lower) ? cornerSize_ : 0;
+    int const upperCoverage = upper >= box.top && upper < box.bottom ? 255 : 0;
+    int const lowerCoverage = lower >= box.top && lower < box.bottom ? 255 : 0;
+    auto const coverage = meanOfFour(upperCoverage, upperCoverage, lowerCoverage, lowerCoverage);
+    bool const isStraight = inset == 0 && coverage == 255;
+    std::int64_t const rows =
+        isStraight ? std::max<std::int64_t>(std::min(end, (box.bottom - cornerSize_) / 2) - row, 1) : 1;
+
     std::int64_t const firstPair = job.visible.left / 2;
     std::int64_t const endPair = (job.visible.right + 1) / 2;
     std::int64_t const straightEnd = box.right - inset;
     std::int64_t const from = std::clamp((std::max<std::int64_t>(box.left + inset, 0) + 1) / 2, firstPair, endPair);
     std::int64_t const to =
         straightEnd >= target.width ? endPair : std::clamp(std::max<std::int64_t>(straightEnd, 0) / 2, from, endPair);
-    int const upperCoverage = upper >= box.top && upper < box.bottom ? 255 : 0;
-    int const lowerCoverage = lower >= box.top && lower < box.bottom ? 255 : 0;
-    auto const coverage = meanOfFour(upperCoverage, upperCoverage, lowerCoverage, lowerCoverage);
     blendChromaRect(target.uv + row * target.uvStride + 2 * from, target.uvStride, static_cast<std::size_t>(to - from),
-                    1, job.color.cb, job.color.cr, partialWeight(coverage, job.weight));
-    drawChromaPart(job, row, firstPair, from);
-    drawChromaPart(job, row, to, endPair);
+                    static_cast<std::size_t>(rows), job.color.cb, job.color.cr, partialWeight(coverage, job.weight));
+    for (std::int64_t i = row; i < row + rows; ++i) {
+        drawChromaPart(job, i, firstPair, from);
+        drawChromaPart(job, i, to, endPair);
+    }
+    return rows;
 }
 
 /// Samples `from` to `to`, each by its own pixels.
-void BoxRenderer::drawChromaPart(Job const& job, std::int64_t row, std::int64_t from, std::int64_t to)
+void BoxRenderer::drawChromaPart(Job const& job, std::int64_t row, std::int64_t from, std::int64_t to) const
 {
-    if (from >= to) {
-        return;
-    }
     auto const at = [&](std::int64_t x, std::int64_t y) {
         return coverageAt(job.box, std::min<std::int64_t>(x, job.target.width - 1),
                           std::min<std::int64_t>(y, job.target.height - 1));
     };
-    part_.clear();
+    auto* const chroma = job.target.uv + row * job.target.uvStride;
     for (std::int64_t pair = from; pair < to; ++pair) {
         auto const coverage = meanOfFour(at(2 * pair, 2 * row), at(2 * pair + 1, 2 * row), at(2 * pair, 2 * row + 1),
                                          at(2 * pair + 1, 2 * row + 1));
-        part_.push_back(coverageOf(partialWeight(coverage, job.weight)));
+        int const weight = partialWeight(coverage, job.weight);
+        chroma[2 * pair] = blendLevel(chroma[2 * pair], job.color.cb, weight);
+        chroma[2 * pair + 1] = blendLevel(chroma[2 * pair + 1], job.color.cr, weight);
     }
-    Span const span{0, 0, static_cast<std::int32_t>(to - from), 0};
-    blendChromaSpans({job.target.uv, static_cast<std::ptrdiff_t>(row * job.target.uvStride + 2 * from), 0}, &span, 1,
-                     part_.data(), job.color.cb, job.color.cr);
 }
 
 }  // namespace imaging

@@ -37,16 +37,15 @@ private:
     int cornerLoss(std::int64_t x, std::int64_t y) const;
     std::uint8_t coverageAt(Box const& box, std::int64_t x, std::int64_t y) const;
     bool isCornerRow(Box const& box, std::int64_t y) const;
-    void drawLuma(Job const& job);
-    void drawLumaPart(Job const& job, std::int64_t y, std::int64_t from, std::int64_t to);
-    void drawChroma(Job const& job);
-    void drawChromaRow(Job const& job, std::int64_t row);
-    void drawChromaPart(Job const& job, std::int64_t row, std::int64_t from, std::int64_t to);
+    void drawLuma(Job const& job) const;
+    void drawLumaPart(Job const& job, std::int64_t y, std::int64_t from, std::int64_t to) const;
+    void drawChroma(Job const& job) const;
+    std::int64_t drawChromaRows(Job const& job, std::int64_t row, std::int64_t end) const;
+    void drawChromaPart(Job const& job, std::int64_t row, std::int64_t from, std::int64_t to) const;
 
     double radius_ = 0;
     std::int64_t cornerSize_ = 0;       ///< side of the square that a corner may leave uncovered, in pixels
     std::vector<std::uint8_t> corner_;  ///< the square's coverage row by row; empty for a large corner
-    std::vector<std::uint8_t> part_;    ///< coverage of the part being drawn
 };
 
 }  // namespace imaging

@@ -12,12 +12,11 @@ namespace {
 /// Layouts of longer texts are given back with the next text.
 constexpr std::size_t kKeptTextBytes = std::size_t{64} << 10;
 
-std::uint64_t hashOfLine(std::string_view text, LineStyle const& style, int parity)
+std::uint64_t hashOfText(std::string_view text, LineStyle const& style, int parity)
 {
     auto const kind = static_cast<std::uint64_t>(style.pixelSize) << 32 |
                       static_cast<std::uint64_t>(style.thickness) << 8 | static_cast<std::uint64_t>(parity);
-    // Never 0, which stands for nothing.
-    return joinHash(std::hash<std::string_view>()(text), kind + 1) | 1;
+    return joinHash(std::hash<std::string_view>()(text), kind + 1);
 }
 
 void blend(MappedNV12 const& target, CoverageView const& view, std::int64_t left, std::int64_t top, YCbCr const& color)
@@ -35,7 +34,8 @@ TextRenderer::TextRenderer()
     , glyphs_(fonts_)
     , typesetter_(shaper_, glyphs_)
     , composer_(glyphs_)
-    , cachedLines_(kLineCacheEntries, kLineCacheBytes)
+    , measures_(kLineCacheEntries, kMeasureCacheBytes)
+    , composed_(kLineCacheEntries, kLineCacheBytes)
 {
 }
 
@@ -44,15 +44,17 @@ void TextRenderer::openFonts(std::string const& family)
     fonts_.open(family);
     shaper_.clear();
     glyphs_.clear();
-    cachedLines_.clear();
+    measures_.clear();
+    composed_.clear();
     drawnBefore_.fill(0);
     text_.clear();
     lines_.clear();
+    groups_.clear();
 }
 
 CachedBytes TextRenderer::cachedBytes() const
 {
-    return {glyphs_.cachedBytes(), shaper_.cachedBytes(), cachedLines_.bytes()};
+    return {glyphs_.cachedBytes(), shaper_.cachedBytes(), composed_.bytes(), measures_.bytes()};
 }
 
 bool TextRenderer::isReady(std::string_view text, LineStyle const& style)
@@ -86,43 +88,51 @@ void TextRenderer::draw(MappedNV12 const& target, std::string_view text, int x, 
         return;
     }
     layOut(text, x, y, style);
-    for (auto& line : lines_) {
-        drawLine(target, line, color);
+    for (auto const& group : groups_) {
+        drawGroup(target, group, color);
     }
 }
 
 void TextRenderer::layOut(std::string_view text, int x, int y, LineStyle const& style)
 {
-    bool const same = text == text_ && style == style_;
-    if (same && x == x_ && y == y_) {
-        return;
-    }
-    if (text_.size() > kKeptTextBytes) {
-        std::string().swap(text_);
-        std::vector<Line>().swap(lines_);
-        std::vector<PlacedGlyph>().swap(placed_);
-    }
-    text_ = text;
-    style_ = style;
+    bool const sameLines = text == text_ && style == style_;
+    bool const sameRows = ((y ^ y_) & 1) == 0;
     x_ = x;
     y_ = y;
+    if (sameLines && sameRows) {
+        return;
+    }
+    if (!sameLines) {
+        if (text_.size() > kKeptTextBytes) {
+            std::string().swap(text_);
+            std::vector<Line>().swap(lines_);
+            std::vector<Group>().swap(groups_);
+            std::vector<PlacedGlyph>().swap(placed_);
+        }
+        text_ = text;
+        style_ = style;
+        splitIntoLines();
+    }
+    groupLines();
+}
+
+void TextRenderer::splitIntoLines()
+{
     lines_.clear();
     placed_.clear();
-    box_ = {};
-
-    auto const metrics = fonts_.lineMetrics(style.pixelSize);
-    int const reach = style.reach();
+    auto const metrics = fonts_.lineMetrics(style_.pixelSize);
+    int const reach = style_.reach();
     std::int64_t const pitch = std::int64_t{metrics.ascent} + metrics.descent + 2 * reach;
     std::string_view rest = text_;
+    box_ = {};
     for (std::int64_t top = 0;; top += pitch) {
         auto const end = rest.find('\n');
-        auto lineText = rest.substr(0, end);
-        if (lineText.ends_with('\r')) {
-            lineText.remove_suffix(1);
+        auto line = rest.substr(0, end);
+        if (line.ends_with('\r')) {
+            line.remove_suffix(1);
         }
-        layOutLine(lineText, top + reach + metrics.ascent);
-        auto const& set = lines_.back().set;
-        box_.right = std::max(box_.right, set.advance + 2 * reach);
+        addLine(line, top + reach + metrics.ascent);
+        box_.right = std::max(box_.right, lines_.back().set.advance + 2 * reach);
         box_.bottom = top + pitch;
         if (end == std::string_view::npos) {
             break;
@@ -138,12 +148,14 @@ void TextRenderer::layOut(std::string_view text, int x, int y, LineStyle const& 
     }
 }
 
-void TextRenderer::layOutLine(std::string_view text, std::int64_t baseline)
+void TextRenderer::addLine(std::string_view text, std::int64_t baseline)
 {
-    Line line{text, baseline, {}, 0, false, 0, 0};
-    line.hash = hashOfLine(text, style_, parityOf(line));
-    if (auto const* const cached = findCached(line)) {
-        line.set = cached->set;
+    Line line{text, baseline, {}, false, 0, 0};
+    auto const* const known = measures_.find(hashOfText(text, style_, 0), [&](CachedMeasure const& cached) {
+        return cached.style == style_ && cached.text == text;
+    });
+    if (known != nullptr) {
+        line.set = known->set;
     } else {
         place(line);
     }
@@ -158,70 +170,114 @@ void TextRenderer::place(Line& line)
     line.isPlaced = true;
 }
 
-int TextRenderer::parityOf(Line const& line) const
+void TextRenderer::groupLines()
 {
-    auto const column = std::int64_t{x_} + style_.reach();
-    auto const row = y_ + line.baseline;
-    return static_cast<int>((column & 1) | (row & 1) << 1);
+    groups_.clear();
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+        auto const& line = lines_[i];
+        if (line.set.ink.isEmpty()) {
+            continue;
+        }
+        Box const ink = line.set.ink.movedBy(style_.reach(), line.baseline);
+        bool const sharesRows =
+            !groups_.empty() && floorToEven(y_ + ink.top) < ceilToEven(y_ + groups_.back().ink.bottom);
+        if (!sharesRows) {
+            groups_.push_back({line.text, i, i + 1, ink});
+            continue;
+        }
+        auto& group = groups_.back();
+        auto const* const begin = group.text.data();
+        group.text = {begin, static_cast<std::size_t>(line.text.data() + line.text.size() - begin)};
+        group.endLine = i + 1;
+        group.ink = unionOf(group.ink, ink);
+    }
 }
 
-TextRenderer::CachedLine* TextRenderer::findCached(Line const& line)
+int TextRenderer::parityOf(Group const& group) const
 {
-    int const parity = parityOf(line);
-    return cachedLines_.find(line.hash, [&](CachedLine const& cached) {
-        return cached.parity == parity && cached.style == style_ && cached.text == line.text;
-    });
+    auto const row = y_ + lines_[group.firstLine].baseline;
+    return static_cast<int>((x_ & 1) | (row & 1) << 1);
 }
 
-void TextRenderer::drawLine(MappedNV12 const& target, Line& line, YCbCr const& color)
+std::uint64_t TextRenderer::hashOf(Group const& group) const
 {
-    std::int64_t const x = std::int64_t{x_} + style_.reach();
-    std::int64_t const y = y_ + line.baseline;
+    return hashOfText(group.text, style_, parityOf(group));
+}
+
+void TextRenderer::drawGroup(MappedNV12 const& target, Group const& group, YCbCr const& color)
+{
     Box const picture{0, 0, target.width, target.height};
     // Inside this box every chroma sample has four pixels.
     Box const whole{0, 0, floorToEven(target.width), floorToEven(target.height)};
-    Box const ink = line.set.ink.movedBy(x, y);
+    Box const ink = group.ink.movedBy(x_, y_);
     Box const window = intersectionOf(ink, picture);
-    if (line.set.ink.isEmpty() || window.isEmpty()) {
+    if (window.isEmpty()) {
         return;
     }
     bool const isWhole = whole.contains(ink);
     if (isWhole) {
-        if (auto const* const cached = findCached(line)) {
-            auto const view = cached->coverage.view();
-            blend(target, view, view.left + floorToEven(x), view.top + floorToEven(y), color);
+        int const parity = parityOf(group);
+        auto const* const known = composed_.find(hashOf(group), [&](CachedGroup const& cached) {
+            return cached.parity == parity && cached.style == style_ && cached.text == group.text;
+        });
+        if (known != nullptr) {
+            auto const view = known->coverage.view();
+            auto const row = y_ + lines_[group.firstLine].baseline;
+            blend(target, view, view.left + floorToEven(x_), view.top + floorToEven(row), color);
             return;
         }
     }
-    if (!line.isPlaced) {
-        place(line);
-    }
-    std::span<PlacedGlyph const> const glyphs(placed_.data() + line.firstGlyph, line.glyphCount);
     std::int64_t const bandRows = std::max<std::int64_t>(2, floorToEven(kBandBytes / (window.width() + 64)));
     for (std::int64_t top = window.top; top < window.bottom;) {
         std::int64_t const bottom = std::min(floorToEven(top) + bandRows, window.bottom);
-        auto const view = composer_.compose(glyphs, style_, x, y, {window.left, top, window.right, bottom}, picture);
+        auto const view = compose(group, {window.left, top, window.right, bottom}, picture);
         blend(target, view, view.left, view.top, color);
         if (isWhole && top == window.top && bottom == window.bottom) {
-            keep(line, view);
+            keep(group, view);
         }
         top = bottom;
     }
 }
 
-void TextRenderer::keep(Line const& line, CoverageView const& view)
+CoverageView TextRenderer::compose(Group const& group, Box const& window, Box const& picture)
 {
-    auto& before = drawnBefore_[line.hash >> 1 & (drawnBefore_.size() - 1)];
-    if (std::exchange(before, line.hash) != line.hash) {
+    composer_.begin(window, picture);
+    for (std::size_t i = group.firstLine; i < group.endLine; ++i) {
+        auto& line = lines_[i];
+        if (!line.isPlaced) {
+            place(line);
+        }
+        std::span<PlacedGlyph const> const glyphs(placed_.data() + line.firstGlyph, line.glyphCount);
+        composer_.lay(glyphs, style_, x_ + style_.reach(), y_ + line.baseline);
+    }
+    return composer_.finish();
+}
+
+void TextRenderer::keep(Group const& group, CoverageView const& view)
+{
+    std::uint64_t const hash = hashOf(group);
+    auto& before = drawnBefore_[hash & (drawnBefore_.size() - 1)];
+    if (std::exchange(before, hash) != hash) {
         return;
     }
-    std::int64_t const x = std::int64_t{x_} + style_.reach();
-    std::int64_t const y = y_ + line.baseline;
-    CachedLine cached{std::string(line.text), style_, parityOf(line), line.set,
-                      LineComposer::pack(view, floorToEven(x), floorToEven(y))};
-    std::size_t const bytes = sizeof(CachedLine) + cached.text.capacity() + cached.coverage.bytes();
-    if (bytes <= kLineCacheBytes / 4) {
-        cachedLines_.insert(line.hash, std::move(cached), bytes);
+    auto const row = y_ + lines_[group.firstLine].baseline;
+    CachedGroup cached{std::string(group.text), style_, parityOf(group),
+                       LineComposer::pack(view, floorToEven(x_), floorToEven(row))};
+    std::size_t const bytes = sizeof(CachedGroup) + cached.text.capacity() + cached.coverage.bytes();
+    if (bytes > kLineCacheBytes / 4) {
+        return;
+    }
+    composed_.insert(hash, std::move(cached), bytes);
+    for (std::size_t i = group.firstLine; i < group.endLine; ++i) {
+        auto const& line = lines_[i];
+        std::uint64_t const lineHash = hashOfText(line.text, style_, 0);
+        auto const isSame = [&](CachedMeasure const& known) {
+            return known.style == style_ && known.text == line.text;
+        };
+        if (measures_.find(lineHash, isSame) == nullptr) {
+            measures_.insert(lineHash, {std::string(line.text), style_, line.set},
+                             sizeof(CachedMeasure) + line.text.size() + 1);
+        }
     }
 }
 

@@ -13,16 +13,18 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace imaging {
 
-/// Bounds of the memory for composed lines.
+/// Bounds of the memory for composed lines and for their measures.
 inline constexpr std::size_t kLineCacheBytes = std::size_t{16} << 20;
+inline constexpr std::size_t kMeasureCacheBytes = std::size_t{1} << 20;
 inline constexpr std::size_t kLineCacheEntries = 4096;
-/// Working memory for a line that is composed: a taller one is drawn in bands.
+/// Working memory for lines that are composed: higher ones are drawn in bands.
 inline constexpr std::int64_t kBandBytes = std::int64_t{4} << 20;
 
 /// Bytes that the renderer's caches hold, each within its bound.
@@ -30,6 +32,7 @@ struct CachedBytes {
     std::size_t glyphs = 0;
     std::size_t words = 0;
     std::size_t lines = 0;
+    std::size_t measures = 0;
 };
 
 class TextRenderer {
@@ -51,50 +54,65 @@ public:
     CachedBytes cachedBytes() const;
 
 private:
-    /// One line of the text laid out last.
+    /// One line of the text laid out last. All positions are relative to the anchor.
     struct Line {
         std::string_view text;
-        std::int64_t baseline = 0;  ///< below the anchor
+        std::int64_t baseline = 0;
         SetLine set;
-        std::uint64_t hash = 0;
-        bool isPlaced = false;  ///< false while the line cache spares it
+        bool isPlaced = false;  ///< false while a cache spares it
         std::size_t firstGlyph = 0;
         std::size_t glyphCount = 0;
     };
-    /// A composed line. Even anchors and odd ones have different chroma, so they are kept apart.
-    struct CachedLine {
+    /// Consecutive lines whose ink shares rows of chroma; as a rule one line.
+    struct Group {
+        std::string_view text;
+        std::size_t firstLine = 0;
+        std::size_t endLine = 0;
+        Box ink;
+    };
+    struct CachedMeasure {
+        std::string text;
+        LineStyle style;
+        SetLine set;
+    };
+    /// A composed group. Even anchors and odd ones have different chroma, so they are kept apart.
+    struct CachedGroup {
         std::string text;
         LineStyle style;
         int parity = 0;
-        SetLine set;
         PackedCoverage coverage;
     };
 
     bool isReady(std::string_view text, LineStyle const& style);
     void layOut(std::string_view text, int x, int y, LineStyle const& style);
-    void layOutLine(std::string_view text, std::int64_t baseline);
+    void splitIntoLines();
+    void addLine(std::string_view text, std::int64_t baseline);
     void place(Line& line);
-    int parityOf(Line const& line) const;
-    CachedLine* findCached(Line const& line);
-    void drawLine(MappedNV12 const& target, Line& line, YCbCr const& color);
-    void keep(Line const& line, CoverageView const& view);
+    void groupLines();
+    int parityOf(Group const& group) const;
+    std::uint64_t hashOf(Group const& group) const;
+    void drawGroup(MappedNV12 const& target, Group const& group, YCbCr const& color);
+    CoverageView compose(Group const& group, Box const& window, Box const& picture);
+    void keep(Group const& group, CoverageView const& view);
 
     Fonts fonts_;
     Shaper shaper_;
     GlyphCache glyphs_;
     Typesetter typesetter_;
     LineComposer composer_;
-    LruCache<CachedLine> cachedLines_;
-    /// Hashes of lines drawn lately: what is drawn a second time is worth remembering.
+    LruCache<CachedMeasure> measures_;
+    LruCache<CachedGroup> composed_;
+    /// Hashes of groups drawn lately: what is drawn a second time is worth remembering.
     std::array<std::uint64_t, 4096> drawnBefore_{};
 
     // The text laid out last: measuring and then drawing it takes one layout.
     std::string text_;
     LineStyle style_;
-    int x_ = 0;
-    int y_ = 0;
-    Box box_;  ///< relative to the anchor
+    std::int64_t x_ = 0;  ///< the anchor
+    std::int64_t y_ = 0;
+    Box box_;
     std::vector<Line> lines_;
+    std::vector<Group> groups_;
     std::vector<PlacedGlyph> placed_;
 };
 

@@ -1,0 +1,197 @@
+// The vector form of each pixel loop against its plain form: every width, every alignment, every instruction set
+// of this processor, with guard bytes around both planes.
+#include "nv12_blend.h"
+
+#include "test_picture.h"
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using imaging::PlanePlace;
+using imaging::Span;
+using imaging_test::TestPicture;
+
+constexpr int kWidest = 130;
+constexpr int kRows = 3;
+
+std::vector<std::uint8_t> randomCoverage(std::size_t size, std::uint32_t seed)
+{
+    std::minstd_rand random(seed);
+    std::vector<std::uint8_t> coverage(size);
+    for (auto& c : coverage) {
+        // Nothing and everything are as frequent as anything between.
+        auto const kind = random() % 3;
+        c = kind == 0 ? std::uint8_t{0} : kind == 1 ? std::uint8_t{255} : static_cast<std::uint8_t>(random() >> 8);
+    }
+    return coverage;
+}
+
+/// Runs `both(picture, plainForm)` on two equal pictures and expects equal results and whole guards.
+void expectSame(int width, int shift, std::function<void(TestPicture&, bool)> const& run)
+{
+    TestPicture expected(2 * kWidest, kRows, 0, 0, 7, shift);
+    expected.fillWithNoise(static_cast<std::uint32_t>(width * 131 + shift));
+    TestPicture actual(2 * kWidest, kRows, 0, 0, 7, shift);
+    actual.fillWithNoise(static_cast<std::uint32_t>(width * 131 + shift));
+    run(expected, true);
+    run(actual, false);
+    ASSERT_EQ(expected.pixels(), actual.pixels()) << "width " << width << ", shift " << shift;
+    ASSERT_TRUE(expected.guardsAreWhole() && actual.guardsAreWhole()) << "width " << width << ", shift " << shift;
+}
+
+/// All widths and alignments, once for each instruction set.
+class EveryVectorForm : public testing::TestWithParam<std::int64_t> {
+protected:
+    void SetUp() override
+    {
+        hwy::SetSupportedTargetsForTest(GetParam());
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    }
+    void TearDown() override
+    {
+        hwy::SetSupportedTargetsForTest(0);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    }
+
+    template <class Run>
+    void forAll(Run const& run)
+    {
+        for (int width = 1; width <= kWidest; ++width) {
+            for (int shift = 0; shift < 64; ++shift) {
+                expectSame(width, shift, [&](TestPicture& picture, bool plainForm) { run(picture, plainForm, width); });
+                if (HasFatalFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+};
+
+std::vector<Span> spansOf(int length)
+{
+    return {{0, 0, length, 0}, {1, 1, length, 5}, {2, 2, length, 11}};
+}
+
+TEST_P(EveryVectorForm, LumaSpans)
+{
+    auto const coverage = randomCoverage(2 * kWidest, 1);
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        auto const spans = spansOf(width);
+        PlanePlace const place{picture.planes().y, 0, picture.planes().yStride};
+        auto const run = plainForm ? imaging::plain::blendLumaSpans : imaging::blendLumaSpans;
+        run(place, spans.data(), spans.size(), coverage.data(), 200);
+    });
+}
+
+TEST_P(EveryVectorForm, ChromaSpans)
+{
+    auto const coverage = randomCoverage(2 * kWidest, 2);
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        if (width > kWidest - 2) {
+            return;
+        }
+        auto const spans = spansOf(width);
+        PlanePlace const place{picture.planes().uv, 0, picture.planes().uvStride};
+        auto const run = plainForm ? imaging::plain::blendChromaSpans : imaging::blendChromaSpans;
+        run(place, spans.data(), 2, coverage.data(), 240, 16);
+    });
+}
+
+TEST_P(EveryVectorForm, SpansPlacedByANegativeOrigin)
+{
+    auto const coverage = randomCoverage(2 * kWidest, 3);
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        Span const span{1, 100, width, 0};
+        PlanePlace const place{picture.planes().y, -100 - std::ptrdiff_t{picture.planes().yStride},
+                               picture.planes().yStride};
+        (plainForm ? imaging::plain::blendLumaSpans : imaging::blendLumaSpans)(place, &span, 1, coverage.data(), 0);
+    });
+}
+
+TEST_P(EveryVectorForm, LumaRect)
+{
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        auto const run = plainForm ? imaging::plain::blendLumaRect : imaging::blendLumaRect;
+        int const weight = (width * 37) % 257;
+        run(picture.planes().y + 1, picture.planes().yStride, static_cast<std::size_t>(width), kRows, 90, weight);
+    });
+}
+
+TEST_P(EveryVectorForm, ChromaRect)
+{
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        auto const run = plainForm ? imaging::plain::blendChromaRect : imaging::blendChromaRect;
+        int const weight = (width * 91) % 257;
+        run(picture.planes().uv, picture.planes().uvStride, static_cast<std::size_t>(width), 2, 17, 222, weight);
+    });
+}
+
+TEST_P(EveryVectorForm, LayCoverage)
+{
+    auto const over = randomCoverage(2 * kWidest * kRows, 4);
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        auto const run = plainForm ? imaging::plain::layCoverage : imaging::layCoverage;
+        run(picture.planes().y, picture.planes().yStride, over.data(), 2 * kWidest - 3, static_cast<std::size_t>(width),
+            kRows);
+    });
+}
+
+TEST_P(EveryVectorForm, HalveCoverage)
+{
+    auto const rows = randomCoverage(4 * kWidest + 64, 5);
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        auto const run = plainForm ? imaging::plain::halveCoverage : imaging::halveCoverage;
+        auto const* const upper = rows.data() + width % 64;
+        run(upper, upper + 2 * kWidest, static_cast<std::size_t>(width), picture.planes().y);
+    });
+}
+
+std::vector<std::int64_t> vectorForms()
+{
+    std::vector<std::int64_t> forms;
+    for (std::int64_t left = hwy::SupportedTargets(); left != 0; left &= left - 1) {
+        forms.push_back(left & -left);
+    }
+    return forms;
+}
+
+INSTANTIATE_TEST_SUITE_P(OfThisProcessor, EveryVectorForm, testing::ValuesIn(vectorForms()),
+                         [](auto const& row) { return std::string(hwy::TargetName(row.param)); });
+
+TEST(BlendLevel, EndsAndMiddleAreExact)
+{
+    for (int under = 0; under < 256; ++under) {
+        for (int over = 0; over < 256; ++over) {
+            auto const u = static_cast<std::uint8_t>(under);
+            auto const o = static_cast<std::uint8_t>(over);
+            ASSERT_EQ(imaging::blendLevel(u, o, imaging::weightOf(0)), under);
+            ASSERT_EQ(imaging::blendLevel(u, o, imaging::weightOf(255)), over);
+            ASSERT_EQ(imaging::blendLevel(u, o, 128), (under + over + 1) / 2);
+        }
+    }
+}
+
+TEST(BlendLevel, CoverageAndWeightAreInverse)
+{
+    for (int c = 0; c < 256; ++c) {
+        EXPECT_EQ(imaging::coverageOf(imaging::weightOf(static_cast<std::uint8_t>(c))), c);
+    }
+    EXPECT_EQ(imaging::coverageOf(128), 127);
+}
+
+TEST(BlendLevel, MeanOfFourRoundsHalvesUp)
+{
+    EXPECT_EQ(imaging::meanOfFour(255, 255, 255, 255), 255);
+    EXPECT_EQ(imaging::meanOfFour(1, 0, 0, 0), 0);
+    EXPECT_EQ(imaging::meanOfFour(1, 1, 0, 0), 1);
+    EXPECT_EQ(imaging::meanOfFour(255, 255, 0, 0), 128);
+}
+
+}  // namespace

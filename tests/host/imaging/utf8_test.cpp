@@ -1,0 +1,54 @@
+// Any bytes are a text: the replacement character stands for what is malformed.
+#include "utf8.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Row {
+    std::string name;
+    std::string bytes;
+    std::vector<char32_t> expected;
+};
+
+class Utf8 : public testing::TestWithParam<Row> {};
+
+TEST_P(Utf8, IsDecoded)
+{
+    std::vector<char32_t> actual;
+    for (std::size_t at = 0; at < GetParam().bytes.size();) {
+        auto const next = imaging::codePointAt(GetParam().bytes, at);
+        ASSERT_GT(next.bytes, 0U);
+        actual.push_back(next.value);
+        at += next.bytes;
+    }
+    EXPECT_EQ(actual, GetParam().expected);
+}
+
+constexpr char32_t kBad = 0xFFFD;
+
+INSTANTIATE_TEST_SUITE_P(Rows, Utf8,
+                         testing::Values(Row{"Ascii", "a~", {U'a', U'~'}}, Row{"Zero", std::string("\0", 1), {0}},
+                                         Row{"TwoBytes", "\xC2\x80\xDF\xBF", {0x80, 0x7FF}},
+                                         Row{"ThreeBytes", "\xE0\xA0\x80\xEF\xBF\xBF", {0x800, 0xFFFF}},
+                                         Row{"FourBytes", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", {0x10000, 0x10FFFF}},
+                                         Row{"LoneContinuation", "\x80z", {kBad, U'z'}},
+                                         Row{"NeverALead", "\xC0\xAF\xC1\xF5\xFF", {kBad, kBad, kBad, kBad, kBad}},
+                                         Row{"Surrogate", "\xED\xA0\x80", {kBad, kBad, kBad}},
+                                         Row{"BeyondTheLast", "\xF4\x90\x80\x80", {kBad, kBad, kBad, kBad}},
+                                         Row{"OverlongThree", "\xE0\x9F\xBF", {kBad, kBad, kBad}},
+                                         Row{"CutAtTheEnd", "\xE2\x82", {kBad}},
+                                         Row{"CutInTheMiddle", "\xF0\x9F\x98z", {kBad, U'z'}},
+                                         Row{"CutByALead", "\xE2\x82\xC2\xB0", {kBad, 0xB0}}),
+                         [](auto const& row) { return row.param.name; });
+
+TEST(Utf8, EndTakesNoBytes)
+{
+    EXPECT_EQ(imaging::codePointAt("a", 1).bytes, 0U);
+    EXPECT_EQ(imaging::codePointAt("", 0).bytes, 0U);
+}
+
+}  // namespace
