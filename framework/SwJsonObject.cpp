@@ -5,6 +5,7 @@
 #include "sw_json_tree.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <tuple>
 
@@ -27,6 +28,9 @@ namespace {
 /// Slabs grow from the first to the last of these numbers of members.
 constexpr std::size_t kFirstSlab = 2;
 constexpr std::size_t kLargestSlab = 128;
+
+/// Up to so many members are found by walking along them.
+constexpr std::size_t kUnindexed = 8;
 
 /// The largest leaf of the index. An insertion moves half of one on average.
 constexpr std::size_t kLeafEntries = 128;
@@ -105,34 +109,33 @@ SwJsonValue const& SwJsonObject::operator[](std::string_view key) const
 
 SwJsonValue& SwJsonObject::operator[](std::string_view key)
 {
-    std::uint64_t const prefix = prefixOf_(key);
-    Place const place = locate_(prefix, key);
-    Node* const node = place.match != nullptr ? place.match : insert_(place, prefix, key);
+    Place const place = locate_(key);
+    Node* const node = place.match != nullptr ? place.match : insert_(place, key);
     return node->member.second;
 }
 
 void SwJsonObject::insertOrAssign(std::string key, SwJsonValue value)
 {
-    std::uint64_t const prefix = prefixOf_(key);
-    Place const place = locate_(prefix, key);
-    Node* const node = place.match != nullptr ? place.match : insert_(place, prefix, std::move(key));
+    Place const place = locate_(key);
+    Node* const node = place.match != nullptr ? place.match : insert_(place, std::move(key));
     node->member.second = std::move(value);
 }
 
 std::size_t SwJsonObject::erase(std::string_view key)
 {
-    Place const place = locate_(prefixOf_(key), key);
+    Place const place = locate_(key);
     if (place.match == nullptr) {
         return 0;
     }
-    Node* const before = nodeBefore_(place);
-    (before != nullptr ? before->next : first_) = place.match->next;
-    Leaf& leaf = leafAt_(place.leaf);
-    leaf.erase(leaf.begin() + static_cast<std::ptrdiff_t>(place.at));
-    if (leaf.empty() && leaves_) {
-        leaves_->erase(leaves_->begin() + static_cast<std::ptrdiff_t>(place.leaf));
-        if (leaves_->empty()) {
-            leaves_.reset();
+    (place.before != nullptr ? place.before->next : first_) = place.match->next;
+    if (isIndexed_()) {
+        Leaf& leaf = leafAt_(place.leaf);
+        leaf.erase(leaf.begin() + static_cast<std::ptrdiff_t>(place.at));
+        if (leaf.empty() && leaves_) {
+            leaves_->erase(leaves_->begin() + static_cast<std::ptrdiff_t>(place.leaf));
+            if (leaves_->empty()) {
+                leaves_.reset();
+            }
         }
     }
     --size_;
@@ -155,10 +158,19 @@ std::vector<std::string> SwJsonObject::keys() const
 std::uint64_t SwJsonObject::prefixOf_(std::string_view key) noexcept
 {
     std::uint64_t prefix = 0;
-    for (std::size_t i = 0; i < 8; ++i) {
-        prefix = prefix << 8U | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
+    if (key.size() >= 8) {
+        unsigned char bytes[8];
+        std::memcpy(bytes, key.data(), sizeof bytes);
+        for (unsigned char const byte : bytes) {
+            prefix = prefix << 8U | byte;
+        }
+        return prefix;
     }
-    return prefix;
+    for (char const byte : key) {
+        prefix = prefix << 8U | static_cast<unsigned char>(byte);
+    }
+    // The shift of an empty key would be one by the whole width, which the language does not have.
+    return key.empty() ? 0 : prefix << 8U * (8U - key.size());
 }
 
 bool SwJsonObject::entryLess_(Entry const& entry, std::uint64_t prefix, std::string_view key) noexcept
@@ -174,9 +186,28 @@ std::size_t SwJsonObject::lowerBound_(Leaf const& leaf, std::uint64_t prefix, st
     return static_cast<std::size_t>(found - leaf.begin());
 }
 
-SwJsonObject::Place SwJsonObject::locate_(std::uint64_t prefix, std::string_view key) const noexcept
+SwJsonObject::Place SwJsonObject::locateByWalking_(std::string_view key) const noexcept
 {
     Place place;
+    for (Node* node = first_; node != nullptr; node = node->next) {
+        int const order = node->member.first.compare(key);
+        if (order >= 0) {
+            place.match = order == 0 ? node : nullptr;
+            break;
+        }
+        place.before = node;
+    }
+    return place;
+}
+
+SwJsonObject::Place SwJsonObject::locate_(std::string_view key) const noexcept
+{
+    if (!isIndexed_()) {
+        return locateByWalking_(key);
+    }
+    Place place;
+    std::uint64_t const prefix = prefixOf_(key);
+    place.prefix = prefix;
     if (leaves_) {
         // The last leaf that begins at or before the key.
         auto const after = std::partition_point(leaves_->begin() + 1, leaves_->end(), [&](Leaf const& leaf) {
@@ -187,36 +218,31 @@ SwJsonObject::Place SwJsonObject::locate_(std::uint64_t prefix, std::string_view
     }
     Leaf const& leaf = leafAt_(place.leaf);
     // Members often arrive in order: look behind the last one first.
-    bool const atEnd = leaf.empty() || entryLess_(leaf.back(), prefix, key);
+    bool const atEnd = entryLess_(leaf.back(), prefix, key);
     place.at = atEnd ? leaf.size() : lowerBound_(leaf, prefix, key);
     if (!atEnd && leaf[place.at].prefix == prefix && leaf[place.at].node->member.first == key) {
         place.match = leaf[place.at].node;
     }
+    if (place.at > 0) {
+        place.before = leaf[place.at - 1].node;
+    } else if (place.leaf > 0) {
+        place.before = leafAt_(place.leaf - 1).back().node;
+    }
     return place;
 }
 
-SwJsonObject::Node* SwJsonObject::findNode_(std::string_view key) const noexcept
-{
-    return locate_(prefixOf_(key), key).match;
-}
-
-SwJsonObject::Node* SwJsonObject::nodeBefore_(Place const& place) const noexcept
-{
-    if (place.at > 0) {
-        return leafAt_(place.leaf)[place.at - 1].node;
-    }
-    return place.leaf > 0 ? leafAt_(place.leaf - 1).back().node : nullptr;
-}
-
 template <typename Key>
-SwJsonObject::Node* SwJsonObject::insert_(Place const& place, std::uint64_t prefix, Key&& key)
+SwJsonObject::Node* SwJsonObject::insert_(Place const& place, Key&& key)
 {
     void* const memory = takeMemory_();
-    Node* const before = nodeBefore_(place);
     Node* node = nullptr;
     try {
         node = new (memory) Node(std::forward<Key>(key));
-        indexNode_(place, {prefix, node});
+        if (isIndexed_()) {
+            indexNode_(place, {place.prefix, node});
+        } else if (size_ == kUnindexed) {
+            flat_.reserve(4 * kUnindexed);
+        }
     } catch (...) {
         if (node != nullptr) {
             node->~Node();
@@ -224,11 +250,55 @@ SwJsonObject::Node* SwJsonObject::insert_(Place const& place, std::uint64_t pref
         free_ = new (memory) FreeNode{free_};
         throw;
     }
-    Node*& link = before != nullptr ? before->next : first_;
+    Node*& link = place.before != nullptr ? place.before->next : first_;
     node->next = link;
     link = node;
     ++size_;
+    if (size_ > kUnindexed && !isIndexed_()) {
+        indexAll_();
+    }
     return node;
+}
+
+/// The index of the members that there are; its memory is reserved.
+void SwJsonObject::indexAll_() noexcept
+{
+    for (Node* node = first_; node != nullptr; node = node->next) {
+        flat_.push_back({prefixOf_(node->member.first), node});
+    }
+}
+
+void SwJsonObject::reserveIndex_(std::size_t members)
+{
+    if (members > kUnindexed) {
+        flat_.reserve(std::min(members, kLeafEntries));
+    }
+}
+
+/// A node in a slab that has room, not linked yet.
+SwJsonObject::Node* SwJsonObject::appendNode_(std::string_view key)
+{
+    Node* const node = new (slabs_->room(slabs_->used)) Node(key);
+    ++slabs_->used;
+    ++size_;
+    return node;
+}
+
+/// Indexes the last member, which is linked already. An object that turns out to have few members keeps
+/// none: equal names can make it smaller than what was reserved.
+void SwJsonObject::indexLast_(Entry entry)
+{
+    if (flat_.capacity() == 0 && !leaves_) {
+        return;
+    }
+    if (!leaves_ && flat_.size() < kLeafEntries) {
+        flat_.push_back(entry);
+        return;
+    }
+    Place place;
+    place.leaf = leaves_ ? leaves_->size() - 1 : 0;
+    place.at = leafAt_(place.leaf).size();
+    indexNode_(place, entry);
 }
 
 void SwJsonObject::indexNode_(Place place, Entry entry)
@@ -238,7 +308,7 @@ void SwJsonObject::indexNode_(Place place, Entry entry)
     }
     Leaf& leaf = leafAt_(place.leaf);
     if (leaf.size() == leaf.capacity()) {
-        leaf.reserve(std::min(kLeafEntries, std::max<std::size_t>(4, leaf.size() * 4)));
+        leaf.reserve(std::min(kLeafEntries, leaf.size() * 4));
     }
     leaf.insert(leaf.begin() + static_cast<std::ptrdiff_t>(place.at), entry);
 }
@@ -259,7 +329,11 @@ SwJsonObject::Place SwJsonObject::splitLeaf_(Place place)
     upper.assign(full.begin() + static_cast<std::ptrdiff_t>(cut), full.end());
     leaves_->insert(leaves_->begin() + static_cast<std::ptrdiff_t>(place.leaf) + 1, std::move(upper));
     (*leaves_)[place.leaf].resize(cut);
-    return place.at < cut ? place : Place{place.leaf + 1, place.at - cut, nullptr};
+    if (place.at >= cut) {
+        ++place.leaf;
+        place.at -= cut;
+    }
+    return place;
 }
 
 void* SwJsonObject::takeMemory_()
@@ -284,22 +358,11 @@ void SwJsonObject::copyMembers_(SwJsonObject const& other, std::vector<SwJsonCop
     if (other.empty()) {
         return;
     }
-    addSlab_(other.size_);
-    flat_ = other.flat_;
-    if (other.leaves_) {
-        leaves_ = std::make_unique<std::vector<Leaf>>(*other.leaves_);
-    }
-    Node** link = &first_;
-    for (std::size_t i = 0; i < (leaves_ ? leaves_->size() : 1); ++i) {
-        for (Entry& entry : leafAt_(i)) {
-            value_type const& source = entry.node->member;
-            entry.node = new (slabs_->room(slabs_->used)) Node(source.first);
-            ++slabs_->used;
-            ++size_;
-            *link = entry.node;
-            link = &entry.node->next;
-            SwJsonTree::copyFields(source.second, entry.node->member.second, pending);
-        }
+    SwJsonTree::MemberFiller filler(*this, other.size_);
+    for (value_type const& member : other) {
+        // Without an index nobody looks at the prefix.
+        std::uint64_t const prefix = other.size_ > kUnindexed ? prefixOf_(member.first) : 0;
+        SwJsonTree::copyFields(member.second, filler.append(prefix, member.first), pending);
     }
 }
 

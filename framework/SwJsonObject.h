@@ -24,8 +24,9 @@ struct SwJsonCopy {
 /// Ordered map from byte-string keys to values, in plain byte order: "B" before "a" before "b".
 ///
 /// Members stand in blocks and never move, so that references and iterators stay valid until their own
-/// member is erased, through insertions and when the object itself is moved. A sorted index over them
-/// holds the first bytes of each key as a number, which settles most comparisons without reading the key.
+/// member is erased, through insertions and when the object itself is moved. From a few members on a sorted
+/// index over them holds the first bytes of each key as a number, which settles most comparisons without
+/// reading the key.
 class SwJsonObject {
 public:
     using value_type = std::pair<std::string const, SwJsonValue>;
@@ -127,25 +128,32 @@ private:
         Node* node = nullptr;
     };
     using Leaf = std::vector<Entry>;
-    /// A place in the index: the entry at `at`, or where a new one goes.
+    /// Where a key stands or would stand: among the members and, when there is one, in the index.
     struct Place {
+        Node* match = nullptr;
+        Node* before = nullptr;
+        std::uint64_t prefix = 0;
         std::size_t leaf = 0;
         std::size_t at = 0;
-        Node* match = nullptr;
     };
 
     static std::uint64_t prefixOf_(std::string_view key) noexcept;
     static bool entryLess_(Entry const& entry, std::uint64_t prefix, std::string_view key) noexcept;
     static std::size_t lowerBound_(Leaf const& leaf, std::uint64_t prefix, std::string_view key) noexcept;
-    Place locate_(std::uint64_t prefix, std::string_view key) const noexcept;
-    Node* findNode_(std::string_view key) const noexcept;
+    Place locate_(std::string_view key) const noexcept;
+    Place locateByWalking_(std::string_view key) const noexcept;
+    bool isIndexed_() const noexcept { return !flat_.empty() || leaves_ != nullptr; }
+    Node* findNode_(std::string_view key) const noexcept { return locate_(key).match; }
     Leaf& leafAt_(std::size_t leaf) noexcept { return leaves_ ? (*leaves_)[leaf] : flat_; }
     Leaf const& leafAt_(std::size_t leaf) const noexcept { return leaves_ ? (*leaves_)[leaf] : flat_; }
-    Node* nodeBefore_(Place const& place) const noexcept;
     void indexNode_(Place place, Entry entry);
+    void indexLast_(Entry entry);
+    void indexAll_() noexcept;
+    void reserveIndex_(std::size_t members);
     Place splitLeaf_(Place place);
     template <typename Key>
-    Node* insert_(Place const& place, std::uint64_t prefix, Key&& key);
+    Node* insert_(Place const& place, Key&& key);
+    Node* appendNode_(std::string_view key);
     void* takeMemory_();
     void addSlab_(std::size_t nodes);
     void copyMembers_(SwJsonObject const& other, std::vector<SwJsonCopy>& pending);
@@ -155,7 +163,7 @@ private:
     Slab* slabs_ = nullptr;     ///< their memory, the slab with room first
     FreeNode* free_ = nullptr;  ///< memory of erased members
     std::size_t size_ = 0;
-    Leaf flat_;                                  ///< the index while it is small
+    Leaf flat_;                                  ///< the index while it is small; none for a few members
     std::unique_ptr<std::vector<Leaf>> leaves_;  ///< the index of a large object, in leaves of bounded size
 };
 

@@ -2,8 +2,8 @@
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
 #include "SwJson.h"
 #include "sw_diagnostic.h"
+#include "sw_json_builder.h"
 #include "sw_json_scan.h"
-#include "sw_json_tree.h"
 #include "sw_numbers.h"
 
 #include <algorithm>
@@ -15,6 +15,7 @@
 using sw_detail::isDigit;
 using sw_detail::isLetter;
 using sw_detail::isSpace;
+using sw_detail::JsonBuilder;
 using sw_detail::skipSpace;
 
 namespace {
@@ -41,26 +42,30 @@ NumericForm numericForm(std::string_view text)
     return points == 1 ? NumericForm::Decimal : NumericForm::Integer;
 }
 
-/// Sets Bool or Null when `text` is exactly one of the three literals.
-bool setLiteral(SwJsonValue& slot, std::string_view text)
+/// Adds Bool or Null when `text` is exactly one of the three literals.
+bool addLiteral(JsonBuilder& tree, std::string_view text)
 {
     if (text == "true" || text == "false") {
-        SwJsonTree::setBool(slot, text == "true");
+        tree.addBool(text == "true");
         return true;
     }
-    return text == "null";
+    if (text == "null") {
+        tree.addNull();
+        return true;
+    }
+    return false;
 }
 
 /// A string value takes the kind that its text looks like: configurations write numbers and switches as
-/// strings.
-void setCoerced(SwJsonValue& slot, std::string_view text)
+/// strings. The bytes of `text` stay.
+void addCoerced(JsonBuilder& tree, std::string_view text)
 {
-    if (setLiteral(slot, text)) {
+    if (addLiteral(tree, text)) {
         return;
     }
     switch (numericForm(text)) {
     case NumericForm::Integer:
-        SwJsonTree::setInt(slot, SwString(std::string(text)).toInt());
+        tree.addInt(SwString(std::string(text)).toInt());
         return;
     case NumericForm::Decimal: {
         double number = 0.0;
@@ -68,11 +73,11 @@ void setCoerced(SwJsonValue& slot, std::string_view text)
             sw_detail::writeDiagnostic("Invalid float conversion in SwString: ", text);
             number = 0.0;
         }
-        SwJsonTree::setDouble(slot, static_cast<double>(sw_detail::nearestFloat(number)));
+        tree.addDouble(static_cast<double>(sw_detail::nearestFloat(number)));
         return;
     }
     case NumericForm::None:
-        SwJsonTree::setString(slot, text);
+        tree.addString(text);
         return;
     }
 }
@@ -101,20 +106,20 @@ bool wholeDouble(std::string const& text, double& number)
 }
 
 /// A decrypted bare token takes the kind of the scalar that was written.
-void setDecryptedScalar(SwJsonValue& slot, std::string const& plain)
+void addDecryptedScalar(JsonBuilder& tree, std::string const& plain)
 {
-    if (setLiteral(slot, plain)) {
+    if (addLiteral(tree, plain)) {
         return;
     }
     std::int64_t whole = 0;
     double real = 0.0;
     bool const isReal = plain.find_first_of(".eE") != std::string::npos;
     if (!plain.empty() && !isReal && wholeInteger(plain, whole)) {
-        SwJsonTree::setInt(slot, whole);
+        tree.addInt(whole);
     } else if (isReal && wholeDouble(plain, real)) {
-        SwJsonTree::setDouble(slot, real);
+        tree.addDouble(real);
     } else {
-        SwJsonTree::setString(slot, plain);
+        tree.addString(tree.keep(plain));
     }
 }
 
@@ -130,21 +135,22 @@ public:
     {
     }
 
-    /// Fills `root`; false when there is a problem, and then the tree is half done.
+    /// Reads the value into `root`; false when there is a problem.
     bool read(SwJsonValue& root)
     {
-        SwJsonValue* slot = &root;
-        while (slot != nullptr) {
-            if (!readValue_(*slot)) {
+        bool valueFollows = true;
+        while (valueFollows) {
+            if (!readValue_()) {
                 return false;
             }
-            slot = nullptr;
-            while (slot == nullptr && !open_.empty()) {
-                if (!(open_.back().object != nullptr ? nextMember_(slot) : nextElement_(slot))) {
+            valueFollows = false;
+            while (!valueFollows && tree_.isOpen()) {
+                if (!(tree_.isInObject() ? nextMember_(valueFollows) : nextElement_(valueFollows))) {
                     return false;
                 }
             }
         }
+        root = tree_.takeRoot();
         return true;
     }
 
@@ -153,20 +159,14 @@ public:
     std::string_view problemMessage() const { return problem_.message; }
 
 private:
-    /// An open container; one of the two is set.
-    struct Open {
-        SwJsonObject* object = nullptr;
-        SwJsonArray* array = nullptr;
-    };
-
     bool fail_(std::string_view message)
     {
         problem_ = {at_, message};
         return false;
     }
 
-    /// Reads a scalar into the slot, or opens a container there.
-    bool readValue_(SwJsonValue& slot)
+    /// Reads a scalar, or opens a container.
+    bool readValue_()
     {
         at_ = skipSpace(at_);
         if (at_ == end_) {
@@ -175,23 +175,23 @@ private:
         switch (*at_) {
         case '{':
             ++at_;
-            open_.push_back({&SwJsonTree::setObject(slot), nullptr});
+            tree_.openObject();
             justOpened_ = true;
             return true;
         case '[':
             ++at_;
-            open_.push_back({nullptr, &SwJsonTree::setArray(slot)});
+            tree_.openArray();
             justOpened_ = true;
             return true;
         case '"':
-            return readStringValue_(slot);
+            return readStringValue_();
         default:
-            return readBareValue_(slot);
+            return readBareValue_();
         }
     }
 
-    /// Sets the slot of the next member; leaves it null when the object ends here.
-    bool nextMember_(SwJsonValue*& slot)
+    /// Reads up to the value of the next member; without one the object ends here.
+    bool nextMember_(bool& valueFollows)
     {
         at_ = skipSpace(at_);
         if (!justOpened_) {
@@ -218,7 +218,7 @@ private:
             return fail_("Expected string key in object");
         }
         std::string_view name;
-        if (!sw_detail::scanString(at_, end_, name, scratch_, problem_)) {
+        if (!readString_(name)) {
             return false;
         }
         at_ = skipSpace(at_);
@@ -226,12 +226,13 @@ private:
             return fail_("Expected ':' after object key");
         }
         ++at_;
-        slot = &SwJsonTree::memberSlot(*open_.back().object, name);
+        tree_.name(name);
+        valueFollows = true;
         return true;
     }
 
-    /// Sets the slot of the next element; leaves it null when the array ends here.
-    bool nextElement_(SwJsonValue*& slot)
+    /// Reads up to the next element; without one the array ends here.
+    bool nextElement_(bool& valueFollows)
     {
         if (!justOpened_) {
             at_ = skipSpace(at_);
@@ -255,26 +256,38 @@ private:
         if (at_ != end_ && *at_ == ']') {
             return close_();
         }
-        slot = &SwJsonTree::elementSlot(*open_.back().array);
+        valueFollows = true;
         return true;
     }
 
     bool close_()
     {
         ++at_;
-        open_.pop_back();
+        tree_.close();
         justOpened_ = false;
         return true;
     }
 
-    bool readStringValue_(SwJsonValue& slot)
+    /// A string whose bytes stay: in the text itself or, with escapes, kept.
+    bool readString_(std::string_view& text)
     {
-        std::string_view text;
         if (!sw_detail::scanString(at_, end_, text, scratch_, problem_)) {
             return false;
         }
+        if (text.data() == scratch_.data()) {
+            text = tree_.keep(text);
+        }
+        return true;
+    }
+
+    bool readStringValue_()
+    {
+        std::string_view text;
+        if (!readString_(text)) {
+            return false;
+        }
         if (!hasKey_) {
-            setCoerced(slot, text);
+            addCoerced(tree_, text);
             return true;
         }
         SwString plain;
@@ -283,37 +296,37 @@ private:
         } catch (...) {
             return fail_("Unable to decrypt string value");
         }
-        setCoerced(slot, plain.toStdString());
+        addCoerced(tree_, tree_.keep(plain.toStdString()));
         return true;
     }
 
-    bool readBareValue_(SwJsonValue& slot)
+    bool readBareValue_()
     {
-        if (hasKey_ && readEncryptedToken_(slot)) {
+        if (hasKey_ && readEncryptedToken_()) {
             return true;
         }
         switch (*at_) {
         case 't':
         case 'f':
-            return readLetters_(slot, "Invalid boolean literal");
+            return readLetters_("Invalid boolean literal");
         case 'n':
-            return readLetters_(slot, "Invalid literal, expected 'null'");
+            return readLetters_("Invalid literal, expected 'null'");
         default:
-            return readNumber_(slot);
+            return readNumber_();
         }
     }
 
     /// The run of letters here, which must be one of the literals that its first letter announces.
-    bool readLetters_(SwJsonValue& slot, std::string_view message)
+    bool readLetters_(std::string_view message)
     {
         char const* const start = at_;
         while (isLetter(*at_)) {
             ++at_;
         }
-        return setLiteral(slot, std::string_view(start, static_cast<std::size_t>(at_ - start))) || fail_(message);
+        return addLiteral(tree_, std::string_view(start, static_cast<std::size_t>(at_ - start))) || fail_(message);
     }
 
-    bool readNumber_(SwJsonValue& slot)
+    bool readNumber_()
     {
         // With a key any byte leads here and fails as a number; without one it is named a bad token.
         if (!hasKey_ && *at_ != '-' && !isDigit(*at_)) {
@@ -324,15 +337,15 @@ private:
             return false;
         }
         if (number.isDouble) {
-            SwJsonTree::setDouble(slot, number.real);
+            tree_.addDouble(number.real);
         } else {
-            SwJsonTree::setInt(slot, number.whole);
+            tree_.addInt(number.whole);
         }
         return true;
     }
 
     /// Takes the bytes up to a delimiter as cipher text of a scalar; false when there are none.
-    bool readEncryptedToken_(SwJsonValue& slot)
+    bool readEncryptedToken_()
     {
         char const* stop = at_;
         while (stop != end_ && *stop != ']' && *stop != '}' && *stop != ',' && !isSpace(*stop)) {
@@ -349,7 +362,7 @@ private:
             return false;
         }
         at_ = stop;
-        setDecryptedScalar(slot, plain.toStdString());
+        addDecryptedScalar(tree_, plain.toStdString());
         return true;
     }
 
@@ -359,7 +372,7 @@ private:
     SwString const& key_;
     bool hasKey_;
     bool justOpened_ = false;
-    std::vector<Open> open_;
+    JsonBuilder tree_;
     std::string scratch_;
     sw_detail::JsonProblem problem_;
 };

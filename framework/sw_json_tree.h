@@ -46,23 +46,33 @@ public:
         return *slot.array_;
     }
 
-    /// The Null value to fill for `key`; what an earlier member of that name held is dropped.
-    static SwJsonValue& memberSlot(SwJsonObject& object, std::string_view key)
-    {
-        SwJsonValue& slot = object[key];
-        if (!slot.isNull()) {
-            slot = SwJsonValue();
+    static void resize(SwJsonArray& array, std::size_t size) { array.items_.resize(size); }
+    static std::uint64_t prefixOf(std::string_view key) noexcept { return SwJsonObject::prefixOf_(key); }
+
+    /// Lays the members of an empty object down in order, in memory taken at once.
+    class MemberFiller {
+    public:
+        MemberFiller(SwJsonObject& object, std::size_t members) : object_(object), link_(&object.first_)
+        {
+            if (members > 0) {
+                object.addSlab_(members);
+                object.reserveIndex_(members);
+            }
         }
-        return slot;
-    }
-    /// A new Null element at the end.
-    static SwJsonValue& elementSlot(SwJsonArray& array)
-    {
-        if (array.items_.capacity() == 0) {
-            array.items_.reserve(kFirstItems);
+        /// A new Null value under `key`, which is greater than all before; `prefix` holds its first bytes.
+        SwJsonValue& append(std::uint64_t prefix, std::string_view key)
+        {
+            SwJsonObject::Node* const node = object_.appendNode_(key);
+            *link_ = node;
+            link_ = &node->next;
+            object_.indexLast_({prefix, node});
+            return node->member.second;
         }
-        return array.items_.emplace_back();
-    }
+
+    private:
+        SwJsonObject& object_;
+        SwJsonObject::Node** link_;
+    };
 
     /// Makes `target`, whose scalar fields are those of `source` already, a deep copy of it.
     static void copyTree(SwJsonValue const& source, SwJsonValue& target);
@@ -96,9 +106,6 @@ public:
     static void release(SwJsonValue& value) noexcept;
 
 private:
-    /// Room of an array that gets its first element.
-    static constexpr std::size_t kFirstItems = 2;
-
     struct Containers;
     static bool equalFields(SwJsonValue const& a, SwJsonValue const& b, std::vector<Pair>& pending);
     static SwJsonValue* nextToRelease(Containers& containers) noexcept;
