@@ -1,0 +1,113 @@
+// Any text at any size, pen thickness and anchor on any small picture: no byte outside the planes is touched, no
+// pixel outside the measured box changes, and drawing again looks the same.
+//
+// Input: width, height, size and thickness of two bytes each, anchor x and y of four bytes each (all little
+// endian), one byte each for opacity and radius of a box, then the text.
+#include "Painter.h"
+#include "imaging_access.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kLargestSide = 200;
+/// Larger glyphs and wider pens only take longer.
+constexpr int kLargestSize = 300;
+constexpr int kLargestThickness = 48;
+constexpr std::size_t kLongestText = 200;
+
+void require(bool condition, char const* what)
+{
+    if (!condition) {
+        std::cerr << "violated: " << what << std::endl;
+        std::abort();
+    }
+}
+
+class Input {
+public:
+    Input(std::uint8_t const* data, std::size_t size) : data_(data), size_(size) {}
+
+    std::uint32_t number(std::size_t bytes)
+    {
+        std::uint32_t value = 0;
+        for (std::size_t i = 0; i < bytes && size_ > 0; ++i, ++data_, --size_) {
+            value |= std::uint32_t{*data_} << (8 * i);
+        }
+        return value;
+    }
+    std::string rest() const { return {reinterpret_cast<char const*>(data_), std::min(size_, kLongestText)}; }
+
+private:
+    std::uint8_t const* data_;
+    std::size_t size_;
+};
+
+/// Planes that end where their last pixel does.
+struct Planes {
+    std::vector<std::uint8_t> y;
+    std::vector<std::uint8_t> uv;
+    int width;
+    int height;
+
+    Planes(int w, int h)
+        : y(static_cast<std::size_t>(w * h), 16)
+        , uv(static_cast<std::size_t>((w + 1) / 2 * 2 * ((h + 1) / 2)), 128)
+        , width(w)
+        , height(h)
+    {
+    }
+    MappedNV12 mapped() { return {y.data(), uv.data(), width, height, 0, 0}; }
+    friend bool operator==(Planes const& a, Planes const& b) { return a.y == b.y && a.uv == b.uv; }
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    static Painter painter;
+    Input input(data, size);
+    int const width = 1 + static_cast<int>(input.number(2) % kLargestSide);
+    int const height = 1 + static_cast<int>(input.number(2) % kLargestSide);
+    int const pixelSize = static_cast<int>(input.number(2) % (kLargestSize + 1));
+    int const thickness = static_cast<int>(input.number(2) % (kLargestThickness + 1));
+    auto const x = static_cast<std::int32_t>(input.number(4));
+    auto const y = static_cast<std::int32_t>(input.number(4));
+    float const opacity = static_cast<float>(input.number(1)) / 200.0F;
+    float const radius = static_cast<float>(input.number(1)) / 3.0F;
+    std::string const text = input.rest();
+
+    painter.setPen({255, 40, 200, static_cast<std::uint8_t>(thickness)});
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+    bool const isMeasured = painter.measureTextBBox(text, x, y, pixelSize, 0, 0, &left, &top, &right, &bottom);
+    require(isMeasured == (!text.empty() && pixelSize > 0), "a text with a size can be measured");
+    require(left <= right && top <= bottom, "a box is not turned around");
+
+    Planes const untouched(width, height);
+    Planes first(width, height);
+    painter.drawTextMapped(first.mapped(), x, y, text, {pixelSize, 0, 0});
+    for (int row = 0; row < height; ++row) {
+        for (int column = 0; column < width; ++column) {
+            bool const inside = isMeasured && column >= left && column < right && row >= top && row < bottom;
+            bool const isInked = first.y[static_cast<std::size_t>(row * width + column)] != 16;
+            require(inside || !isInked, "no ink outside the measured box");
+        }
+    }
+    for (int round = 0; round < 2; ++round) {
+        Planes again(width, height);
+        painter.drawTextMapped(again.mapped(), x, y, text, {pixelSize, 0, 0});
+        require(again == first, "drawing again looks the same");
+    }
+    painter.drawBackgroundMapped(first.mapped(), left, top, right, bottom, opacity, radius, 0);
+    painter.drawBackgroundMapped(first.mapped(), x, y, x / 2, y / 2, opacity, radius, 0);
+    return 0;
+}
