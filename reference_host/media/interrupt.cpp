@@ -2,24 +2,28 @@
 #include "interrupt.h"
 
 #include <csignal>
+#include <signal.h>
 
 namespace media {
 namespace {
 
 volatile std::sig_atomic_t gInterrupted = 0;
 
-extern "C" void onInterrupt(int signalNumber)
+extern "C" void onInterrupt(int)
 {
     gInterrupted = 1;
-    std::signal(signalNumber, SIG_DFL);
 }
 
 }  // namespace
 
 void catchInterrupts()
 {
-    std::signal(SIGINT, onInterrupt);
-    std::signal(SIGTERM, onInterrupt);
+    struct sigaction action = {};
+    action.sa_handler = onInterrupt;
+    // Waiting reads come back instead of being taken up again; the second signal acts as it always did.
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
 }
 
 bool interrupted() noexcept

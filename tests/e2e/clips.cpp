@@ -1,0 +1,204 @@
+// Making and reading clips with the program's own media library.
+#include "clips.h"
+
+#include "demuxer.h"
+#include "encoder.h"
+#include "frame_converter.h"
+#include "frame_reader.h"
+#include "imaging_access.h"
+#include "muxer.h"
+#include "telemetry.h"
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+}
+
+#include <cstring>
+#include <stdexcept>
+
+namespace e2e {
+namespace {
+
+constexpr AVRational kClock{1, 90000};
+constexpr int kTicksPerFrame = 3600;
+constexpr int kSampleRate = 48000;
+
+media::PacketPtr packetOf(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
+{
+    media::PacketPtr packet = media::makePacket();
+    if (av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0) {
+        throw std::bad_alloc();
+    }
+    std::memcpy(packet->data, bytes.data(), bytes.size());
+    packet->pts = ticks;
+    packet->dts = ticks;
+    return packet;
+}
+
+void paint(MappedNV12 const& planes, int number)
+{
+    for (int row = 0; row < planes.height; ++row) {
+        std::memset(planes.y + static_cast<std::ptrdiff_t>(row) * planes.yStride, 60 + (row + number * 3) % 100,
+                    static_cast<std::size_t>(planes.width));
+    }
+    for (int row = 0; row < (planes.height + 1) / 2; ++row) {
+        std::memset(planes.uv + static_cast<std::ptrdiff_t>(row) * planes.uvStride, 128,
+                    static_cast<std::size_t>((planes.width + 1) / 2 * 2));
+    }
+}
+
+/// Silence as MPEG layer 2, which every container of interest carries.
+class Silence {
+public:
+    explicit Silence(std::int64_t firstTicks) : next_(av_rescale_q(firstTicks, kClock, {1, kSampleRate}))
+    {
+        AVCodec const* const codec = avcodec_find_encoder(AV_CODEC_ID_MP2);
+        context_.reset(avcodec_alloc_context3(codec));
+        context_->sample_rate = kSampleRate;
+        context_->sample_fmt = AV_SAMPLE_FMT_S16;
+        context_->time_base = {1, kSampleRate};
+        av_channel_layout_default(&context_->ch_layout, 1);
+        if (avcodec_open2(context_.get(), codec, nullptr) < 0) {
+            throw std::runtime_error("no sound encoder");
+        }
+    }
+
+    /// A stream to copy from, as a demuxer would give it.
+    int addTo(media::Muxer& muxer)
+    {
+        holder_.reset(avformat_alloc_context());
+        AVStream* const stream = avformat_new_stream(holder_.get(), nullptr);
+        avcodec_parameters_from_context(stream->codecpar, context_.get());
+        stream->time_base = context_->time_base;
+        return muxer.addCopy(*stream).value();
+    }
+
+    void writeUpTo(std::int64_t ticks, media::Muxer& muxer, int stream)
+    {
+        while (av_compare_ts(next_, context_->time_base, ticks, kClock) < 0) {
+            media::FramePtr const frame = media::makeFrame();
+            frame->format = context_->sample_fmt;
+            frame->nb_samples = context_->frame_size;
+            frame->pts = next_;
+            av_channel_layout_copy(&frame->ch_layout, &context_->ch_layout);
+            av_frame_get_buffer(frame.get(), 0);
+            std::memset(frame->data[0], 0, static_cast<std::size_t>(frame->linesize[0]));
+            next_ += context_->frame_size;
+            avcodec_send_frame(context_.get(), frame.get());
+            media::PacketPtr const packet = media::makePacket();
+            while (avcodec_receive_packet(context_.get(), packet.get()) == 0) {
+                muxer.write(*packet, stream, context_->time_base);
+                av_packet_unref(packet.get());
+            }
+        }
+    }
+
+private:
+    struct FreeContext {
+        void operator()(AVFormatContext* context) const { avformat_free_context(context); }
+    };
+
+    media::CodecPtr context_;
+    std::unique_ptr<AVFormatContext, FreeContext> holder_;
+    std::int64_t next_;
+};
+
+}  // namespace
+
+void makeClip(ClipSpec const& spec)
+{
+    media::quietLibraries();
+    media::Muxer muxer(spec.path);
+    media::EncoderSettings settings;
+    settings.codecName = spec.codec;
+    settings.width = spec.width;
+    settings.height = spec.height;
+    media::Encoder encoder(settings, muxer.container());
+    int const video = muxer.addVideo(encoder.context(), kClock);
+    std::vector<int> klv;
+    for (std::size_t stream = 0; stream < spec.klvStreams.size(); ++stream) {
+        klv.push_back(muxer.addKlv().value());
+    }
+    std::optional<Silence> silence;
+    int sound = 0;
+    if (spec.sound) {
+        silence.emplace(spec.firstTicks);
+        sound = silence->addTo(muxer);
+    }
+    muxer.begin();
+    auto const sink = [&](AVPacket& packet) { muxer.write(packet, video, kClock); };
+    zelvo::ZelvoPicture picture(static_cast<unsigned>(spec.width), static_cast<unsigned>(spec.height));
+    for (int number = 0; number < spec.frames; ++number) {
+        std::int64_t const ticks = spec.firstTicks + number * kTicksPerFrame;
+        for (std::size_t stream = 0; stream < klv.size(); ++stream) {
+            SwJsonObject const& payload = spec.klvStreams[stream].at(static_cast<std::size_t>(number));
+            if (!payload.empty()) {
+                muxer.write(*packetOf(telemetry::encodeKlv(payload), ticks), klv[stream], kClock);
+            }
+        }
+        paint(imaging::planesOf(picture), number);
+        encoder.encode(imaging::planesOf(picture), ticks, sink);
+        if (silence) {
+            silence->writeUpTo(ticks + kTicksPerFrame, muxer, sound);
+        }
+    }
+    encoder.flush(sink);
+    muxer.finish();
+}
+
+std::vector<std::shared_ptr<zelvo::ZelvoPicture>> picturesOf(std::string const& path)
+{
+    media::quietLibraries();
+    media::Demuxer demuxer(path);
+    media::FrameReader reader(demuxer);
+    media::FrameConverter converter;
+    std::vector<std::shared_ptr<zelvo::ZelvoPicture>> pictures;
+    while (auto const unit = reader.next()) {
+        AVFrame const& frame = *unit->frame;
+        pictures.push_back(std::make_shared<zelvo::ZelvoPicture>(static_cast<unsigned>(frame.width),
+                                                                 static_cast<unsigned>(frame.height)));
+        converter.toNv12(frame, imaging::planesOf(*pictures.back()), media::nv12ColorOf(frame));
+    }
+    return pictures;
+}
+
+StreamCounts packetsOf(std::string const& path)
+{
+    media::quietLibraries();
+    StreamCounts counts;
+    try {
+        media::Demuxer demuxer(path);
+        media::PacketPtr const packet = media::makePacket();
+        while (demuxer.read(*packet)) {
+            switch (demuxer.kindOf(packet->stream_index)) {
+            case media::StreamKind::Video:
+                ++counts.video;
+                break;
+            case media::StreamKind::Klv:
+                ++counts.klv;
+                break;
+            case media::StreamKind::Audio:
+                ++counts.sound;
+                break;
+            case media::StreamKind::Other:
+                break;
+            }
+            av_packet_unref(packet.get());
+        }
+    } catch (std::runtime_error const&) {
+        return {};
+    }
+    return counts;
+}
+
+SwJsonObject parseLine(std::string const& line)
+{
+    SwString error;
+    SwJsonDocument const document = SwJsonDocument::fromJson(line, "", error);
+    if (!error.isEmpty()) {
+        throw std::runtime_error(error.toStdString() + " in " + line);
+    }
+    return document.object();
+}
+
+}  // namespace e2e

@@ -1,0 +1,45 @@
+// Clips made for the tests, and the pictures of clips read back.
+#pragma once
+
+#include "Picture.h"
+#include "SwJson.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace e2e {
+
+struct ClipSpec {
+    std::string path;
+    int width = 320;
+    int height = 240;
+    int frames = 20;
+    std::string codec;                                  ///< empty: the container's best
+    std::int64_t firstTicks = 90000;                    ///< of a 90 kHz clock
+    std::vector<std::vector<SwJsonObject>> klvStreams;  ///< per stream and frame; an empty payload is not sent
+    bool sound = false;
+};
+
+/// 25 grey frames per second, each with its own pattern. Frame n is shown at firstTicks + n * 3600.
+void makeClip(ClipSpec const& spec);
+
+/// All pictures of a clip as NV12.
+std::vector<std::shared_ptr<zelvo::ZelvoPicture>> picturesOf(std::string const& path);
+
+struct StreamCounts {
+    int video = 0;
+    int klv = 0;
+    int sound = 0;
+};
+
+/// Packets per kind of stream; all zero when the file cannot be read.
+StreamCounts packetsOf(std::string const& path);
+
+/// Reads one line of the program's JSON.
+SwJsonObject parseLine(std::string const& line);
+
+}  // namespace e2e

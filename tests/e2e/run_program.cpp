@@ -1,0 +1,130 @@
+// Process plumbing of the end-to-end tests.
+#include "run_program.h"
+
+#include "../host/media/temp_folder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace e2e {
+namespace {
+
+/// A program that hangs must not hang the test run.
+constexpr unsigned kWatchdogSeconds = 120;
+
+void redirect(std::string const& path, int flags, int descriptor)
+{
+    constexpr mode_t kReadWrite = 0644;
+    int const file = open(path.c_str(), flags, kReadWrite);
+    if (file < 0 || dup2(file, descriptor) < 0) {
+        _exit(126);
+    }
+    close(file);
+}
+
+[[noreturn]] void becomeProgram(std::vector<std::string> const& arguments)
+{
+    std::vector<std::string> words = {OVERLAY_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
+    alarm(kWatchdogSeconds);
+    execv(pointers.front(), pointers.data());
+    _exit(127);
+}
+
+int exitCodeOf(pid_t child)
+{
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace
+
+Result run(std::vector<std::string> const& arguments, RunOptions const& options)
+{
+    media_test::TempFolder const folder;
+    std::string const out = options.outputFile.empty() ? folder.file("out") : options.outputFile;
+    pid_t const child = fork();
+    if (child == 0) {
+        redirect(options.inputFile.empty() ? "/dev/null" : options.inputFile, O_RDONLY, STDIN_FILENO);
+        redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
+        redirect(folder.file("err"), O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
+        becomeProgram(arguments);
+    }
+    Result result;
+    result.exitCode = exitCodeOf(child);
+    result.out = options.outputFile.empty() ? readFile(out) : "";
+    result.err = readFile(folder.file("err"));
+    return result;
+}
+
+Result runInterrupted(std::vector<std::string> const& arguments, std::string const& bytes)
+{
+    media_test::TempFolder const folder;
+    int ends[2];
+    if (pipe(ends) != 0) {
+        throw std::runtime_error("no pipe");
+    }
+    pid_t const child = fork();
+    if (child == 0) {
+        dup2(ends[0], STDIN_FILENO);
+        close(ends[0]);
+        close(ends[1]);
+        redirect(folder.file("out"), O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
+        redirect(folder.file("err"), O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
+        becomeProgram(arguments);
+    }
+    close(ends[0]);
+    // Writing blocks until the program has read all but what the pipe holds: it is in the midst of its work.
+    for (std::size_t sent = 0; sent < bytes.size();) {
+        ssize_t const count = write(ends[1], bytes.data() + sent, bytes.size() - sent);
+        if (count <= 0) {
+            break;
+        }
+        sent += static_cast<std::size_t>(count);
+    }
+    kill(child, SIGINT);
+    Result result;
+    result.exitCode = exitCodeOf(child);
+    close(ends[1]);
+    result.out = readFile(folder.file("out"));
+    result.err = readFile(folder.file("err"));
+    return result;
+}
+
+std::vector<std::string> linesOf(std::string const& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string readFile(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeFile(std::string const& path, std::string const& bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+}  // namespace e2e

@@ -1,0 +1,32 @@
+// Runs the built program as a person would and keeps what it said.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace e2e {
+
+struct Result {
+    int exitCode = -1;  ///< 128 + signal when a signal ended it
+    std::string out;
+    std::string err;
+};
+
+struct RunOptions {
+    std::string inputFile;   ///< standard input; empty: nothing to read
+    std::string outputFile;  ///< standard output; empty: kept in Result::out
+};
+
+/// Runs `stanag-overlay` with these arguments to its end.
+Result run(std::vector<std::string> const& arguments, RunOptions const& options = {});
+
+/// Feeds `bytes` to the program's standard input, keeps that open, sends SIGINT and waits for the end.
+Result runInterrupted(std::vector<std::string> const& arguments, std::string const& bytes);
+
+/// The lines of a text without their line feeds.
+std::vector<std::string> linesOf(std::string const& text);
+
+std::string readFile(std::string const& path);
+void writeFile(std::string const& path, std::string const& bytes);
+
+}  // namespace e2e
