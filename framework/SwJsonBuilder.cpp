@@ -14,9 +14,13 @@ namespace {
 constexpr std::size_t kFirstRecords = 64;
 constexpr std::size_t kFirstLevels = 16;
 
+/// From this size on a text is read into chunks of its own. Smaller ones take single blocks, so that what
+/// outlives a frame does not hold on to a chunk.
+constexpr std::size_t kLargeText = 16U * 1024U;
+
 }  // namespace
 
-JsonBuilder::JsonBuilder()
+JsonBuilder::JsonBuilder(std::size_t textBytes) : isLarge_(textBytes >= kLargeText)
 {
     records_.reserve(kFirstRecords);
 }
@@ -78,7 +82,7 @@ void JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
 SwJsonValue JsonBuilder::makeArray_(std::size_t firstRecord)
 {
     SwJsonValue value;
-    SwJsonArray& array = SwJsonTree::setArray(value);
+    SwJsonArray& array = SwJsonTree::setArray(value, arena_());
     SwJsonTree::resize(array, records_.size() - firstRecord);
     for (std::size_t i = firstRecord; i < records_.size(); ++i) {
         fill_(array[i - firstRecord], records_[i]);
@@ -114,8 +118,8 @@ SwJsonValue JsonBuilder::makeObject_(std::size_t firstRecord)
 {
     rankMembers_(firstRecord);
     SwJsonValue value;
-    SwJsonObject& object = SwJsonTree::setObject(value);
-    SwJsonTree::MemberFiller filler(object, ranks_.size());
+    SwJsonObject& object = SwJsonTree::setObject(value, arena_());
+    SwJsonTree::MemberFiller filler(object, ranks_.size(), arena_());
     for (std::size_t i = 0; i < ranks_.size(); ++i) {
         Record const& record = records_[ranks_[i].record];
         // The last of equal names counts.

@@ -2,6 +2,7 @@
 // over them. The reader fills objects through operator[], frames copy and merge them.
 #include "SwJsonObject.h"
 
+#include "sw_json_memory.h"
 #include "sw_json_tree.h"
 
 #include <algorithm>
@@ -80,7 +81,7 @@ SwJsonObject::~SwJsonObject()
         dropFirst_();
     }
     while (slabs_ != nullptr) {
-        ::operator delete(std::exchange(slabs_, slabs_->next));
+        sw_detail::giveJsonMemory(std::exchange(slabs_, slabs_->next));
     }
 }
 
@@ -347,9 +348,9 @@ void* SwJsonObject::takeMemory_()
     return slabs_->room(slabs_->used++);
 }
 
-void SwJsonObject::addSlab_(std::size_t nodes)
+void SwJsonObject::addSlab_(std::size_t nodes, sw_detail::JsonArena* arena)
 {
-    void* const memory = ::operator new(sizeof(Slab) + nodes * sizeof(Node));
+    void* const memory = sw_detail::takeJsonMemory(arena, sizeof(Slab) + nodes * sizeof(Node));
     slabs_ = new (memory) Slab{slabs_, nodes, 0};
 }
 
@@ -358,7 +359,7 @@ void SwJsonObject::copyMembers_(SwJsonObject const& other, std::vector<SwJsonCop
     if (other.empty()) {
         return;
     }
-    SwJsonTree::MemberFiller filler(*this, other.size_);
+    SwJsonTree::MemberFiller filler(*this, other.size_, nullptr);
     for (value_type const& member : other) {
         // Without an index nobody looks at the prefix.
         std::uint64_t const prefix = other.size_ > kUnindexed ? prefixOf_(member.first) : 0;

@@ -15,6 +15,10 @@
 #include <utility>
 #include <vector>
 
+namespace sw_detail {
+class JsonArena;
+}  // namespace sw_detail
+
 /// A container that a deep copy has still to fill.
 struct SwJsonCopy {
     SwJsonValue const* source = nullptr;
@@ -155,7 +159,7 @@ private:
     Node* insert_(Place const& place, Key&& key);
     Node* appendNode_(std::string_view key);
     void* takeMemory_();
-    void addSlab_(std::size_t nodes);
+    void addSlab_(std::size_t nodes, sw_detail::JsonArena* arena = nullptr);
     void copyMembers_(SwJsonObject const& other, std::vector<SwJsonCopy>& pending);
     void dropFirst_() noexcept;
 

@@ -132,6 +132,7 @@ public:
         , end_(begin_ + text.size())
         , key_(key)
         , hasKey_(!key.isEmpty())
+        , tree_(text.size())
     {
     }
 

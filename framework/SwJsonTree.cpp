@@ -108,7 +108,8 @@ bool SwJsonTree::equalPending(std::vector<Pair>& pending)
 
 void SwJsonTree::release(SwJsonValue& value) noexcept
 {
-    thread_local int levels = 0;
+    // Every destroyed container passes here: the plain way to the variable, without a call.
+    [[gnu::tls_model("initial-exec")]] static thread_local int levels = 0;
     if (levels >= kPlainLevels) {
         releaseDeep(value);
         return;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "SwJson.h"
+#include "sw_json_memory.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +18,8 @@ namespace sw_detail {
 /// members are laid down in their order.
 class JsonBuilder {
 public:
-    JsonBuilder();
+    /// `textBytes` is how much text there is at most.
+    explicit JsonBuilder(std::size_t textBytes);
 
     /// The name of the next value, which goes into an object. The bytes have to stay until it closes.
     void name(std::string_view name) { name_ = name; }
@@ -73,6 +75,10 @@ private:
     bool ranksBefore_(Rank const& a, Rank const& b) const;
     void fill_(SwJsonValue& slot, Record const& record);
 
+    JsonArena* arena_() { return isLarge_ ? &chunks_ : nullptr; }
+
+    bool isLarge_;
+    JsonArena chunks_;
     std::string_view name_;
     std::vector<Record> records_;
     std::vector<Level> levels_;

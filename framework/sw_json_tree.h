@@ -2,6 +2,7 @@
 #pragma once
 
 #include "SwJson.h"
+#include "sw_json_memory.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,15 +34,15 @@ public:
         slot.string_.assign(text);
         slot.type_ = SwJsonValue::String;
     }
-    static SwJsonObject& setObject(SwJsonValue& slot)
+    static SwJsonObject& setObject(SwJsonValue& slot, sw_detail::JsonArena* arena)
     {
-        slot.object_ = std::make_shared<SwJsonObject>();
+        slot.object_ = std::allocate_shared<SwJsonObject>(sw_detail::JsonAllocator<SwJsonObject>(arena));
         slot.type_ = SwJsonValue::Object;
         return *slot.object_;
     }
-    static SwJsonArray& setArray(SwJsonValue& slot)
+    static SwJsonArray& setArray(SwJsonValue& slot, sw_detail::JsonArena* arena)
     {
-        slot.array_ = std::make_shared<SwJsonArray>();
+        slot.array_ = std::allocate_shared<SwJsonArray>(sw_detail::JsonAllocator<SwJsonArray>(arena));
         slot.type_ = SwJsonValue::Array;
         return *slot.array_;
     }
@@ -52,10 +53,12 @@ public:
     /// Lays the members of an empty object down in order, in memory taken at once.
     class MemberFiller {
     public:
-        MemberFiller(SwJsonObject& object, std::size_t members) : object_(object), link_(&object.first_)
+        MemberFiller(SwJsonObject& object, std::size_t members, sw_detail::JsonArena* arena)
+            : object_(object)
+            , link_(&object.first_)
         {
             if (members > 0) {
-                object.addSlab_(members);
+                object.addSlab_(members, arena);
                 object.reserveIndex_(members);
             }
         }

@@ -1,0 +1,129 @@
+// Memory of JSON containers. Large documents are read into chunks, of which some are kept for the next
+// document: fresh memory from the system costs as much as the reading.
+#include "sw_json_memory.h"
+
+#include <atomic>
+#include <mutex>
+#include <new>
+#include <utility>
+
+namespace sw_detail {
+
+/// A chunk counts its blocks that are in use. While an arena hands them out it holds a large number of them
+/// itself, so that taking one needs no atomic operation.
+struct alignas(64) JsonChunk {
+    std::atomic<std::size_t> inUse{0};
+    JsonChunk* next = nullptr;
+};
+
+namespace {
+
+constexpr std::size_t kChunkBytes = 64U * 1024U;
+constexpr std::size_t kLargestBlock = kChunkBytes / 4;
+constexpr std::size_t kHeldByArena = std::size_t{1} << 62U;
+/// At most 4 MB wait for the next document.
+constexpr std::size_t kKeptChunks = 64;
+
+/// What stands before each block: where it goes back to, null when it is one by itself.
+struct alignas(std::max_align_t) Header {
+    JsonChunk* chunk = nullptr;
+};
+
+/// The chunks waiting for the next document.
+class ChunkStore {
+public:
+    static ChunkStore& instance()
+    {
+        // Never destroyed: trees in other static objects may go later.
+        static ChunkStore& store = *new ChunkStore();
+        return store;
+    }
+    JsonChunk* take()
+    {
+        {
+            std::lock_guard const lock(mutex_);
+            if (first_ != nullptr) {
+                --count_;
+                return std::exchange(first_, first_->next);
+            }
+        }
+        return new (::operator new(kChunkBytes, std::align_val_t(alignof(JsonChunk)))) JsonChunk;
+    }
+    void give(JsonChunk* chunk) noexcept
+    {
+        {
+            std::lock_guard const lock(mutex_);
+            if (count_ < kKeptChunks) {
+                ++count_;
+                chunk->next = std::exchange(first_, chunk);
+                return;
+            }
+        }
+        chunk->~JsonChunk();
+        ::operator delete(chunk, std::align_val_t(alignof(JsonChunk)));
+    }
+
+private:
+    std::mutex mutex_;
+    JsonChunk* first_ = nullptr;
+    std::size_t count_ = 0;
+};
+
+/// Takes `blocks` off the count; the chunk goes back with the last.
+void release(JsonChunk* chunk, std::size_t blocks) noexcept
+{
+    if (chunk->inUse.fetch_sub(blocks, std::memory_order_acq_rel) == blocks) {
+        ChunkStore::instance().give(chunk);
+    }
+}
+
+void* withHeader(void* memory, JsonChunk* chunk)
+{
+    return new (memory) Header{chunk} + 1;
+}
+
+}  // namespace
+
+void* JsonArena::take(std::size_t bytes)
+{
+    constexpr std::size_t kAlign = alignof(std::max_align_t);
+    std::size_t const whole = (bytes + sizeof(Header) + kAlign - 1) / kAlign * kAlign;
+    if (whole > kLargestBlock) {
+        return withHeader(::operator new(whole), nullptr);
+    }
+    if (chunk_ == nullptr || whole > kChunkBytes - used_) {
+        retire_();
+        chunk_ = ChunkStore::instance().take();
+        chunk_->inUse.store(kHeldByArena, std::memory_order_relaxed);
+        used_ = sizeof(JsonChunk);
+        taken_ = 0;
+    }
+    void* const memory = reinterpret_cast<char*>(chunk_) + used_;
+    used_ += whole;
+    ++taken_;
+    return withHeader(memory, chunk_);
+}
+
+void JsonArena::retire_() noexcept
+{
+    if (chunk_ != nullptr) {
+        release(std::exchange(chunk_, nullptr), kHeldByArena - taken_);
+    }
+}
+
+void* takeJsonMemory(JsonArena* arena, std::size_t bytes)
+{
+    return arena != nullptr ? arena->take(bytes) : withHeader(::operator new(bytes + sizeof(Header)), nullptr);
+}
+
+void giveJsonMemory(void* block) noexcept
+{
+    Header* const header = static_cast<Header*>(block) - 1;
+    if (header->chunk != nullptr) {
+        release(header->chunk, 1);
+    } else {
+        ::operator delete(header);
+    }
+}
+
+}  // namespace sw_detail

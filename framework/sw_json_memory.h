@@ -1,0 +1,56 @@
+// Memory of JSON containers: single blocks, and chunks shared by the containers of one large document.
+// Internal.
+#pragma once
+
+#include <cstddef>
+
+namespace sw_detail {
+
+struct JsonChunk;
+
+/// Hands out blocks of large chunks while one document is read: its containers are born together and mostly
+/// die together, so a chunk goes back as a whole when the last of its blocks is given back, from any thread.
+class JsonArena {
+public:
+    JsonArena() = default;
+    JsonArena(JsonArena const&) = delete;
+    JsonArena& operator=(JsonArena const&) = delete;
+    ~JsonArena() { retire_(); }
+
+    void* take(std::size_t bytes);
+
+private:
+    void retire_() noexcept;
+
+    JsonChunk* chunk_ = nullptr;
+    std::size_t used_ = 0;
+    std::size_t taken_ = 0;
+};
+
+/// A block aligned for anything, from the arena when there is one.
+void* takeJsonMemory(JsonArena* arena, std::size_t bytes);
+/// Gives back a block that takeJsonMemory gave, whether or not its arena is still there.
+void giveJsonMemory(void* block) noexcept;
+
+/// Allocator over both for shared containers. Only allocation looks at the arena.
+template <typename T>
+struct JsonAllocator {
+    using value_type = T;
+    explicit JsonAllocator(JsonArena* from) : arena(from) {}
+    template <typename U>
+    JsonAllocator(JsonAllocator<U> const& other) : arena(other.arena)
+    {
+    }
+    T* allocate(std::size_t count) { return static_cast<T*>(takeJsonMemory(arena, count * sizeof(T))); }
+    void deallocate(T* block, std::size_t) noexcept { giveJsonMemory(block); }
+    template <typename U>
+    friend bool operator==(JsonAllocator const&, JsonAllocator<U> const&)
+    {
+        // Any of them gives back what another one took.
+        return true;
+    }
+
+    JsonArena* arena = nullptr;
+};
+
+}  // namespace sw_detail
