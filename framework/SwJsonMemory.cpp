@@ -21,8 +21,8 @@ namespace {
 constexpr std::size_t kChunkBytes = 64U * 1024U;
 constexpr std::size_t kLargestBlock = kChunkBytes / 4;
 constexpr std::size_t kHeldByArena = std::size_t{1} << 62U;
-/// At most 4 MB wait for the next document.
-constexpr std::size_t kKeptChunks = 64;
+/// At most 8 MB wait for the next document.
+constexpr std::size_t kKeptChunks = 128;
 
 /// What stands before each block: where it goes back to, null when it is one by itself.
 struct alignas(std::max_align_t) Header {

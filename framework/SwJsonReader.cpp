@@ -85,8 +85,8 @@ void addCoerced(JsonBuilder& tree, std::string_view text)
 /// The whole of a decrypted text as a base-10 integer, as strtoll reads it.
 bool wholeInteger(std::string const& text, std::int64_t& number)
 {
-    char const* at = skipSpace(text.c_str());
     char const* const end = text.c_str() + text.size();
+    char const* at = skipSpace(text.c_str(), end);
     // A plus sign is the one thing that strtoll accepts and from_chars does not.
     if (*at == '+' && isDigit(at[1])) {
         ++at;
@@ -169,7 +169,7 @@ private:
     /// Reads a scalar, or opens a container.
     bool readValue_()
     {
-        at_ = skipSpace(at_);
+        at_ = skipSpace(at_, end_);
         if (at_ == end_) {
             return fail_("Unexpected end of JSON input");
         }
@@ -194,7 +194,7 @@ private:
     /// Reads up to the value of the next member; without one the object ends here.
     bool nextMember_(bool& valueFollows)
     {
-        at_ = skipSpace(at_);
+        at_ = skipSpace(at_, end_);
         if (!justOpened_) {
             if (at_ == end_) {
                 return fail_("Unterminated JSON object");
@@ -205,7 +205,7 @@ private:
             if (*at_ != ',') {
                 return fail_("Expected ',' or '}' in object");
             }
-            at_ = skipSpace(at_ + 1);
+            at_ = skipSpace(at_ + 1, end_);
         }
         justOpened_ = false;
         if (at_ == end_) {
@@ -222,7 +222,7 @@ private:
         if (!readString_(name)) {
             return false;
         }
-        at_ = skipSpace(at_);
+        at_ = skipSpace(at_, end_);
         if (at_ == end_ || *at_ != ':') {
             return fail_("Expected ':' after object key");
         }
@@ -236,7 +236,7 @@ private:
     bool nextElement_(bool& valueFollows)
     {
         if (!justOpened_) {
-            at_ = skipSpace(at_);
+            at_ = skipSpace(at_, end_);
             if (at_ == end_) {
                 return fail_("Unterminated JSON array");
             }
@@ -253,7 +253,7 @@ private:
         if (at_ == end_) {
             return fail_("Unterminated JSON array");
         }
-        at_ = skipSpace(at_);
+        at_ = skipSpace(at_, end_);
         if (at_ != end_ && *at_ == ']') {
             return close_();
         }
@@ -385,8 +385,8 @@ SwJsonDocument SwJsonDocument::fromJson(SwString const& text, SwString const& ke
     std::size_t cursor = 0;
     SwJsonDocument document(parseJson(text, cursor, key, error));
     if (error.isEmpty()) {
-        char const* const rest = skipSpace(text.c_str() + cursor);
-        if (rest != text.c_str() + text.size()) {
+        char const* const end = text.c_str() + text.size();
+        if (skipSpace(text.c_str() + cursor, end) != end) {
             error = "Unexpected characters at the end of JSON.";
         }
     }

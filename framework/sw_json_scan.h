@@ -27,10 +27,18 @@ inline bool isLetter(char byte)
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
 }
 
-inline char const* skipSpace(char const* at)
+inline char const* skipSpace(char const* at, char const* end)
 {
+    // The bytes of compact text first, then the indents of a file made for reading, eight blanks at a time.
+    constexpr std::uint64_t kEightBlanks = 0x2020202020202020U;
     while (isSpace(*at)) {
         ++at;
+        for (std::uint64_t bytes = 0; end - at >= 8; at += 8) {
+            std::memcpy(&bytes, at, sizeof bytes);
+            if (bytes != kEightBlanks) {
+                break;
+            }
+        }
     }
     return at;
 }

@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <map>
 #include <random>
 #include <sstream>
+#include <thread>
 
 using framework_test::readText;
 using framework_test::standardErrorOf;
@@ -115,6 +117,65 @@ TEST(SwJsonReader, TheLastOfRepeatedMembersCounts)
 TEST(SwJsonReader, MembersAreOrderedByTheirBytes)
 {
     expectRows({{"{\"b\":1,\"a\":2,\"B\":3,\"\":4}", "{:i4,B:i3,a:i2,b:i1}"}});
+}
+
+TEST(SwJsonReader, ObjectsOfEverySizeReadLikeAMap)
+{
+    std::mt19937 random(23);
+    for (unsigned const members : {0U, 1U, 7U, 8U, 9U, 20U, 127U, 128U, 129U, 300U, 5000U}) {
+        for (unsigned const names : {1U, members / 2 + 1, members * 3 + 1}) {
+            SCOPED_TRACE(testing::Message() << members << " members of " << names << " names");
+            std::map<std::string, std::string> model;
+            std::string text = "{";
+            for (unsigned i = 0; i < members; ++i) {
+                std::string const name = "member" + std::to_string(random() % names);
+                std::string const value =
+                    i % 3 == 0 ? "[i" + std::to_string(i) + "]" : "'value " + std::to_string(i) + "'";
+                text += (i == 0 ? "\"" : ",\"") + name + "\":";
+                text += i % 3 == 0 ? "[" + std::to_string(i) + "]" : "\"value " + std::to_string(i) + "\"";
+                model[name] = value;
+            }
+            std::string expected;
+            for (auto const& [name, value] : model) {
+                expected += (expected.empty() ? "" : ",") + name + ":" + value;
+            }
+            ASSERT_EQ(readText(text + "}"), "{" + expected + "}");
+            SwString error;
+            SwJsonObject object = SwJsonDocument::fromJson(text + "}", SwString(), error).object();
+            for (unsigned i = 0; i < names && i < 1000; ++i) {
+                std::string const name = "member" + std::to_string(i);
+                ASSERT_EQ(object.contains(name), model.count(name) == 1);
+                object[name + "x"] = 1;
+                ASSERT_EQ(object.erase(name), model.count(name));
+            }
+        }
+    }
+}
+
+TEST(SwJsonReader, PartsOfALargeDocumentOutliveIt)
+{
+    std::string text = "[";
+    for (int i = 0; i < 20000; ++i) {
+        text += "{\"a\":[" + std::to_string(i) + "],\"a name beyond the short form\":{\"b\":\"x\"}},";
+    }
+    text += "]";
+    SwJsonValue kept;
+    std::thread([&] {
+        SwString error;
+        SwJsonValue root = SwJsonDocument::fromJson(text, SwString(), error).takeRoot();
+        ASSERT_EQ(root.toArray().size(), 20000U);
+        kept = std::move((*root.editArray())[12345]);
+    }).join();
+    EXPECT_EQ(treeText(kept), "{a:[i12345],a name beyond the short form:{b:'x'}}");
+    (*kept.editObject())["c"] = 1;
+    EXPECT_EQ(kept.editObject()->erase("a"), 1U);
+    EXPECT_EQ(treeText(kept), "{a name beyond the short form:{b:'x'},c:i1}");
+    // Chunks that went back are used again.
+    for (int round = 0; round < 5; ++round) {
+        SwString error;
+        EXPECT_EQ(SwJsonDocument::fromJson(text, SwString(), error).array().size(), 20000U);
+        EXPECT_TRUE(SwJsonDocument::fromJson(text + "x", SwString(), error).isNull());
+    }
 }
 
 TEST(SwJsonReader, NumbersKeepTheirGrammar)

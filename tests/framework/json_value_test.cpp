@@ -389,6 +389,30 @@ TEST(SwJsonObject, BehavesLikeAMapUnderRandomChanges)
     }
 }
 
+TEST(SwJsonObject, KeysOfAllLengthsAndBytesAreOrderedLikeStrings)
+{
+    std::mt19937 random(17);
+    for (unsigned round = 0; round < 300; ++round) {
+        SCOPED_TRACE(round);
+        SwJsonObject object;
+        std::map<std::string, bool> model;
+        for (unsigned i = round; i > 0; --i) {
+            std::string key;
+            for (auto length = random() % 13; length > 0; --length) {
+                key.push_back("\0\1a\xFF"[random() % 4]);
+            }
+            object[key] = true;
+            model[key] = true;
+        }
+        std::vector<std::string> expected;
+        for (auto const& [key, value] : model) {
+            expected.push_back(key);
+        }
+        ASSERT_EQ(object.keys(), expected);
+        ASSERT_EQ(SwJsonObject(object).keys(), expected);
+    }
+}
+
 TEST(SwJsonObject, AHundredThousandKeysInRandomOrder)
 {
     std::vector<std::string> keys;
