@@ -311,8 +311,8 @@ TEST(GroundPicture, SameSecondSamePixelsAndAnotherSecondOthers)
 TEST(GroundPicture, StridesOfZeroMeanPackedRows)
 {
     Picture padded(33, 17, 0);
-    std::vector<std::uint8_t> y(33 * 17);
-    std::vector<std::uint8_t> uv(34 * 9);
+    std::vector<std::uint8_t> y(std::size_t{33} * 17);
+    std::vector<std::uint8_t> uv(std::size_t{34} * 9);
     flight::paintGround(1.0, padded.planes);
     flight::paintGround(1.0, {y.data(), uv.data(), 33, 17, 0, 0});
     EXPECT_TRUE(std::equal(y.begin(), y.end(), padded.planes.y));

@@ -57,7 +57,8 @@ Clip decodeClip(std::string const& name)
 {
     Clip clip;
     KlvDecoder decoder;
-    for (auto const& unit : klvUnitsOfTransportStream(kFolder + "/" + name)) {
+    std::string const path = kFolder + "/" + name;
+    for (auto const& unit : klvUnitsOfTransportStream(path)) {
         for (Packet& packet : decoder.decode(unit, std::nullopt)) {
             clip.packets.push_back(std::move(packet));
         }
