@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <locale>
 #include <string>
 
 namespace stanag_overlay {
@@ -89,6 +90,11 @@ TEST(ConfigParser, Documents)
             EXPECT_EQ(changes(record), "");
         }
     }
+}
+
+TEST(ConfigParser, RoomIsReservedForAllItemsAtOnce)
+{
+    EXPECT_EQ(parse(R"({"overlay":[{},1,"a",{},null]})").capacity(), 5U);
 }
 
 TEST(ConfigParser, BlocksStandInTheOrderOfTheirItems)
@@ -232,6 +238,19 @@ TEST(ConfigParser, Colours)
         {"an odd text colour leaves the background alone", R"({"textColor":"#123456","bgColor":5})",
          "textR=18 textG=52 textB=86"},
     });
+}
+
+TEST(ConfigParser, ColoursAreReadWithoutTheGlobalLocalesGrouping)
+{
+    struct Grouped : std::numpunct<char> {
+        char do_thousands_sep() const override { return ','; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    std::locale const before = std::locale::global(std::locale(std::locale::classic(), new Grouped));
+    auto const records = parse(R"({"overlay":[{"textColor":"#12,345"}]})");
+    std::locale::global(before);
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_EQ(changes(records.front()), "textR=0 textG=0 textB=18");
 }
 
 TEST(ConfigParser, Position)

@@ -280,6 +280,7 @@ TEST(Number, UnsignedTexts)
         {"bad hexadecimal", "0x1G", false},
         {"prefix alone reads 0 and leaves characters", "0x", false},
         {"octal", "010", true, 8},
+        {"every blank before", "\t\n\v\f\r 010", true, 8},
         {"octal stops at 8", "08", false},
         {"zero", "0", true, 0},
         {"binary prefix is none", "0b11", false},
@@ -403,6 +404,8 @@ TEST(Number, Equality)
     EXPECT_TRUE(numbersEqual(-0.0L, 0.0L));
     EXPECT_FALSE(numbersEqual(0.0L, 1e-9)) << "exactly the tolerance is too far";
     EXPECT_TRUE(numbersEqual(0.0L, std::nextafter(1e-9, 0.0)));
+    EXPECT_FALSE(numbersEqual(0.0L, std::nextafter(static_cast<long double>(1e-9), 0.0L)))
+        << "the difference is rounded to binary64 before it is compared";
     EXPECT_FALSE(numbersEqual(0.0L, 1e-6L));
     EXPECT_FALSE(numbersEqual(1.5L, 1.5000001L));
     EXPECT_FALSE(numbersEqual(kNotANumber, kNotANumber));

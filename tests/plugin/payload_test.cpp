@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -118,6 +120,24 @@ TEST_F(Payload, BecomesAnObject)
         EXPECT_EQ(testing::internal::GetCapturedStderr(), row.expectedMessage);
         EXPECT_EQ(fromOwned, row.expected);
     }
+}
+
+TEST_F(Payload, TheLineIsFlushedAtItsEnd)
+{
+    struct Flushed : std::stringbuf {
+        std::string atFlush;
+        int sync() override
+        {
+            atFlush = str();
+            return 0;
+        }
+    } buffer;
+    std::streambuf* const before = std::cerr.rdbuf(&buffer);
+    std::cerr << std::nounitbuf;
+    render_payload::anyToJsonObject(SwAny(std::string("[]")));
+    std::cerr << std::unitbuf;
+    std::cerr.rdbuf(before);
+    EXPECT_EQ(buffer.atFlush, kNoObject);
 }
 
 TEST_F(Payload, SharedPayloadIsLeftAsItWas)

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -248,6 +249,25 @@ TEST(PluginConfig, KeysFollowThePayloadFromFrameToFrame)
         plugin.render(host.nextFrame(++frame));
         EXPECT_EQ(publishedKeys(plugin), row.expected);
     }
+}
+
+TEST(PluginConfig, KeysFollowAPayloadWhosePictureCannotBeDrawnOn)
+{
+    TestHost host;
+    StanagOverlayPlugin plugin;
+    plugin.init(host.init());
+
+    host.deliver(R"({"a":1})");
+    host.backend.mapsTo = MappedNV12{};
+    plugin.render(host.nextFrame(1));
+    EXPECT_EQ(publishedKeys(plugin), Keys{"a"});
+
+    host.deliverBy([&host](std::uint64_t, std::string const&) {
+        host.context().picture.reset("/camera", 1, nullptr, host.pool, {});
+        return SwAny(jsonObject(R"({"b":1})"));
+    });
+    EXPECT_THROW(plugin.render(host.nextFrame(2)), std::runtime_error);
+    EXPECT_EQ(publishedKeys(plugin), Keys{"b"});
 }
 
 TEST(PluginConfig, SetConfigKeepsKeys)
