@@ -12,6 +12,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -68,11 +69,12 @@ void renderPlainFrames(benchmark::State& state, FrameCase const& frame)
 }
 
 /// Without the copy that the host makes: what the plugin itself adds to a frame. Payloads are made in
-/// advance, some frames at a time, while the clock stands.
+/// advance, some frames at a time, while the clock stands; few when they are large, so that they stay as
+/// close to the processor as a copy just made.
 void renderMovedPayloads(benchmark::State& state, std::size_t extraKeys)
 {
-    constexpr std::size_t kBatch = 128;
-    std::vector<SwAny> payloads(kBatch);
+    std::size_t const batch = std::max<std::size_t>(2, 4096 / (46 + extraKeys));
+    std::vector<SwAny> payloads(batch);
     std::size_t nextPayload = 0;
     FrameHost host(1, [&](std::size_t, std::uint64_t) { return std::move(payloads[nextPayload++]); });
     StanagOverlayPlugin plugin;
@@ -80,20 +82,20 @@ void renderMovedPayloads(benchmark::State& state, std::size_t extraKeys)
     plugin.setConfig(blocksConfig(kSixBlocks));
     FrameHost::PayloadOf const copies = copiesOf(PayloadKind::Object, extraKeys);
     auto const refill = [&] {
-        for (std::size_t i = 0; i < kBatch; ++i) {
+        for (std::size_t i = 0; i < batch; ++i) {
             payloads[i] = copies(0, i);
         }
         nextPayload = 0;
     };
-    refill();
     for (int i = 0; i < kFirstFrames; ++i) {
+        refill();
         plugin.render(host.next());
     }
     std::uint64_t allocations = 0;
     refill();
-    while (state.KeepRunningBatch(static_cast<benchmark::IterationCount>(kBatch))) {
+    while (state.KeepRunningBatch(static_cast<benchmark::IterationCount>(batch))) {
         std::uint64_t const before = allocationCount();
-        for (std::size_t i = 0; i < kBatch; ++i) {
+        for (std::size_t i = 0; i < batch; ++i) {
             plugin.render(host.next());
         }
         allocations += allocationCount() - before;
@@ -210,6 +212,15 @@ std::string takeTableOption(int& argc, char** argv)
     return file;
 }
 
+std::vector<GrowthRow> const kGrowth{
+    {"keys that no block names, host's copy left out", "frame/moved/keys:46", "frame/moved/keys:460", 10.0},
+    {"ten times more of them", "frame/moved/keys:460", "frame/moved/keys:4600", 10.0},
+    {"blocks, 1 to 8", "frame/object/blocks:1", "frame/object/blocks:8", 8.0},
+    {"blocks, 8 to 64", "frame/object/blocks:8", "frame/object/blocks:64", 8.0},
+    {"producers, 2 to 4", "frame/object/producers:2", "frame/object/producers:4", 2.0},
+    {"producers, 4 to 16", "frame/object/producers:4", "frame/object/producers:16", 4.0},
+};
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -228,6 +239,8 @@ int main(int argc, char** argv)
     if (!tableFile.empty()) {
         std::ofstream table(tableFile);
         writeRatios(table, reporter, rows);
+        table << "\n";
+        writeGrowth(table, reporter, kGrowth);
         table << "\n";
         writeTimes(table, reporter, names);
     }

@@ -58,6 +58,21 @@ void writeRatios(std::ostream& out, MedianReporter const& medians, std::vector<R
     }
 }
 
+void writeGrowth(std::ostream& out, MedianReporter const& medians, std::vector<GrowthRow> const& rows)
+{
+    out << "| growth of | times more work | times more time | linear at worst |\n| --- | ---: | ---: | --- |\n";
+    for (GrowthRow const& row : rows) {
+        MedianReporter::Median const* const smaller = medians.find(row.smaller);
+        MedianReporter::Median const* const larger = medians.find(row.larger);
+        if (smaller == nullptr || larger == nullptr) {
+            continue;
+        }
+        double const factor = larger->cpuNs / smaller->cpuNs;
+        out << "| " << row.title << " | " << digits("%g", row.sizeFactor) << " | " << digits("%.1f", factor) << " | "
+            << (factor <= row.sizeFactor ? "yes" : "no") << " |\n";
+    }
+}
+
 void writeTimes(std::ostream& out, MedianReporter const& medians, std::vector<std::string> const& names)
 {
     out << "| benchmark | us | allocations |\n| --- | ---: | ---: |\n";

@@ -37,5 +37,16 @@ struct RatioRow {
 /// times in microseconds. Rows whose benchmarks have not run are left out.
 void writeRatios(std::ostream& out, MedianReporter const& medians, std::vector<RatioRow> const& rows);
 
+/// How the cost grows with the size of the work.
+struct GrowthRow {
+    std::string title;
+    std::string smaller;      ///< name of a benchmark
+    std::string larger;       ///< name of a benchmark
+    double sizeFactor = 1.0;  ///< how many times more work the larger one has
+};
+
+/// A Markdown table: how many times more work, and how many times more time it takes.
+void writeGrowth(std::ostream& out, MedianReporter const& medians, std::vector<GrowthRow> const& rows);
+
 /// A Markdown table of single benchmarks: time and allocations per run.
 void writeTimes(std::ostream& out, MedianReporter const& medians, std::vector<std::string> const& names);

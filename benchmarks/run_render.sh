@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Runs the benchmark of the plugin's share of a frame and writes its tables into benchmarks/README.md.
+#   benchmarks/run_render.sh BUILD_DIR [options of Google Benchmark]
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${1:?"usage: benchmarks/run_render.sh BUILD_DIR"}
+shift
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+"$build/bin/render_benchmark" --table="$work/table" --benchmark_repetitions=9 --benchmark_min_time=0.05 \
+    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true "$@"
+
+{
+    echo "Machine: $(LC_ALL=C lscpu | sed -n 's/^Model name: *//p'), $(nproc) processors,"
+    echo "$(. /etc/os-release && echo "$PRETTY_NAME"), $(c++ --version | head -n 1)."
+    echo "Command: \`benchmarks/run_render.sh BUILD_DIR\`. Medians of processor time."
+    echo
+    cat "$work/table"
+} >"$work/section"
+
+# Only what stands between the markers is replaced.
+awk -v section="$work/section" '
+    /^<!-- render:begin/ { print; while ((getline line < section) > 0) print line; inside = 1; next }
+    /^<!-- render:end/   { inside = 0 }
+    !inside              { print }' "$root/benchmarks/README.md" >"$work/readme"
+cat "$work/readme" >"$root/benchmarks/README.md"
