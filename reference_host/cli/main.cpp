@@ -209,6 +209,11 @@ int run(int argc, char** argv)
     addSchema(app, action);
     addCheck(app, action);
     addSample(app, action);
+    std::string const name = argc > 1 ? argv[1] : "";
+    auto const isNamed = [&name](CLI::App* command) { return command->check_name(name); };
+    if (!name.empty() && name.front() != '-' && app.get_subcommands(isNamed).empty()) {
+        throw WrongUsage(name + ": no such command; stanag-overlay --help lists them");
+    }
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& failure) {

@@ -18,9 +18,9 @@ struct ClipSpec {
     int width = 320;
     int height = 240;
     int frames = 20;
-    std::string codec;                                  ///< empty: the container's best
-    std::int64_t firstTicks = 90000;                    ///< of a 90 kHz clock
-    std::vector<std::vector<SwJsonObject>> klvStreams;  ///< per stream and frame; an empty payload is not sent
+    std::string codec{};                                  ///< empty: the container's best
+    std::int64_t firstTicks = 90000;                      ///< of a 90 kHz clock
+    std::vector<std::vector<SwJsonObject>> klvStreams{};  ///< per stream and frame; an empty payload is not sent
     bool sound = false;
 };
 

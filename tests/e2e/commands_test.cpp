@@ -1,0 +1,448 @@
+// Each command as a person types it: what it gives, what it says, its exit code.
+#include "../host/media/temp_folder.h"
+#include "clips.h"
+#include "run_program.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Words = std::vector<std::string>;
+using e2e::Result;
+using e2e::run;
+
+constexpr char const* kConfig = R"({"overlay":[{"formatString":"N %heading_deg","textSize":100,"decimals":1}]})";
+
+SwJsonObject telemetryOf(int number)
+{
+    return {{"utc_timestamp_us", SwJsonValue(std::int64_t{1700000000000000} + number * 40000)},
+            {"heading_deg", SwJsonValue(static_cast<double>(number))},
+            {"camera_name", SwJsonValue("EO")}};
+}
+
+/// Clips and configurations that all tests of this file share, in a folder of their own.
+class Commands : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        folder_ = new media_test::TempFolder;
+        e2e::writeFile(file("c.json"), kConfig);
+        e2e::writeFile(file("bad.json"), "{\"overlay\":[\n {\"a\":tru}]}");
+        e2e::writeFile(file("t.jsonl"), "{\"t\":0,\"heading_deg\":7.25}\n\n{\"t\":0.2,\"heading_deg\":8.75}\n");
+        e2e::ClipSpec clip{file("a.ts")};
+        clip.sound = true;
+        clip.klvStreams.emplace_back();
+        for (int number = 0; number < clip.frames; ++number) {
+            clip.klvStreams.front().push_back(telemetryOf(number));
+        }
+        e2e::makeClip(clip);
+        e2e::makeClip({file("plain.mkv"), 64, 48, 10, "ffv1"});
+        e2e::makeClip({file("odd.mkv"), 35, 19, 5, "ffv1"});
+    }
+    static void TearDownTestSuite()
+    {
+        delete folder_;
+        folder_ = nullptr;
+    }
+
+    static std::string file(std::string const& name) { return folder_->file(name); }
+
+    /// "@" at the start of a word stands for the folder.
+    static Words inFolder(Words words)
+    {
+        for (std::string& word : words) {
+            if (word.rfind('@', 0) == 0) {
+                word = file(word.substr(1));
+            }
+        }
+        return words;
+    }
+    static std::string named(std::string text)
+    {
+        for (std::size_t at = text.find('@'); at != std::string::npos; at = text.find('@')) {
+            text.replace(at, 1, folder_->path() + "/");
+        }
+        return text;
+    }
+
+    static Result call(Words const& words) { return run(inFolder(words)); }
+
+private:
+    inline static media_test::TempFolder* folder_ = nullptr;
+};
+
+struct RefusalRow {
+    char const* name;
+    Words words;
+    int exitCode;
+    char const* message;
+};
+
+class Refusals : public Commands, public testing::WithParamInterface<RefusalRow> {};
+
+TEST_P(Refusals, AreOneLineThatNamesPlaceAndCure)
+{
+    RefusalRow const& row = GetParam();
+    Result const result = call(row.words);
+    EXPECT_EQ(result.exitCode, row.exitCode);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, named(std::string("stanag-overlay: ") + row.message + "\n"));
+    EXPECT_FALSE(std::filesystem::exists(file("o.ts")));
+    EXPECT_FALSE(std::filesystem::exists(file("o.png")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Inputs, Refusals,
+    testing::Values(
+        RefusalRow{"no_input",
+                   {"burn", "@none.ts", "-c", "@c.json", "-o", "@o.ts"},
+                   1,
+                   "@none.ts: cannot be opened: No such file or directory; check the path"},
+        RefusalRow{"input_is_text",
+                   {"burn", "@c.json", "-c", "@c.json", "-o", "@o.ts"},
+                   1,
+                   "@c.json: cannot be opened: Invalid data found when processing input; give a file or an address "
+                   "that holds video"},
+        RefusalRow{"no_config",
+                   {"burn", "@a.ts", "-c", "@none.json", "-o", "@o.ts"},
+                   1,
+                   "@none.json: cannot be read: No such file or directory; check the path"},
+        RefusalRow{"config_not_json",
+                   {"burn", "@a.ts", "-c", "@bad.json", "-o", "@o.ts"},
+                   1,
+                   "@bad.json: line 2, column 10: Invalid boolean literal; mend the JSON there"},
+        RefusalRow{"config_not_json_in_text",
+                   {"text", "@a.ts", "-c", "@bad.json"},
+                   1,
+                   "@bad.json: line 2, column 10: Invalid boolean literal; mend the JSON there"},
+        RefusalRow{"config_not_json_in_frame",
+                   {"frame", "@a.ts", "-c", "@bad.json", "--at", "0", "-o", "@o.png"},
+                   1,
+                   "@bad.json: line 2, column 10: Invalid boolean literal; mend the JSON there"},
+        RefusalRow{"config_not_json_in_check",
+                   {"check", "@bad.json"},
+                   1,
+                   "@bad.json: line 2, column 10: Invalid boolean literal; mend the JSON there"},
+        RefusalRow{"no_output_folder",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@none/o.ts"},
+                   1,
+                   "@none/o.ts: folder @none does not exist; create it first"},
+        RefusalRow{"no_output_folder_for_a_picture",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "0", "-o", "@none/o.png"},
+                   1,
+                   "@none/o.png: folder @none does not exist; create it first"},
+        RefusalRow{"locked_output_folder",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "/proc/o.ts"},
+                   1,
+                   "/proc/o.ts: cannot be written: No such file or directory; choose a folder that can be written to"},
+        RefusalRow{"output_is_input",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@a.ts"},
+                   1,
+                   "@a.ts: is the input itself; give another name for the output"},
+        RefusalRow{"no_picture_at",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "0.8", "-o", "@o.png"},
+                   1,
+                   "@a.ts: has no picture at 0.800 s; it ends at 0.800 s"},
+        RefusalRow{"no_telemetry_file",
+                   {"keys", "@a.ts", "--telemetry", "@none.jsonl"},
+                   1,
+                   "@none.jsonl: cannot open the telemetry file (No such file or directory); check the name and its "
+                   "permissions"},
+        RefusalRow{"keys_of_nothing",
+                   {"keys", "@none.ts"},
+                   1,
+                   "@none.ts: cannot be opened: No such file or directory; check the path"},
+        RefusalRow{"schema_of_nothing",
+                   {"schema", "@none.ts"},
+                   1,
+                   "@none.ts: cannot be opened: No such file or directory; check the path"}),
+    [](auto const& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    Usage, Refusals,
+    testing::Values(
+        RefusalRow{"unknown_ending",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.xyz"},
+                   2,
+                   "@o.xyz: no video container has this ending; use .ts, .mp4 or .mkv"},
+        RefusalRow{"unknown_command", {"brun", "@a.ts"}, 2, "brun: no such command; stanag-overlay --help lists them"},
+        RefusalRow{"unknown_encoder",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "h265turbo"},
+                   2,
+                   "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or ffv1"},
+        RefusalRow{"bit_rate_word",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "fast"},
+                   2,
+                   "--bitrate fast: give bits per second, for example 2500k or 4M"},
+        RefusalRow{"negative_moment",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "-1", "-o", "@o.png"},
+                   2,
+                   "--at: give a number from 0 to 1000000000"},
+        RefusalRow{"moment_not_a_number",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "nan", "-o", "@o.png"},
+                   2,
+                   "--at: give a number from 0 to 1000000000"},
+        RefusalRow{"sample_size",
+                   {"sample", "@o.ts", "--size", "640"},
+                   2,
+                   "--size 640: give width and height, for example 1280x720"},
+        RefusalRow{"sample_size_zero",
+                   {"sample", "@o.ts", "--size", "0x10"},
+                   2,
+                   "--size 0x10: give width and height, for example 1280x720"},
+        RefusalRow{"sample_rate", {"sample", "@o.ts", "--fps", "0"}, 2, "--fps: give a number from 0.1 to 240"},
+        RefusalRow{
+            "sample_length", {"sample", "@o.ts", "--seconds", "-3"}, 2, "--seconds: give a number from 0.01 to 86400"},
+        RefusalRow{"sample_container",
+                   {"sample", "@o.mp4"},
+                   2,
+                   "@o.mp4: this container cannot carry KLV; use an output that ends in .ts"}),
+    [](auto const& row) { return row.param.name; });
+
+struct UsageRow {
+    char const* name;
+    Words words;
+    char const* firstLine;
+};
+
+class Usage : public Commands, public testing::WithParamInterface<UsageRow> {};
+
+TEST_P(Usage, IsExplainedWithExitCodeTwo)
+{
+    Result const result = call(GetParam().words);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.out, "");
+    ASSERT_FALSE(e2e::linesOf(result.err).empty());
+    EXPECT_EQ(e2e::linesOf(result.err).front(), GetParam().firstLine);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Usage,
+    testing::Values(
+        UsageRow{"nothing", {}, "A subcommand is required"},
+        UsageRow{"burn_without_config", {"burn", "@a.ts", "-o", "@o.ts"}, "--config is required"},
+        UsageRow{"burn_without_output", {"burn", "@a.ts", "-c", "@c.json"}, "--output is required"},
+        UsageRow{"frame_without_moment", {"frame", "@a.ts", "-c", "@c.json", "-o", "@o.png"}, "--at is required"},
+        UsageRow{"two_qualities",
+                 {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "4M", "--crf", "20"},
+                 "--bitrate excludes --crf"},
+        UsageRow{"unknown_option", {"keys", "@a.ts", "--fast"}, "The following argument was not expected: --fast"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST_F(Commands, HelpGoesToStandardOutput)
+{
+    Result const result = call({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    for (char const* const command : {"burn", "frame", "keys", "text", "schema", "check", "sample"}) {
+        EXPECT_NE(result.out.find(std::string("  ") + command + " "), std::string::npos) << command;
+        EXPECT_EQ(call({command, "--help"}).exitCode, 0) << command;
+    }
+}
+
+TEST_F(Commands, KeysPrintsOneLinePerPacket)
+{
+    Result const result = call({"keys", "@a.ts"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    std::vector<std::string> const lines = e2e::linesOf(result.out);
+    ASSERT_EQ(lines.size(), 20U);
+    EXPECT_EQ(lines[0],
+              R"({"packet": 0, "pts": 1.0, "checksum": "ok", "payload": {"camera_name": "EO", "heading_deg": 0.0, )"
+              R"("utc_timestamp_us": 1700000000000000, "yaw_deg": 0.0}})");
+    EXPECT_EQ(lines[19].rfind(R"({"packet": 19, "pts": 1.76, "checksum": "ok", "payload": {"camera_name": "EO", )", 0),
+              0U)
+        << lines[19];
+}
+
+TEST_F(Commands, KeysReadsATelemetryFileInstead)
+{
+    Result const result = call({"keys", "@a.ts", "--telemetry", "@t.jsonl"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out,
+              "{\"packet\": 0, \"pts\": 0.0, \"checksum\": \"absent\", \"payload\": {\"heading_deg\": 7.25}}\n"
+              "{\"packet\": 1, \"pts\": 0.2, \"checksum\": \"absent\", \"payload\": {\"heading_deg\": 8.75}}\n");
+}
+
+TEST_F(Commands, TextPrintsWhatWouldBeDrawn)
+{
+    Result const result = call({"text", "@a.ts", "-c", "@c.json"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    std::vector<std::string> const lines = e2e::linesOf(result.out);
+    ASSERT_EQ(lines.size(), 20U);
+    EXPECT_EQ(lines[0], R"({"frame": 0, "pts": 1.0, "draws": [{"text": "N 0", "x": 2, "y": 2, "size": 22}]})");
+    EXPECT_EQ(lines[12], R"({"frame": 12, "pts": 1.48, "draws": [{"text": "N 12", "x": 2, "y": 2, "size": 22}]})");
+}
+
+TEST_F(Commands, TelemetryFileMeetsFramesByTimeSinceTheFirstPicture)
+{
+    Result const result = call({"text", "@a.ts", "-c", "@c.json", "--telemetry", "@t.jsonl"});
+    EXPECT_EQ(result.exitCode, 0);
+    std::vector<std::string> const lines = e2e::linesOf(result.out);
+    ASSERT_EQ(lines.size(), 20U);
+    for (std::size_t number = 0; number < lines.size(); ++number) {
+        EXPECT_NE(lines[number].find(number < 5 ? "\"N 7.2\"" : "\"N 8.8\""), std::string::npos) << lines[number];
+    }
+}
+
+TEST_F(Commands, SchemaListsTheKeysOfTheInput)
+{
+    Result const plain = call({"schema"});
+    EXPECT_EQ(plain.exitCode, 0);
+    EXPECT_EQ(plain.err, "");
+    EXPECT_NE(plain.out.find("\"default\": []"), std::string::npos);
+    EXPECT_EQ(plain.out.size(), 368U + 2U + 5549U + 1U) << "fixed text, an empty list, a line feed";
+    Result const listed = call({"schema", "@a.ts"});
+    EXPECT_EQ(listed.exitCode, 0);
+    EXPECT_NE(listed.out.find(R"("default": ["camera_name","heading_deg","utc_timestamp_us","yaw_deg"])"),
+              std::string::npos);
+    SwJsonObject const schema = e2e::parseLine(listed.out);
+    EXPECT_EQ(schema["title"].toString(), "StanagOverlayPlugin configuration");
+}
+
+TEST_F(Commands, CheckTellsWhatWouldBeChanged)
+{
+    Result const clean = call({"check", "@c.json", "@a.ts"});
+    EXPECT_EQ(clean.exitCode, 0);
+    EXPECT_EQ(clean.out, named("@c.json: everything is taken as it stands\n"));
+    e2e::writeFile(file("odd.json"), R"({"overlay":[{"formatString":"%heading","textsize":5,"bgAlpha":3}]})");
+    Result const odd = call({"check", "@odd.json", "@a.ts"});
+    EXPECT_EQ(odd.exitCode, 0);
+    EXPECT_EQ(odd.err, "");
+    EXPECT_EQ(odd.out, named("@odd.json: overlay[0].bgAlpha: 3 becomes 1 (allowed: 0 to 1)\n"
+                             "@odd.json: overlay[0].textsize: unknown key, ignored; did you mean \"textSize\"?\n"
+                             "@odd.json: overlay[0].formatString: the input never delivers \"heading\"; did you mean "
+                             "\"heading_deg\"?\n"));
+}
+
+TEST_F(Commands, FrameWritesOnePicture)
+{
+    Result const result = call({"frame", "@a.ts", "-c", "@c.json", "--at", "0.5", "-o", "@f.png"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(e2e::readFile(file("f.png")).substr(1, 3), "PNG");
+    Result const other = call({"frame", "@a.ts", "-c", "@c.json", "--at", "0.519", "-o", "@g.png"});
+    EXPECT_EQ(other.exitCode, 0);
+    EXPECT_EQ(e2e::readFile(file("g.png")), e2e::readFile(file("f.png"))) << "shown until the next one at 0.52 s";
+    Result const next = call({"frame", "@a.ts", "-c", "@c.json", "--at", "0.52", "-o", "@g.png"});
+    EXPECT_EQ(next.exitCode, 0);
+    EXPECT_NE(e2e::readFile(file("g.png")), e2e::readFile(file("f.png")));
+}
+
+struct ContainerRow {
+    char const* output;
+    int klv;
+    char const* remark;
+};
+
+class Containers : public Commands, public testing::WithParamInterface<ContainerRow> {};
+
+TEST_P(Containers, CarryPicturesSoundAndTelemetryWhereTheyCan)
+{
+    ContainerRow const& row = GetParam();
+    Result const result = call({"burn", "@a.ts", "-c", "@c.json", "-o", std::string("@") + row.output});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, named(row.remark));
+    e2e::StreamCounts const before = e2e::packetsOf(file("a.ts"));
+    e2e::StreamCounts const after = e2e::packetsOf(file(row.output));
+    EXPECT_EQ(after.video, 20);
+    EXPECT_EQ(after.klv, row.klv);
+    EXPECT_EQ(after.sound, before.sound);
+    EXPECT_GT(after.sound, 20);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Containers,
+    testing::Values(
+        ContainerRow{"k.ts", 20, ""},
+        ContainerRow{
+            "k.mp4", 0,
+            "stanag-overlay: @k.mp4: mp4 cannot carry KLV; the telemetry stream is left out (.ts carries it)\n"},
+        ContainerRow{
+            "k.mkv", 0,
+            "stanag-overlay: @k.mkv: matroska cannot carry KLV; the telemetry stream is left out (.ts carries it)\n"}),
+    [](auto const& row) { return std::string(row.param.output).substr(2); });
+
+TEST_F(Commands, BurnCopiesTelemetryByteForByteWithItsTimes)
+{
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@copy.ts", "--video-codec", "mpeg2video"}).exitCode, 0);
+    EXPECT_EQ(call({"keys", "@copy.ts"}).out, call({"keys", "@a.ts"}).out);
+    EXPECT_EQ(call({"text", "@copy.ts", "-c", "@c.json"}).out, call({"text", "@a.ts", "-c", "@c.json"}).out);
+}
+
+TEST_F(Commands, BurnReplacesAnOlderFileAndLeavesNothingElse)
+{
+    std::filesystem::create_directory(file("sub"));
+    e2e::writeFile(file("sub/o.ts"), "old");
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@sub/o.ts"}).exitCode, 0);
+    EXPECT_EQ(e2e::packetsOf(file("sub/o.ts")).video, 20);
+    std::filesystem::directory_iterator const entries(file("sub"));
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+}
+
+TEST_F(Commands, BurnReadsStandardInputAndWritesStandardOutput)
+{
+    Result const result = run(inFolder({"burn", "-", "-c", "@c.json", "-o", "-"}), {file("a.ts"), file("piped.ts")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(e2e::packetsOf(file("piped.ts")).video, 20);
+    EXPECT_EQ(e2e::packetsOf(file("piped.ts")).klv, 20);
+}
+
+TEST_F(Commands, BurnSaysWhenThereIsNoTelemetry)
+{
+    Result const result =
+        call({"burn", "@plain.mkv", "-c", "@c.json", "-o", "@plain_out.mkv", "--video-codec", "ffv1"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, named("stanag-overlay: @plain.mkv: no usable telemetry was found: there is no KLV stream\n"));
+    EXPECT_EQ(e2e::packetsOf(file("plain_out.mkv")).video, 10);
+}
+
+TEST_F(Commands, BurnStoresOddPicturesInEvenOnesWhereTheEncoderNeedsIt)
+{
+    Result const result = call(
+        {"burn", "@odd.mkv", "-c", "@c.json", "-o", "@odd.mp4", "--telemetry", "@t.jsonl", "--video-codec", "libx264"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, named("stanag-overlay: @odd.mp4: pictures of 35x19 are stored as 36x20, as the encoder takes "
+                                "even sizes only\n"));
+    auto const pictures = e2e::picturesOf(file("odd.mp4"));
+    ASSERT_EQ(pictures.size(), 5U);
+    EXPECT_EQ(pictures.front()->width(), 36U);
+    EXPECT_EQ(pictures.front()->height(), 20U);
+}
+
+TEST_F(Commands, BurnTakesAQuality)
+{
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@fine.mkv", "--crf", "1"}).exitCode, 0);
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@coarse.mkv", "--crf", "45"}).exitCode, 0);
+    EXPECT_GT(std::filesystem::file_size(file("fine.mkv")), std::filesystem::file_size(file("coarse.mkv")));
+    EXPECT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@rate.mkv", "--bitrate", "500k"}).exitCode, 0);
+}
+
+TEST_F(Commands, SampleIsTheSameEveryTimeAndGoesThroughEveryCommand)
+{
+    Words const sample = {"sample", "@s.ts", "--seconds", "0.4", "--size", "160x90", "--fps", "10"};
+    ASSERT_EQ(call(sample).exitCode, 0);
+    std::string const first = e2e::readFile(file("s.ts"));
+    ASSERT_EQ(call(sample).exitCode, 0);
+    EXPECT_EQ(e2e::readFile(file("s.ts")), first);
+    Result const keys = call({"keys", "@s.ts"});
+    EXPECT_EQ(keys.err, "");
+    EXPECT_EQ(e2e::linesOf(keys.out).size(), 4U);
+    EXPECT_EQ(e2e::packetsOf(file("s.ts")).video, 4);
+    for (char const* const size : {"1x1", "3x2", "17x9"}) {
+        SCOPED_TRACE(size);
+        EXPECT_EQ(call({"sample", "@tiny.ts", "--seconds", "0.2", "--size", size, "--fps", "10"}).exitCode, 0);
+        EXPECT_EQ(call({"burn", "@tiny.ts", "-c", "@c.json", "-o", "@tiny.mkv", "--video-codec", "ffv1"}).exitCode, 0);
+        EXPECT_EQ(e2e::packetsOf(file("tiny.mkv")).video, 2);
+    }
+}
+
+}  // namespace
