@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Runs the benchmark of the painter and writes its tables, plot and pictures into benchmarks/.
+#   benchmarks/run_painter.sh BUILD_DIR [SECONDS]      SECONDS for each painter and scene (3)
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${1:?"usage: benchmarks/run_painter.sh BUILD_DIR [SECONDS]"}
+seconds=${2:-3}
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+load=$(cut -d' ' -f1 /proc/loadavg)
+"$build/bin/painter_benchmark" "$work" "$seconds"
+
+{
+    echo "Machine: $(LC_ALL=C lscpu | sed -n 's/^Model name: *//p'), $(nproc) processors, load $load before the run,"
+    echo "$(. /etc/os-release && echo "$PRETTY_NAME"), $(c++ --version | head -n 1)."
+    echo "Command: \`benchmarks/run_painter.sh BUILD_DIR $seconds\`. Processor time of one thread."
+    echo
+    cat "$work/painter.md"
+} >"$work/section"
+cp "$work"/painter.svg "$work"/{ours,drawtext,libass,textoverlay}.png "$root/benchmarks/pictures/"
+
+# Only what stands between the markers is replaced.
+awk -v section="$work/section" '
+    /^<!-- painter:begin/ { print; while ((getline line < section) > 0) print line; inside = 1; next }
+    /^<!-- painter:end/   { inside = 0 }
+    !inside               { print }' "$root/benchmarks/README.md" >"$work/readme"
+cat "$work/readme" >"$root/benchmarks/README.md"
