@@ -55,11 +55,11 @@ void blendBitmap(MappedNV12 const& planes, ASS_Image const& image)
     std::vector<std::uint8_t> rows(2 * bytes);
     for (int row = image.dst_y / 2; row <= (image.dst_y + image.h - 1) / 2; ++row) {
         std::fill(rows.begin(), rows.end(), std::uint8_t{0});
-        for (int part = 0; part < 2; ++part) {
-            int const y = 2 * row + part - image.dst_y;
+        for (int half = 0; half < 2; ++half) {
+            int const y = 2 * row + half - image.dst_y;
             if (y >= 0 && y < image.h) {
                 std::copy_n(image.bitmap + std::ptrdiff_t{y} * image.stride, image.w,
-                            rows.data() + static_cast<std::size_t>(part) * bytes + image.dst_x % 2);
+                            rows.data() + static_cast<std::size_t>(half) * bytes + image.dst_x % 2);
             }
         }
         auto* const chroma = planes.uv + std::ptrdiff_t{row} * planes.uvStride + std::ptrdiff_t{2} * firstPair;

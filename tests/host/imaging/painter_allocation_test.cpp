@@ -117,7 +117,7 @@ TEST_F(Frames, ConstantTextAllocatesNothing)
 TEST_F(Frames, ChangingNumbersAllocateNothing)
 {
     std::string text = "Lat 000000.0\u00B0  Lon 000000.0\u00B0\nAlt 000000 m  t 000000";
-    auto const count = [&](int value) {
+    auto const count = [&](unsigned value) {
         for (auto& c : text) {
             if (c >= '0' && c <= '9') {
                 value = value * 31 + 7;
@@ -125,11 +125,11 @@ TEST_F(Frames, ChangingNumbersAllocateNothing)
             }
         }
     };
-    for (int i = 0; i < 100; ++i) {
+    for (unsigned i = 0; i < 100; ++i) {
         count(i);
         frame(text);
     }
-    for (int i = 1000; i < 1100; ++i) {
+    for (unsigned i = 1000; i < 1100; ++i) {
         count(i);
         EXPECT_EQ(frame(text), 0) << i << ": " << text;
     }
