@@ -1,0 +1,96 @@
+// Any bytes as a transport stream: through demuxer, frame reader and telemetry decoder, as the program
+// takes a clip. Beyond not crashing: pictures are numbered without gaps, every side unit has its place in
+// time, and no packet is used that was not counted.
+#include "demuxer.h"
+#include "ffmpeg_types.h"
+#include "frame_reader.h"
+#include "telemetry.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <span>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+/// Decoding many pictures tests the codec libraries, not this project.
+constexpr std::uint64_t kMaxPictures = 16;
+
+void require(bool held)
+{
+    if (!held) {
+        std::abort();
+    }
+}
+
+class SideUnits {
+public:
+    void take(std::vector<media::SideUnit> const& units)
+    {
+        for (media::SideUnit const& unit : units) {
+            require(unit.packet != nullptr && unit.kind != media::StreamKind::Video);
+            require(std::isfinite(unit.seconds));
+            if (unit.kind == media::StreamKind::Klv && unit.packet->data != nullptr) {
+                std::span const bytes(unit.packet->data, static_cast<std::size_t>(unit.packet->size));
+                used_ += decoders_[unit.stream].decode(bytes, unit.seconds).size();
+            }
+        }
+    }
+    void check() const
+    {
+        std::uint64_t counted = 0;
+        for (auto const& [stream, decoder] : decoders_) {
+            counted += decoder.counts().packets;
+            require(decoder.counts().badChecksums <= decoder.counts().packets);
+        }
+        require(used_ == counted);
+    }
+
+private:
+    std::map<int, telemetry::KlvDecoder> decoders_;
+    std::uint64_t used_ = 0;
+};
+
+void readClip(std::uint8_t const* data, std::size_t size)
+{
+    std::size_t place = 0;
+    media::Demuxer demuxer("clip", [&](std::uint8_t* to, std::size_t room) {
+        std::size_t const count = std::min(room, size - place);
+        std::memcpy(to, data + place, count);
+        place += count;
+        return count;
+    });
+    media::FrameReader reader(demuxer);
+    SideUnits side;
+    std::uint64_t number = 0;
+    while (auto const picture = reader.next()) {
+        require(picture->number == number++);
+        require(picture->frame->width > 0 && picture->frame->height > 0);
+        side.take(reader.takeSideUnits());
+        if (number == kMaxPictures) {
+            break;
+        }
+    }
+    side.take(reader.takeSideUnits());
+    side.check();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    static bool const quiet = (media::quietLibraries(), true);
+    require(quiet);
+    try {
+        readClip(data, size);
+    } catch (std::runtime_error const&) {
+        // What is no clip is refused.
+    }
+    return 0;
+}
