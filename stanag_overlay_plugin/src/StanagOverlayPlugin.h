@@ -30,7 +30,8 @@ public:
     bool init(RenderInit const& init) override;
     /// The JSON Schema of the configuration; "availableKeys" lists the keys of the last telemetry found.
     std::string getConfigList() override;
-    /// Replaces the blocks and forgets everything that was held for the old ones.
+    /// Replaces the blocks and forgets everything that was held for the old ones, also when the text is the
+    /// same. A text that cannot be read leaves no blocks; see OverlayConfigParser.
     void setConfig(std::string config) override;
     /// Draws the blocks on the frame's writable copy. A frame without telemetry, picture, render target or
     /// mapping is left as it is. Throws std::runtime_error "LazyDetachedPicture has no readable picture"

@@ -81,7 +81,8 @@ public:
     /// One record per object in the root's "overlay" array, in order. Unreadable text, trailing text, a
     /// root that is no object, and a missing or odd "overlay" give an empty list; a member of the wrong
     /// kind is ignored or read as a neutral value; numbers are clamped; unknown keys are ignored.
-    /// Throws nothing for bad content. {"overlay":[1,"a",{}]} gives one record of defaults.
+    /// Throws nothing for bad content; on standard error stand at most the JSON reader's lines about texts of
+    /// digits that are no number. {"overlay":[1,"a",{}]} gives one record of defaults.
     std::vector<OverlayCfg> parse(std::string const& text) const;
 };
 
@@ -90,7 +91,9 @@ class ConfigSchemaBuilder {
 public:
     /// The schema with `keys` in the given order as the default of "availableKeys". Fixed text but for
     /// that list; its defaults and bounds describe the form, not the parser, and differ from it in
-    /// places (tests/plugin/config_schema_test.cpp lists them).
+    /// places (tests/plugin/config_schema_test.cpp lists them). A key with a control byte other than \b \f
+    /// \n \r \t keeps it raw, and the text is then no valid JSON. The list of the keys a"b and c is
+    /// ["a\"b","c"].
     std::string build(std::vector<std::string> const& keys) const;
 };
 
