@@ -17,19 +17,19 @@ SwAny::SwAny(SwAny&& other) noexcept
 
 SwAny& SwAny::operator=(SwAny const& other)
 {
-    copyFrom(other);
+    if (this != &other) {
+        copyFrom(other);
+    }
     return *this;
 }
 
 SwAny& SwAny::operator=(SwAny&& other) noexcept
 {
-    if (this != &other) {
-        clear();
-        ops_ = std::exchange(other.ops_, nullptr);
-        data_ = std::exchange(other.data_, nullptr);
-        typeName_ = std::move(other.typeName_);
-        other.typeName_.clear();
-    }
+    // Taken out first: `other` may stand inside the value that is given up here, or be this one.
+    SwAny taken(std::move(other));
+    std::swap(ops_, taken.ops_);
+    std::swap(data_, taken.data_);
+    typeName_.swap(taken.typeName_);
     return *this;
 }
 
@@ -49,13 +49,15 @@ void SwAny::copyFrom(SwAny const& other)
     if (this == &other) {
         return;
     }
+    // Copied before the old value goes: `other` may stand inside it.
+    TypeOps const* const ops = other.ops_;
     std::string typeName = other.typeName_;
     void* data = nullptr;
     if (other.data_ != nullptr) {
-        other.ops_->copy(data, other.data_);
+        ops->copy(data, other.data_);
     }
     clear();
-    ops_ = other.ops_;
+    ops_ = ops;
     data_ = data;
     typeName_ = std::move(typeName);
 }

@@ -115,6 +115,8 @@ public:
     /// This value as `targetTypeName`: a copy when that is the stored type, else what the registered
     /// conversion gives. Without one, writes "No conversion rule registered from A to B" to standard
     /// error and gives an empty value.
+    /// A name without a value has nothing to convert: throws "Null storage in SwAny::get" like get. What
+    /// SwString gives as char const* points into this value.
     SwAny convert(std::string const& targetTypeName) const;
     template <typename T>
     SwAny convert() const

@@ -1,6 +1,7 @@
 // String encryption over OpenSSL's EVP interface. What it is: AES in ECB mode under the unsalted
 // SHA-256 of a pass phrase, without authentication. What it is not: protection against anybody who
-// can compare or change cipher texts. See docs for what that means for stored configurations.
+// can compare or change cipher texts: equal texts under one phrase have equal cipher texts, and nobody
+// notices blocks that were swapped, repeated or left out.
 #pragma once
 
 #include <string>

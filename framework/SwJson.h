@@ -1,6 +1,6 @@
 // The framework's JSON: value tree, reader and writer.
 //
-// Differences from RFC 8259, all on purpose (tests/framework/json_reader_test.cpp pins each):
+// Differences from RFC 8259, all on purpose (tests/framework/json_reader*_test.cpp pin each):
 //   - a trailing comma is accepted in objects and arrays: {"a":1,} and [1,2,]
 //   - vertical tab and form feed count as white space
 //   - a repeated member name replaces the earlier value
@@ -59,7 +59,9 @@ public:
 
     /// Appends the text of `value` to `out`: compact, or indented by two spaces a level. Whole doubles
     /// are written as integers (saturating), others fixed with six digits. With a key, scalars become
-    /// bare cipher text and strings quoted cipher text; null stays in clear.
+    /// bare cipher text and strings quoted cipher text; null stays in clear;
+    /// what cannot be encrypted is left out, a line on standard error names the reason. A level below 0
+    /// counts as 0.
     static void generateJson(SwJsonValue const& value, SwString& out, bool pretty, int level, SwString const& key);
 
     /// The root's text; see generateJson.

@@ -16,7 +16,7 @@ constexpr std::size_t kFirstLevels = 16;
 
 /// From this size on a text is read into chunks of its own. Smaller ones take single blocks, so that what
 /// outlives a frame does not hold on to a chunk.
-constexpr std::size_t kLargeText = 16U * 1024U;
+constexpr std::size_t kLargeText = std::size_t{16} * 1024;
 
 }  // namespace
 

@@ -18,7 +18,7 @@ struct alignas(64) JsonChunk {
 
 namespace {
 
-constexpr std::size_t kChunkBytes = 64U * 1024U;
+constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
 constexpr std::size_t kLargestBlock = kChunkBytes / 4;
 constexpr std::size_t kHeldByArena = std::size_t{1} << 62U;
 /// At most 8 MB wait for the next document.

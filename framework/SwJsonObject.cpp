@@ -117,7 +117,7 @@ SwJsonValue const& SwJsonObject::operator[](std::string_view key) const
 SwJsonValue& SwJsonObject::operator[](std::string_view key)
 {
     Place const place = locate_(key);
-    Node* const node = place.match != nullptr ? place.match : insert_(place, key);
+    Node* const node = place.match != nullptr ? place.match : insert_(place, std::string(key));
     return node->member.second;
 }
 
@@ -238,13 +238,12 @@ SwJsonObject::Place SwJsonObject::locate_(std::string_view key) const noexcept
     return place;
 }
 
-template <typename Key>
-SwJsonObject::Node* SwJsonObject::insert_(Place const& place, Key&& key)
+SwJsonObject::Node* SwJsonObject::insert_(Place const& place, std::string key)
 {
     void* const memory = takeMemory_();
     Node* node = nullptr;
     try {
-        node = new (memory) Node(std::forward<Key>(key));
+        node = new (memory) Node(std::move(key));
         if (isIndexed_()) {
             indexNode_(place, {place.prefix, node});
         } else if (size_ == kUnindexed) {

@@ -37,9 +37,12 @@ public:
 
 private:
     struct Node {
-        template <typename Key>
-        explicit Node(Key&& key)
-            : member(std::piecewise_construct, std::forward_as_tuple(std::forward<Key>(key)), std::tuple<>())
+        explicit Node(std::string_view key)
+            : member(std::piecewise_construct, std::forward_as_tuple(key), std::tuple<>())
+        {
+        }
+        explicit Node(std::string&& key)
+            : member(std::piecewise_construct, std::forward_as_tuple(std::move(key)), std::tuple<>())
         {
         }
         Node* next = nullptr;
@@ -155,8 +158,7 @@ private:
     void indexAll_() noexcept;
     void reserveIndex_(std::size_t members);
     Place splitLeaf_(Place place);
-    template <typename Key>
-    Node* insert_(Place const& place, Key&& key);
+    Node* insert_(Place const& place, std::string key);
     Node* appendNode_(std::string_view key);
     void* takeMemory_();
     void addSlab_(std::size_t nodes, sw_detail::JsonArena* arena = nullptr);
