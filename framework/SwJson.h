@@ -59,9 +59,8 @@ public:
 
     /// Appends the text of `value` to `out`: compact, or indented by two spaces a level. Whole doubles
     /// are written as integers (saturating), others fixed with six digits. With a key, scalars become
-    /// bare cipher text and strings quoted cipher text; null stays in clear;
-    /// what cannot be encrypted is left out, a line on standard error names the reason. A level below 0
-    /// counts as 0.
+    /// bare cipher text and strings quoted cipher text; null stays in clear. What
+    /// cannot be encrypted is left out, with a line on standard error. A level below 0 counts as 0.
     static void generateJson(SwJsonValue const& value, SwString& out, bool pretty, int level, SwString const& key);
 
     /// The root's text; see generateJson.

@@ -26,6 +26,7 @@ extern "C" __attribute__((visibility("default"))) void makeText(SwAny* result)
 extern "C" __attribute__((visibility("default"))) int roundTripOwnType(int number)
 {
     SwAny const any{ModuleValue{number}};
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy runs the operations of this module
     SwAny const copy = any;
     return SwAny::fromRawPointer(any.typeName(), copy.data()).get<ModuleValue>().number;
 }

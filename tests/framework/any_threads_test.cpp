@@ -15,6 +15,7 @@ TEST(SwAnyThreads, TheRegistryIsFilledOnceByEightThreadsAtOnce)
     std::atomic<int> right{0};
     std::string const lines = framework_test::standardErrorOf([&] {
         std::vector<std::thread> threads;
+        threads.reserve(kThreads);
         for (int i = 0; i < kThreads; ++i) {
             threads.emplace_back([&, i] {
                 ++ready;

@@ -2,6 +2,7 @@
 // their place for the framework, and lets the real ones through but for the one that a test breaks.
 #include "SwCrypto.h"
 
+#include "SwJson.h"
 #include "SwString.h"
 #include "test_support.h"
 
@@ -154,4 +155,32 @@ TEST(SwCryptoFailure, EveryFailureOfTheLibraryHasItsMessage)
         broken().clear();
     }
     EXPECT_EQ(SwCrypto::decryptText(cipherText, "key"), "text");
+}
+
+TEST(SwCryptoFailure, AFailingWriterLeavesScalarsOutAndStringsEmpty)
+{
+    SwJsonValue const value =
+        SwJsonObject{{"b", true}, {"d", 2.5}, {"i", 1}, {"n", nullptr}, {"o", SwJsonObject()}, {"s", "text"}};
+    std::string const line = "Encryption error: EVP sha algo unavailable.\n";
+    SwString text;
+    broken() = "EVP_sha256";
+    std::string const lines = standardErrorOf([&] { SwJsonDocument::generateJson(value, text, false, 0, "key"); });
+    broken().clear();
+    EXPECT_EQ(text.toStdString(), "{\"b\": ,\"d\": ,\"i\": ,\"n\": null,\"o\": {},\"s\": \"\"}");
+    EXPECT_EQ(lines, line + line + line + line);
+}
+
+TEST(SwCryptoFailure, AFailingReaderGivesEmptyStrings)
+{
+    std::string const cipherText = SwCrypto::encryptText("7", "key");
+    std::string const line = "Decryption error: EVP sha algo unavailable.\n";
+    SwString error;
+    SwJsonDocument document;
+    broken() = "EVP_sha256";
+    std::string const lines = standardErrorOf(
+        [&] { document = SwJsonDocument::fromJson("[" + cipherText + ",\"" + cipherText + "\"]", "key", error); });
+    broken().clear();
+    EXPECT_EQ(error.toStdString(), "");
+    EXPECT_TRUE(document.array() == (SwJsonArray{"", ""}));
+    EXPECT_EQ(lines, line + line);
 }

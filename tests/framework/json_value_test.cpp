@@ -38,6 +38,7 @@ SwJsonValue deepTree()
 std::vector<std::string> keysInOrder(SwJsonObject const& object)
 {
     std::vector<std::string> keys;
+    keys.reserve(object.size());
     for (auto const& [key, value] : object) {
         keys.push_back(key);
     }
@@ -71,7 +72,7 @@ TEST(SwJsonValue, EachKindFillsItsFieldOnly)
         std::int64_t integer;
         double real;
         std::string text;
-        bool container;
+        bool container;  // NOLINT(clang-analyzer-optin.performance.Padding): in the order of the columns
     };
     Row const rows[] = {
         {"default", SwJsonValue(), SwJsonValue::Null, false, 0, 0.0, "", false},
@@ -181,6 +182,7 @@ TEST(SwJsonValue, ACopyIsDeep)
 TEST(SwJsonValue, ANullContainerIsCopiedAsNull)
 {
     SwJsonValue const source{std::shared_ptr<SwJsonObject>()};
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is tested
     SwJsonValue const copy = source;
     EXPECT_TRUE(copy.isObject());
     EXPECT_FALSE(copy.hasContainer());
@@ -230,6 +232,7 @@ TEST(SwJsonValue, ValuesOverOneContainerShareItUntilACopy)
     auto const shared = std::make_shared<SwJsonObject>();
     SwJsonValue const one(shared);
     SwJsonValue const two(shared);
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is tested
     SwJsonValue const copy = one;
     (*shared)["a"] = 1;
     EXPECT_EQ(one.toObject().size(), 1U);
@@ -405,6 +408,7 @@ TEST(SwJsonObject, KeysOfAllLengthsAndBytesAreOrderedLikeStrings)
             model[key] = true;
         }
         std::vector<std::string> expected;
+        expected.reserve(model.size());
         for (auto const& [key, value] : model) {
             expected.push_back(key);
         }
@@ -416,6 +420,7 @@ TEST(SwJsonObject, KeysOfAllLengthsAndBytesAreOrderedLikeStrings)
 TEST(SwJsonObject, AHundredThousandKeysInRandomOrder)
 {
     std::vector<std::string> keys;
+    keys.reserve(100000);
     for (int i = 0; i < 100000; ++i) {
         keys.push_back("key" + std::to_string(i));
     }
@@ -446,6 +451,7 @@ TEST(SwJsonArray, KeepsTheOrderOfInsertion)
     EXPECT_EQ(array[2].toArray()[0].toInt(), 2);
     array[1] = 5;
     std::vector<std::string> texts;
+    texts.reserve(array.size());
     for (SwJsonValue const& item : array) {
         texts.push_back(item.toString());
     }
@@ -466,7 +472,9 @@ TEST(SwJsonValue, AMillionLevelsAreHandledOnASmallStack)
         EXPECT_TRUE(copy == tree);
         SwJsonValue assigned(1);
         assigned = copy;
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is tested
         SwJsonArray const array = tree.toArray();
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is tested
         SwJsonObject const object = tree.toObject();
         EXPECT_TRUE(array == tree.toArray());
         EXPECT_TRUE(object == tree.toObject());

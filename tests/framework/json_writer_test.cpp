@@ -134,7 +134,12 @@ TEST(SwJsonWriter, FractionsFollowTheGlobalLocaleAndNothingElseDoes)
     framework_test::CommaLocale const comma;
     EXPECT_EQ(written(1234567.25), "1.234.567,250000");
     EXPECT_EQ(written(2.5), "2,500000");
+    EXPECT_EQ(written(-1e-9), "-0,000000");
     EXPECT_EQ(written(1234567.0), "1234567");
+    EXPECT_EQ(written(-0.0), "0");
+    EXPECT_EQ(written(1e300), "9223372036854775807");
+    EXPECT_EQ(written(std::numeric_limits<double>::infinity()), "9223372036854775807");
+    EXPECT_EQ(written(std::numeric_limits<double>::quiet_NaN()), "nan");
     EXPECT_EQ(written(1234567), "1234567");
     EXPECT_EQ(written(SwJsonArray{0.5, 1000}), "[0,500000,1000]");
 }
@@ -223,6 +228,8 @@ TEST(SwJsonWriter, IndentedFormStepsByTwoSpaces)
                                                                                  "  ]\n"
                                                                                  "]");
     EXPECT_EQ(written(value, false, 5), "{\"a\": [1,true],\"b\": {}}");
+    EXPECT_EQ(written(value, true, -3), written(value, true, 0));
+    EXPECT_EQ(written(7, true, 3), "7");
 }
 
 TEST(SwJsonWriter, EmptyAndMissingContainersHaveNoInnerLine)

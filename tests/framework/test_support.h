@@ -41,7 +41,7 @@ private:
 /// Runs `action` on a thread whose stack has 256 kB.
 inline void runOnSmallStack(std::function<void()> action)
 {
-    constexpr std::size_t kStackBytes = 256U * 1024U;
+    constexpr std::size_t kStackBytes = std::size_t{256} * 1024;
     pthread_attr_t attributes;
     ASSERT_EQ(pthread_attr_init(&attributes), 0);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStackBytes), 0);

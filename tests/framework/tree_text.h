@@ -4,8 +4,11 @@
 
 #include "SwJson.h"
 
+#include <gtest/gtest.h>
+
 #include <charconv>
 #include <string>
+#include <vector>
 
 namespace framework_test {
 
@@ -47,6 +50,20 @@ inline std::string readText(std::string const& text, std::string const& key = ""
         return (document.isNull() ? "error: " : "error with a tree: ") + error.toStdString();
     }
     return treeText(document.root());
+}
+
+/// A text to read and the tree that comes of it, or its error.
+struct ReadRow {
+    std::string input;
+    std::string expected;
+};
+
+inline void expectRows(std::vector<ReadRow> const& rows, std::string const& key = "")
+{
+    for (ReadRow const& row : rows) {
+        SCOPED_TRACE(row.input);
+        EXPECT_EQ(readText(row.input, key), row.expected);
+    }
 }
 
 }  // namespace framework_test
