@@ -239,11 +239,9 @@ int main(int argc, char** argv)
 {
     char const* const names[] = {"payload", "configuration"};
     for (int which = 0; which < 2; ++which) {
-        std::string const name = names[which];
-        auto const add = [&](std::string const& what, void (*run)(benchmark::State&, int)) {
-            benchmark::RegisterBenchmark((what + "/" + name).c_str(), run, which)
-                ->Repetitions(9)
-                ->ReportAggregatesOnly();
+        auto const add = [&](std::string name, void (*run)(benchmark::State&, int)) {
+            name.append("/").append(names[which]);
+            benchmark::RegisterBenchmark(name.c_str(), run, which)->Repetitions(9)->ReportAggregatesOnly();
         };
         add("read/framework", readFramework);
         add("read/nlohmann", readNlohmann);
