@@ -227,6 +227,37 @@ TEST(SwJsonValue, AValueTakesOneOfItsOwnChildren)
     EXPECT_TRUE(copied == moved);
 }
 
+TEST(SwJsonValue, SelfAssignmentChangesNothing)
+{
+    SwJsonValue value(SwJsonArray{1, "a text beyond the short form"});
+    SwJsonValue const expected = value;
+    SwJsonValue& self = value;
+    value = std::move(self);
+    EXPECT_TRUE(value == expected);
+    SwJsonObject object{{"a", 1}};
+    SwJsonObject& sameObject = object;
+    object = sameObject;
+    object = std::move(sameObject);
+    EXPECT_TRUE(object == (SwJsonObject{{"a", 1}}));
+    SwJsonArray array{1, 2};
+    SwJsonArray& sameArray = array;
+    array = sameArray;
+    array = std::move(sameArray);
+    EXPECT_TRUE(array == (SwJsonArray{1, 2}));
+}
+
+TEST(SwJsonDocument, GivesItsRootAway)
+{
+    SwJsonDocument document(SwJsonObject{{"a", 1}});
+    EXPECT_TRUE(document.isObject());
+    EXPECT_FALSE(document.isArray());
+    EXPECT_EQ(document.object()["a"].toInt(), 1);
+    EXPECT_TRUE(document.array().empty());
+    EXPECT_TRUE(document.takeRoot() == SwJsonValue(SwJsonObject{{"a", 1}}));
+    EXPECT_TRUE(document.isNull());
+    EXPECT_TRUE(document.root().isNull());
+}
+
 TEST(SwJsonValue, ValuesOverOneContainerShareItUntilACopy)
 {
     auto const shared = std::make_shared<SwJsonObject>();
