@@ -156,7 +156,7 @@ void trimZeros(std::string& out, std::size_t point)
 }
 
 // The number with `decimals` digits after the point. -0.04 with one digit gives "-0.0", trimmed "-0".
-void appendNumber(std::string& out, SwJsonValue const& value, int decimals, bool trimTrailingZeros)
+void formatNumber(std::string& out, SwJsonValue const& value, int decimals, bool trimTrailingZeros)
 {
     long double number = 0.0L;
     if (!tryParseNumber(value, number)) {
@@ -184,7 +184,7 @@ void appendNumber(std::string& out, SwJsonValue const& value, int decimals, bool
 void appendValue(std::string& out, SwJsonValue const& value, int decimals, bool trimTrailingZeros)
 {
     if (decimals >= 0) {
-        appendNumber(out, value, decimals, trimTrailingZeros);
+        formatNumber(out, value, decimals, trimTrailingZeros);
     } else {
         appendPlainText(out, value);
     }
@@ -377,6 +377,15 @@ void remember(TimedText& entry, std::string_view text, std::uint64_t nowNs)
     entry.timeNs = nowNs;
 }
 
+// Held is what is shown, not what came.
+void rememberHeldValue(FormatSpec const& spec, std::string const& key, std::string_view shown, OverlayRuntime& runtime,
+                       std::uint64_t nowNs)
+{
+    if (spec.holdLastNs != 0) {
+        remember(runtime.heldValues[key], shown, nowNs);
+    }
+}
+
 SwJsonObject::value_type const* memberOf(SwJsonObject const* root, std::string_view key)
 {
     if (root == nullptr) {
@@ -433,10 +442,7 @@ void appendFormatted(std::string& out, SwJsonObject const* root, std::string_vie
             remember(runtime.refreshValues[key], std::string_view(out).substr(start), nowNs);
         }
     }
-    // Held is what is shown, not what came.
-    if (spec->holdLastNs != 0) {
-        remember(runtime.heldValues[key], std::string_view(out).substr(start), nowNs);
-    }
+    rememberHeldValue(*spec, key, std::string_view(out).substr(start), runtime, nowNs);
 }
 
 // ---- templates ----
