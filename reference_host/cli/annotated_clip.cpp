@@ -2,6 +2,7 @@
 #include "annotated_clip.h"
 
 #include "imaging_access.h"
+#include "interrupt.h"
 
 #include <array>
 #include <cstdio>
@@ -168,6 +169,13 @@ std::vector<std::string> AnnotatedClip::remarks() const
         remarks.push_back(demuxer_.name() + ": " + sizeChange_);
     }
     return remarks;
+}
+
+std::runtime_error noPictures(std::string const& input)
+{
+    return std::runtime_error(input + (media::interrupted()
+                                           ? ": interrupted before the first picture; start again"
+                                           : ": holds no picture that can be decoded; give a clip with video"));
 }
 
 }  // namespace cli

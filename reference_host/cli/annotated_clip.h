@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -88,5 +89,8 @@ private:
     std::uint64_t frames_ = 0;
     std::string sizeChange_;
 };
+
+/// The failure of a clip from which no picture came.
+std::runtime_error noPictures(std::string const& input);
 
 }  // namespace cli

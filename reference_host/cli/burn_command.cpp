@@ -70,7 +70,7 @@ public:
     void finish(bool whole)
     {
         if (!begun_) {
-            throw std::runtime_error(options_.input + ": holds no picture that can be decoded; give a clip with video");
+            throw noPictures(options_.input);
         }
         encoder_->flush([this](AVPacket& packet) { writeVideo_(packet); });
         if (whole) {

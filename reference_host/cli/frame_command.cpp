@@ -54,7 +54,7 @@ private:
     ClipFrame atTheEnd_(std::optional<ClipFrame> last, double first) const
     {
         if (!last) {
-            throw std::runtime_error(options_.input + ": holds no picture that can be decoded; give a clip with video");
+            throw noPictures(options_.input);
         }
         double const end = last->seconds - first + 1.0 / av_q2d(clip_.demuxer().frameRate());
         if (options_.atSeconds >= end) {

@@ -8,8 +8,6 @@
 
 #include "imaging_access.h"
 
-#include <stdexcept>
-
 namespace cli {
 namespace {
 
@@ -46,7 +44,7 @@ void runText(TextOptions const& options)
         any = true;
     }
     if (!any) {
-        throw std::runtime_error(options.input + ": holds no picture that can be decoded; give a clip with video");
+        throw noPictures(options.input);
     }
     flushOutput();
     for (std::string const& remark : clip.remarks()) {

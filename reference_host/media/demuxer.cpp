@@ -98,6 +98,9 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
     }
     // On failure the call frees the context.
     int const opened = avformat_open_input(&context, url, format, nullptr);
+    if (opened < 0 && interrupted()) {
+        throw std::runtime_error(name_ + ": interrupted before anything was read; start again");
+    }
     if (opened < 0) {
         throw std::runtime_error(name_ + ": cannot be opened: " + errorText(opened) + "; " + cureFor(opened));
     }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -230,7 +231,12 @@ TEST_F(HardInputs, InterruptCompletesTheFile)
 TEST_F(HardInputs, InterruptBeforeTheFirstPictureLeavesNothing)
 {
     Result const result = e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", file("o.ts")}, "");
-    EXPECT_NE(result.exitCode, 0);
+    // The signal may even come before the program listens to it.
+    if (result.exitCode == 1) {
+        EXPECT_EQ(result.err, "stanag-overlay: -: interrupted before anything was read; start again\n");
+    } else {
+        EXPECT_EQ(result.exitCode, 128 + SIGINT);
+    }
     EXPECT_FALSE(std::filesystem::exists(file("o.ts")));
 }
 
