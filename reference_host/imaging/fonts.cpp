@@ -1,9 +1,6 @@
 // Opens fonts and finds the one for a character; between the shaper and the font files.
 #include "fonts.h"
 
-#include <fontconfig/fontconfig.h>
-#include <ft2build.h>
-#include FT_FREETYPE_H
 #include <hb-ot.h>
 
 #include <algorithm>

@@ -1,6 +1,9 @@
 // The fonts of a painter: the one it was told to use, and those that fontconfig offers for what it lacks.
 #pragma once
 
+#include <fontconfig/fontconfig.h>
+#include <ft2build.h>
+#include FT_FREETYPE_H
 #include <hb.h>
 
 #include <cstdint>
@@ -9,10 +12,6 @@
 #include <string>
 #include <unordered_map>
 #include <vector>
-
-typedef struct FT_FaceRec_* FT_Face;
-typedef struct FT_LibraryRec_* FT_Library;
-typedef struct _FcFontSet FcFontSet;
 
 namespace imaging {
 

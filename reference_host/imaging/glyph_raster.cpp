@@ -9,6 +9,7 @@
 #include FT_OUTLINE_H
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace imaging {
@@ -166,7 +167,7 @@ void strokeAround(std::vector<std::uint8_t>& coverage, FT_Outline const& outline
                    [&](std::uint8_t filled, float distance) {
                        float const outside = filled >= 128 ? -distance : distance;
                        float const share = std::clamp(reach - outside + 0.5F, 0.0F, 1.0F);
-                       return static_cast<std::uint8_t>(255 * share + 0.5F);
+                       return static_cast<std::uint8_t>(std::lround(255 * share));
                    });
 }
 

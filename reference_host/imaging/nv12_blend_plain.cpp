@@ -29,8 +29,8 @@ void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t co
 {
     for (std::size_t s = 0; s < count; ++s) {
         auto* const chroma = addressOf(place, spans[s], 2);
-        for (std::int32_t i = 0; i < spans[s].length; ++i) {
-            int const weight = weightOf(coverage[spans[s].offset + static_cast<std::uint32_t>(i)]);
+        for (std::ptrdiff_t i = 0; i < spans[s].length; ++i) {
+            int const weight = weightOf(coverage[spans[s].offset + static_cast<std::size_t>(i)]);
             chroma[2 * i] = blendLevel(chroma[2 * i], cb, weight);
             chroma[2 * i + 1] = blendLevel(chroma[2 * i + 1], cr, weight);
         }

@@ -43,7 +43,7 @@ ZelvoPicture::ZelvoPicture(unsigned width, unsigned height) : impl_(std::make_un
         throw std::length_error("ZelvoPicture: size out of range");
     }
     std::size_t const yStride = paddedRow(width);
-    std::size_t const uvStride = paddedRow((width + 1) / 2 * 2);
+    std::size_t const uvStride = paddedRow((std::size_t{width} + 1) / 2 * 2);
     std::size_t const lumaBytes = yStride * height;
     std::size_t const chromaBytes = uvStride * ((height + 1) / 2);
     impl_->byteCount = lumaBytes + chromaBytes;

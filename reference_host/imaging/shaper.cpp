@@ -52,7 +52,7 @@ void Shaper::clear()
 
 ShapedWord const& Shaper::shapeAscii(char character)
 {
-    auto const index = static_cast<std::size_t>(character);
+    auto const index = static_cast<unsigned char>(character);
     if (!asciiKnown_[index]) {
         ascii_[index] = shapeNow(std::string_view(&character, 1), Direction::LeftToRight);
         asciiKnown_[index] = true;

@@ -121,7 +121,7 @@ void TextRenderer::splitIntoLines()
     lines_.clear();
     placed_.clear();
     auto const metrics = fonts_.lineMetrics(style_.pixelSize);
-    int const reach = style_.reach();
+    std::int64_t const reach = style_.reach();
     std::int64_t const pitch = std::int64_t{metrics.ascent} + metrics.descent + 2 * reach;
     std::string_view rest = text_;
     box_ = {};
