@@ -28,27 +28,26 @@ TestPicture::TestPicture(int width, int height, std::uint8_t luma, std::uint8_t 
 void TestPicture::fillWithNoise(std::uint32_t seed)
 {
     std::minstd_rand random(seed);
-    for (auto& byte : memory_) {
-        if (isPixel(&byte)) {
-            byte = static_cast<std::uint8_t>(random() >> 8);
+    auto const fill = [&](std::uint8_t* plane, int width, int height, int stride) {
+        for (int row = 0; row < height; ++row) {
+            std::generate_n(plane + at(row, stride), width, [&] { return static_cast<std::uint8_t>(random() >> 8); });
         }
-    }
-}
-
-bool TestPicture::isPixel(std::uint8_t const* byte) const
-{
-    auto const inPlane = [&](std::uint8_t const* plane, int width, int height, int stride) {
-        std::ptrdiff_t const offset = byte - plane;
-        return offset >= 0 && offset < at(height, stride) && offset % stride < width;
     };
-    return inPlane(planes_.y, planes_.width, planes_.height, planes_.yStride) ||
-           inPlane(planes_.uv, 2 * chromaWidth(), chromaHeight(), planes_.uvStride);
+    fill(planes_.y, planes_.width, planes_.height, planes_.yStride);
+    fill(planes_.uv, 2 * chromaWidth(), chromaHeight(), planes_.uvStride);
 }
 
 bool TestPicture::guardsAreWhole() const
 {
-    return std::all_of(memory_.begin(), memory_.end(),
-                       [&](std::uint8_t const& byte) { return byte == kGuardByte || isPixel(&byte); });
+    auto rest = memory_;
+    auto const cover = [&](std::uint8_t const* plane, int width, int height, int stride) {
+        for (int row = 0; row < height; ++row) {
+            std::fill_n(rest.begin() + (plane - memory_.data()) + at(row, stride), width, kGuardByte);
+        }
+    };
+    cover(planes_.y, planes_.width, planes_.height, planes_.yStride);
+    cover(planes_.uv, 2 * chromaWidth(), chromaHeight(), planes_.uvStride);
+    return std::all_of(rest.begin(), rest.end(), [](std::uint8_t byte) { return byte == kGuardByte; });
 }
 
 std::vector<std::uint8_t> TestPicture::pixels() const

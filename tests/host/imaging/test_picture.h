@@ -37,7 +37,6 @@ public:
 
 private:
     static std::ptrdiff_t at(int row, int stride) { return std::ptrdiff_t{row} * stride; }
-    bool isPixel(std::uint8_t const* byte) const;
 
     std::vector<std::uint8_t> memory_;
     MappedNV12 planes_;
