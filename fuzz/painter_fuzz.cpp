@@ -104,7 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {
             bool const inside = isMeasured && column >= left && column < right && row >= top && row < bottom;
-            bool const isInked = first.y[static_cast<std::size_t>(row * width + column)] != 16;
+            bool const isInked = first.y.data()[std::ptrdiff_t{row} * width + column] != 16;
             require(inside || !isInked, "no ink outside the measured box");
         }
     }

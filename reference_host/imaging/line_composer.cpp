@@ -7,6 +7,8 @@ namespace imaging {
 namespace {
 
 constexpr std::size_t kBlock = 16;
+/// A gap in the coverage narrower than the widest vector costs less than another span.
+constexpr std::size_t kGap = 64;
 
 /// Copies what is covered of the spans' rows: runs that begin with a covered column and go on in whole blocks as
 /// long as the next one is covered.
@@ -118,8 +120,8 @@ PackedCoverage LineComposer::pack(CoverageView const& view, std::int64_t x, std:
     PackedCoverage packed;
     packed.left = view.left - x;
     packed.top = view.top - y;
-    packSpans(view.lumaSpans, view.luma, kBlock, packed.lumaSpans, packed.luma);
-    packSpans(view.chromaSpans, view.chroma, kBlock / 2, packed.chromaSpans, packed.chroma);
+    packSpans(view.lumaSpans, view.luma, kGap, packed.lumaSpans, packed.luma);
+    packSpans(view.chromaSpans, view.chroma, kGap / 2, packed.chromaSpans, packed.chroma);
     packed.luma.shrink_to_fit();
     packed.chroma.shrink_to_fit();
     packed.lumaSpans.shrink_to_fit();

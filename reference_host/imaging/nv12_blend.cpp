@@ -2,8 +2,7 @@
 // knows for the processor family; the form to run is chosen at run time.
 //
 // Bytes are never widened: a 16-bit lane holds two neighbouring bytes, and the lower and the upper byte are
-// computed each in the whole lane. under * (256 - w) + over * w is under * 256 + (over - under) * w, whose
-// true value fits 16 unsigned bits although its second term alone wraps.
+// computed each in the whole lane.
 #include "nv12_blend.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -129,25 +128,32 @@ HWY_INLINE void fetch(std::uint8_t const* row, std::size_t bytes)
     }
 }
 
-/// Blends the two bytes of each 16-bit lane of `under` towards `lowOver` and `highOver`.
-template <class V>
-HWY_INLINE V blendLanes(V under, V lowOver, V highOver, V lowWeight, V highWeight)
+/// Blends the two bytes of each 16-bit lane of `under` towards `lowOver` and `highOver`. The weights are those of
+/// inkWeight; multiplying by them in fixed point rounds as blendInk does.
+template <class V16, class VSigned = hn::VFromD<hn::RebindToSigned<hn::DFromV<V16>>>>
+HWY_INLINE V16 blendLanes(V16 under, VSigned lowOver, VSigned highOver, VSigned lowWeight, VSigned highWeight)
 {
-    hn::DFromV<V> const d;
-    auto const lowByte = hn::Set(d, std::uint16_t{0x00FF});
-    auto const highByte = hn::Set(d, std::uint16_t{0xFF00});
-    auto const half = hn::Set(d, std::uint16_t{128});
-    auto const lowRise = hn::Mul(hn::Sub(lowOver, hn::And(under, lowByte)), lowWeight);
-    auto const highRise = hn::Mul(hn::Sub(highOver, hn::ShiftRight<8>(under)), highWeight);
-    auto const low = hn::Add(hn::Or(hn::ShiftLeft<8>(under), half), lowRise);
-    auto const high = hn::Add(hn::Or(hn::And(under, highByte), half), highRise);
-    return hn::Or(hn::ShiftRight<8>(low), hn::And(high, highByte));
+    hn::DFromV<V16> const d;
+    hn::RebindToSigned<decltype(d)> const dSigned;
+    auto const low = hn::BitCast(dSigned, hn::And(under, hn::Set(d, std::uint16_t{0x00FF})));
+    auto const high = hn::BitCast(dSigned, hn::ShiftRight<8>(under));
+    auto const newLow = hn::Add(low, hn::MulFixedPoint15(hn::Sub(lowOver, low), lowWeight));
+    auto const newHigh = hn::Add(high, hn::MulFixedPoint15(hn::Sub(highOver, high), highWeight));
+    return hn::BitCast(d, hn::Or(newLow, hn::ShiftLeft<8>(newHigh)));
 }
 
-template <class V>
-HWY_INLINE V weightsOf(V coverage)
+/// Which byte of each 16 goes where so that each even one, or each odd one, stands twice in its lane.
+alignas(16) constexpr std::uint8_t kTwiceEven[16] = {0, 0, 2, 2, 4, 4, 6, 6, 8, 8, 10, 10, 12, 12, 14, 14};
+alignas(16) constexpr std::uint8_t kTwiceOdd[16] = {1, 1, 3, 3, 5, 5, 7, 7, 9, 9, 11, 11, 13, 13, 15, 15};
+
+/// inkWeight of the bytes that `order` puts twice into each lane: 257 times a byte is the byte twice.
+template <class D8>
+HWY_INLINE auto weightsOf(D8 d8, hn::Vec<D8> coverage, std::uint8_t const* order)
 {
-    return hn::Add(coverage, hn::ShiftRight<7>(coverage));
+    hn::Repartition<std::uint16_t, D8> const d16;
+    hn::RebindToSigned<decltype(d16)> const dSigned;
+    auto const twice = hn::TableLookupBytes(coverage, hn::LoadDup128(d8, order));
+    return hn::BitCast(dSigned, hn::ShiftRight<1>(hn::BitCast(d16, twice)));
 }
 
 /// One vector of luma; nothing is written where nothing is covered.
@@ -161,11 +167,10 @@ HWY_INLINE void blendLumaVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT
         return;
     }
     auto const under = hn::BitCast(d16, access.load(d8, luma));
-    auto const both = hn::BitCast(d16, covered);
-    auto const over = hn::Set(d16, std::uint16_t{level});
-    auto const lowWeight = weightsOf(hn::And(both, hn::Set(d16, std::uint16_t{0x00FF})));
-    auto const highWeight = weightsOf(hn::ShiftRight<8>(both));
-    access.store(hn::BitCast(d8, blendLanes(under, over, over, lowWeight, highWeight)), d8, luma);
+    auto const over = hn::Set(hn::RebindToSigned<decltype(d16)>(), std::int16_t{level});
+    auto const mixed =
+        blendLanes(under, over, over, weightsOf(d8, covered, kTwiceEven), weightsOf(d8, covered, kTwiceOdd));
+    access.store(hn::BitCast(d8, mixed), d8, luma);
 }
 
 /// One vector of chroma pairs; the coverage is half a vector.
@@ -179,10 +184,12 @@ HWY_INLINE void blendChromaVector(Access access, D8 d8, std::uint8_t* HWY_RESTRI
     if (hn::AllTrue(dHalf, hn::Eq(covered, hn::Zero(dHalf)))) {
         return;
     }
-    auto const weight = weightsOf(hn::PromoteTo(d16, covered));
+    hn::RebindToSigned<decltype(d16)> const dSigned;
+    auto const wide = hn::PromoteTo(d16, covered);
+    auto const weight = hn::BitCast(dSigned, hn::ShiftRight<1>(hn::Or(wide, hn::ShiftLeft<8>(wide))));
     auto const under = hn::BitCast(d16, access.load(d8, chroma));
     auto const mixed =
-        blendLanes(under, hn::Set(d16, std::uint16_t{cb}), hn::Set(d16, std::uint16_t{cr}), weight, weight);
+        blendLanes(under, hn::Set(dSigned, std::int16_t{cb}), hn::Set(dSigned, std::int16_t{cr}), weight, weight);
     access.store(hn::BitCast(d8, mixed), d8, chroma);
 }
 
@@ -195,7 +202,7 @@ void blendLumaSpans(PlanePlace const& place, Span const* spans, std::size_t coun
         walk<1>(
             luma, static_cast<std::size_t>(span->length),
             [&](auto access, auto d8, std::size_t i) { blendLumaVector(access, d8, luma + i, covered + i, level); },
-            [&](std::size_t i) { luma[i] = blendLevel(luma[i], level, weightOf(covered[i])); });
+            [&](std::size_t i) { luma[i] = blendInk(luma[i], level, covered[i]); });
     }
 }
 
@@ -211,9 +218,8 @@ void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t co
                 blendChromaVector(access, d8, chroma + i, covered + i / 2, cb, cr);
             },
             [&](std::size_t i) {
-                int const weight = weightOf(covered[i / 2]);
-                chroma[i] = blendLevel(chroma[i], cb, weight);
-                chroma[i + 1] = blendLevel(chroma[i + 1], cr, weight);
+                chroma[i] = blendInk(chroma[i], cb, covered[i / 2]);
+                chroma[i + 1] = blendInk(chroma[i + 1], cr, covered[i / 2]);
             });
     }
 }

@@ -2,8 +2,9 @@
 // Each loop exists twice with the same result to the bit: here chosen at run time for the processor's vector
 // unit, and in `plain` as the few lines that define it.
 //
-// Coverage is a byte, 0 nothing to 255 all of the pixel; a weight is 0 to 256. Coverage c weighs c + (c >> 7).
-// A level becomes (under * (256 - weight) + over * weight + 128) >> 8: weight 0 leaves it, 256 replaces it.
+// Coverage is a byte, 0 nothing to 255 all of the pixel. Ink of coverage c moves a level by inkWeight(c) / 32768 of
+// the way, a box by weight / 256; both are rounded to the nearest level, and both leave it at the one end and
+// replace it at the other. Two scales, because each is the faster one for its loop.
 #pragma once
 
 #include <cstddef>
@@ -11,22 +12,29 @@
 
 namespace imaging {
 
+/// 0 to 32767, which is near enough to 32768 to replace any level.
+constexpr int inkWeight(std::uint8_t coverage)
+{
+    return coverage * 257 >> 1;
+}
+
+constexpr std::uint8_t blendInk(std::uint8_t under, std::uint8_t over, std::uint8_t coverage)
+{
+    return static_cast<std::uint8_t>(under + (((over - under) * inkWeight(coverage) + (1 << 14)) >> 15));
+}
+
 inline constexpr int kFullWeight = 256;
 
-constexpr int weightOf(std::uint8_t coverage)
-{
-    return coverage + (coverage >> 7);
-}
-
-/// The coverage that weighs `weight`; 128, which no coverage weighs, gives the one for 127.
-constexpr std::uint8_t coverageOf(int weight)
-{
-    return static_cast<std::uint8_t>(weight >= 128 ? weight - 1 : weight);
-}
-
+/// `weight` is 0 to kFullWeight.
 constexpr std::uint8_t blendLevel(std::uint8_t under, std::uint8_t over, int weight)
 {
-    return static_cast<std::uint8_t>((under * (kFullWeight - weight) + over * weight + 128) >> 8);
+    return static_cast<std::uint8_t>((under * (kFullWeight - weight) + over * weight + kFullWeight / 2) >> 8);
+}
+
+/// The weight of a pixel that a box of `weight` covers in part.
+constexpr int partialWeight(std::uint8_t coverage, int weight)
+{
+    return (coverage * weight + 127) / 255;
 }
 
 /// Mean of a 2x2 block's coverage, halves up.

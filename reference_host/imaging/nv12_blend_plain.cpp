@@ -19,7 +19,7 @@ void blendLumaSpans(PlanePlace const& place, Span const* spans, std::size_t coun
     for (std::size_t s = 0; s < count; ++s) {
         auto* const luma = addressOf(place, spans[s], 1);
         for (std::int32_t i = 0; i < spans[s].length; ++i) {
-            luma[i] = blendLevel(luma[i], level, weightOf(coverage[spans[s].offset + static_cast<std::uint32_t>(i)]));
+            luma[i] = blendInk(luma[i], level, coverage[spans[s].offset + static_cast<std::uint32_t>(i)]);
         }
     }
 }
@@ -30,9 +30,9 @@ void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t co
     for (std::size_t s = 0; s < count; ++s) {
         auto* const chroma = addressOf(place, spans[s], 2);
         for (std::ptrdiff_t i = 0; i < spans[s].length; ++i) {
-            int const weight = weightOf(coverage[spans[s].offset + static_cast<std::size_t>(i)]);
-            chroma[2 * i] = blendLevel(chroma[2 * i], cb, weight);
-            chroma[2 * i + 1] = blendLevel(chroma[2 * i + 1], cr, weight);
+            auto const covered = coverage[spans[s].offset + static_cast<std::size_t>(i)];
+            chroma[2 * i] = blendInk(chroma[2 * i], cb, covered);
+            chroma[2 * i + 1] = blendInk(chroma[2 * i + 1], cr, covered);
         }
     }
 }

@@ -17,12 +17,6 @@ int weightOfOpacity(float opacity)
     return opacity > 0 ? static_cast<int>(std::lround(std::min(opacity, 1.0F) * 256.0F)) : 0;
 }
 
-/// The weight of a pixel that the box covers in part.
-int partialWeight(std::uint8_t coverage, int weight)
-{
-    return (weightOf(coverage) * weight + 128) >> 8;
-}
-
 }  // namespace
 
 std::uint8_t cornerCoverage(double radius, std::int64_t x, std::int64_t y)

@@ -38,7 +38,7 @@ int coverageAt(GlyphImage const& image, int x, int y)
     int const column = x - image.left;
     int const row = y - image.top;
     bool const inside = column >= 0 && column < image.width && row >= 0 && row < image.height;
-    return inside ? image.coverage[static_cast<std::size_t>(row * image.stride + column)] : 0;
+    return inside ? image.coverage.data()[std::ptrdiff_t{row} * image.stride + column] : 0;
 }
 
 long inkOf(GlyphImage const& image)

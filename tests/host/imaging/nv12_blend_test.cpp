@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include <cmath>
 #include <functional>
 #include <random>
 #include <string>
@@ -19,6 +20,7 @@ using imaging::Span;
 using imaging_test::TestPicture;
 
 constexpr int kWidest = 130;
+constexpr std::size_t kCoverageBytes = 2 * kWidest;
 constexpr int kRows = 3;
 
 std::vector<std::uint8_t> randomCoverage(std::size_t size, std::uint32_t seed)
@@ -81,7 +83,7 @@ std::vector<Span> spansOf(int length)
 
 TEST_P(EveryVectorForm, LumaSpans)
 {
-    auto const coverage = randomCoverage(2 * kWidest, 1);
+    auto const coverage = randomCoverage(kCoverageBytes, 1);
     forAll([&](TestPicture& picture, bool plainForm, int width) {
         auto const spans = spansOf(width);
         PlanePlace const place{picture.planes().y, 0, picture.planes().yStride};
@@ -92,7 +94,7 @@ TEST_P(EveryVectorForm, LumaSpans)
 
 TEST_P(EveryVectorForm, ChromaSpans)
 {
-    auto const coverage = randomCoverage(2 * kWidest, 2);
+    auto const coverage = randomCoverage(kCoverageBytes, 2);
     forAll([&](TestPicture& picture, bool plainForm, int width) {
         if (width > kWidest - 2) {
             return;
@@ -106,7 +108,7 @@ TEST_P(EveryVectorForm, ChromaSpans)
 
 TEST_P(EveryVectorForm, SpansPlacedByANegativeOrigin)
 {
-    auto const coverage = randomCoverage(2 * kWidest, 3);
+    auto const coverage = randomCoverage(kCoverageBytes, 3);
     forAll([&](TestPicture& picture, bool plainForm, int width) {
         Span const span{1, 100, width, 0};
         PlanePlace const place{picture.planes().y, -100 - std::ptrdiff_t{picture.planes().yStride},
@@ -135,7 +137,7 @@ TEST_P(EveryVectorForm, ChromaRect)
 
 TEST_P(EveryVectorForm, LayCoverage)
 {
-    auto const over = randomCoverage(2 * kWidest * kRows, 4);
+    auto const over = randomCoverage(kCoverageBytes * kRows, 4);
     forAll([&](TestPicture& picture, bool plainForm, int width) {
         auto const run = plainForm ? imaging::plain::layCoverage : imaging::layCoverage;
         run(picture.planes().y, picture.planes().yStride, over.data(), 2 * kWidest - 3, static_cast<std::size_t>(width),
@@ -145,11 +147,11 @@ TEST_P(EveryVectorForm, LayCoverage)
 
 TEST_P(EveryVectorForm, HalveCoverage)
 {
-    auto const rows = randomCoverage(4 * kWidest + 64, 5);
+    auto const rows = randomCoverage(2 * kCoverageBytes + 64, 5);
     forAll([&](TestPicture& picture, bool plainForm, int width) {
         auto const run = plainForm ? imaging::plain::halveCoverage : imaging::halveCoverage;
         auto const* const upper = rows.data() + width % 64;
-        run(upper, upper + 2 * kWidest, static_cast<std::size_t>(width), picture.planes().y);
+        run(upper, upper + kCoverageBytes, static_cast<std::size_t>(width), picture.planes().y);
     });
 }
 
@@ -171,19 +173,42 @@ TEST(BlendLevel, EndsAndMiddleAreExact)
         for (int over = 0; over < 256; ++over) {
             auto const u = static_cast<std::uint8_t>(under);
             auto const o = static_cast<std::uint8_t>(over);
-            ASSERT_EQ(imaging::blendLevel(u, o, imaging::weightOf(0)), under);
-            ASSERT_EQ(imaging::blendLevel(u, o, imaging::weightOf(255)), over);
+            ASSERT_EQ(imaging::blendLevel(u, o, 0), under);
+            ASSERT_EQ(imaging::blendLevel(u, o, 256), over);
             ASSERT_EQ(imaging::blendLevel(u, o, 128), (under + over + 1) / 2);
         }
     }
 }
 
-TEST(BlendLevel, CoverageAndWeightAreInverse)
+TEST(BlendInk, IsTheNearestLevelForEveryCoverage)
 {
-    for (int c = 0; c < 256; ++c) {
-        EXPECT_EQ(imaging::coverageOf(imaging::weightOf(static_cast<std::uint8_t>(c))), c);
+    for (int under = 0; under < 256; ++under) {
+        for (int over = 0; over < 256; ++over) {
+            for (int coverage = 0; coverage < 256; ++coverage) {
+                double const exact = under + (over - under) * coverage / 255.0;
+                int const level = imaging::blendInk(static_cast<std::uint8_t>(under), static_cast<std::uint8_t>(over),
+                                                    static_cast<std::uint8_t>(coverage));
+                // Beyond half a level by no more than the weight's own rounding.
+                ASSERT_LE(std::abs(level - exact), 0.51) << under << ", " << over << ", " << coverage;
+            }
+        }
     }
-    EXPECT_EQ(imaging::coverageOf(128), 127);
+}
+
+TEST(BlendInk, WhiteOnBlackIsTheCoverage)
+{
+    for (int coverage = 0; coverage < 256; ++coverage) {
+        EXPECT_EQ(imaging::blendInk(0, 255, static_cast<std::uint8_t>(coverage)), coverage);
+        EXPECT_EQ(imaging::blendInk(255, 0, static_cast<std::uint8_t>(coverage)), 255 - coverage);
+    }
+}
+
+TEST(PartialWeight, FullCoverageKeepsTheWeight)
+{
+    for (int weight = 0; weight <= 256; ++weight) {
+        EXPECT_EQ(imaging::partialWeight(255, weight), weight);
+        EXPECT_EQ(imaging::partialWeight(0, weight), 0);
+    }
 }
 
 TEST(BlendLevel, MeanOfFourRoundsHalvesUp)

@@ -86,7 +86,7 @@ void expectChromaIsMeanOfLuma(TestPicture const& picture)
             int const below = std::min(2 * row + 1, lastY);
             int const mean = imaging::meanOfFour(picture.y(2 * pair, 2 * row), picture.y(right, 2 * row),
                                                  picture.y(2 * pair, below), picture.y(right, below));
-            auto const expected = imaging::blendLevel(0, 128, imaging::weightOf(static_cast<std::uint8_t>(mean)));
+            auto const expected = imaging::blendInk(0, 128, static_cast<std::uint8_t>(mean));
             ASSERT_EQ(picture.cb(pair, row), expected) << "sample " << pair << ", " << row;
             ASSERT_EQ(picture.cr(pair, row), expected) << "sample " << pair << ", " << row;
         }

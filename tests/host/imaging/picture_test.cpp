@@ -32,7 +32,7 @@ TEST_P(Pictures, HavePaddedAlignedBlackPlanes)
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(planes.uv) % 64, 0U);
     for (int row = 0; row < planes.height; ++row) {
         EXPECT_EQ(planes.y[std::ptrdiff_t{row} * planes.yStride + planes.width - 1], 16);
-        EXPECT_EQ(planes.uv[std::ptrdiff_t{row / 2} * planes.uvStride + (planes.width - 1) / 2 * 2 + 1], 128);
+        EXPECT_EQ(planes.uv[std::ptrdiff_t{row / 2} * planes.uvStride + ((planes.width - 1) | 1)], 128);
     }
 }
 
@@ -128,6 +128,7 @@ TEST(PicturePool, ServesSeveralThreads)
     zelvo::ZelvoPicturePool pool;
     zelvo::ZelvoPicture const source(320, 20);
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&] {
             for (int i = 0; i < 200; ++i) {

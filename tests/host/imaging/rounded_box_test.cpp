@@ -30,8 +30,9 @@ int modelCoverage(Box const& box, double radius, int x, int y)
     constexpr int kPoints = 48;
     int inside = 0;
     for (int i = 0; i < kPoints * kPoints; ++i) {
+        int const line = i / kPoints;
         double const px = x + (i % kPoints + 0.5) / kPoints;
-        double const py = y + (i / kPoints + 0.5) / kPoints;
+        double const py = y + (line + 0.5) / kPoints;
         // The nearest point of the box without its rounded border.
         double const nearX =
             std::clamp(px, static_cast<double>(box.left) + radius, static_cast<double>(box.right) - radius);
@@ -44,7 +45,7 @@ int modelCoverage(Box const& box, double radius, int x, int y)
 
 int modelLevel(int before, int over, int coverage, int weight)
 {
-    int const partial = (imaging::weightOf(static_cast<std::uint8_t>(coverage)) * weight + 128) >> 8;
+    int const partial = imaging::partialWeight(static_cast<std::uint8_t>(coverage), weight);
     return imaging::blendLevel(static_cast<std::uint8_t>(before), static_cast<std::uint8_t>(over), partial);
 }
 

@@ -59,7 +59,7 @@ std::vector<std::uint8_t> TestPicture::pixels() const
     }
     for (int row = 0; row < chromaHeight(); ++row) {
         auto const* const from = planes_.uv + at(row, planes_.uvStride);
-        all.insert(all.end(), from, from + 2 * chromaWidth());
+        all.insert(all.end(), from, from + std::ptrdiff_t{2} * chromaWidth());
     }
     return all;
 }

@@ -24,8 +24,14 @@ public:
 
     MappedNV12 const& planes() const { return planes_; }
     std::uint8_t y(int x, int row) const { return planes_.y[at(row, planes_.yStride) + x]; }
-    std::uint8_t cb(int pair, int row) const { return planes_.uv[at(row, planes_.uvStride) + 2 * pair]; }
-    std::uint8_t cr(int pair, int row) const { return planes_.uv[at(row, planes_.uvStride) + 2 * pair + 1]; }
+    std::uint8_t cb(int pair, int row) const
+    {
+        return planes_.uv[at(row, planes_.uvStride) + std::ptrdiff_t{2} * pair];
+    }
+    std::uint8_t cr(int pair, int row) const
+    {
+        return planes_.uv[at(row, planes_.uvStride) + std::ptrdiff_t{2} * pair + 1];
+    }
     int chromaWidth() const { return (planes_.width + 1) / 2; }
     int chromaHeight() const { return (planes_.height + 1) / 2; }
 

@@ -182,6 +182,7 @@ TEST(Bidi, RunsStandInVisualOrder)
     std::string const text = "ab \u05D0\u05D1 12 cd";
     auto const runs = imaging::visualRuns(text);
     std::vector<std::string> parts;
+    parts.reserve(runs.size());
     for (auto const& run : runs) {
         parts.push_back((run.direction == Direction::RightToLeft ? "<" : ">") + std::string(run.text));
     }
