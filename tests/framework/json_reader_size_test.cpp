@@ -37,7 +37,7 @@ TEST(SwJsonReader, ObjectsOfEverySizeReadLikeAMap)
             }
             std::string expected;
             for (auto const& [name, value] : model) {
-                expected += (expected.empty() ? "" : ",") + name + ":" + value;
+                expected.append(expected.empty() ? "" : ",").append(name).append(":").append(value);
             }
             ASSERT_EQ(readText(text + "}"), "{" + expected + "}");
             SwString error;

@@ -325,7 +325,9 @@ TEST(SwJsonReader, StringsOfEveryLengthEndWhereTheyShould)
         SCOPED_TRACE(length);
         std::string const run = std::string(length, 'x');
         EXPECT_EQ(readText("\"" + run + "\""), "'" + run + "'");
-        EXPECT_EQ(readText("\"" + run + "\\n" + run + "\""), "'" + run + "\n" + run + "'");
+        std::string const escaped = std::string(run).append("\\n").append(run);
+        std::string const decoded = std::string(run).append("\n").append(run);
+        EXPECT_EQ(readText("\"" + escaped + "\""), "'" + decoded + "'");
         std::string const place = "(index " + std::to_string(length + 1) + ")";
         EXPECT_EQ(readText("\"" + run + "\x1F\"").find("error: Unescaped control character in string " + place), 0U);
         EXPECT_EQ(readText("\"" + run).substr(0, 34), "error: Unterminated string literal");

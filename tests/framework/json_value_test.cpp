@@ -64,7 +64,8 @@ TEST(SwJsonValue, KindsHaveTheirNumbers)
 
 TEST(SwJsonValue, EachKindFillsItsFieldOnly)
 {
-    struct Row {
+    // In the order of the columns.
+    struct Row {  // NOLINT(clang-analyzer-optin.performance.Padding)
         char const* name;
         SwJsonValue value;
         SwJsonValue::Type type;
@@ -72,7 +73,7 @@ TEST(SwJsonValue, EachKindFillsItsFieldOnly)
         std::int64_t integer;
         double real;
         std::string text;
-        bool container;  // NOLINT(clang-analyzer-optin.performance.Padding): in the order of the columns
+        bool container;
     };
     Row const rows[] = {
         {"default", SwJsonValue(), SwJsonValue::Null, false, 0, 0.0, "", false},

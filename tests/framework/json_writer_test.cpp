@@ -117,7 +117,7 @@ TEST(SwJsonWriter, FractionsAgreeWithAStream)
     for (int i = 0; i < 200000; ++i) {
         // Every exponent that leaves a fraction, with long and short significands, ties included.
         std::int64_t significand = static_cast<std::int64_t>(random());
-        significand >>= random() % 60;
+        significand >>= static_cast<int>(random() % 60);
         double const number = std::ldexp(static_cast<double>(significand), -static_cast<int>(random() % 90));
         double whole = 0.0;
         if (std::modf(number, &whole) == 0.0) {
@@ -262,7 +262,8 @@ TEST(SwJsonWriter, LongTextsAndManyMembersAreWhole)
     for (std::size_t length : {100U, 1000U, 4090U, 4095U, 4096U, 4097U, 8192U, 20000U}) {
         SCOPED_TRACE(length);
         std::string const text(length, 'x');
-        EXPECT_EQ(written(SwJsonArray{text, 1, text}), "[\"" + text + "\",1,\"" + text + "\"]");
+        std::string const item = "\"" + text + "\"";
+        EXPECT_EQ(written(SwJsonArray{text, 1, text}), std::string("[").append(item).append(",1,").append(item).append("]"));
         std::string const quotes(length, '"');
         std::string escaped;
         for (std::size_t i = 0; i < length; ++i) {
