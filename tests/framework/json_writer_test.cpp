@@ -263,7 +263,8 @@ TEST(SwJsonWriter, LongTextsAndManyMembersAreWhole)
         SCOPED_TRACE(length);
         std::string const text(length, 'x');
         std::string const item = "\"" + text + "\"";
-        EXPECT_EQ(written(SwJsonArray{text, 1, text}), std::string("[").append(item).append(",1,").append(item).append("]"));
+        EXPECT_EQ(written(SwJsonArray{text, 1, text}),
+                  std::string("[").append(item).append(",1,").append(item).append("]"));
         std::string const quotes(length, '"');
         std::string escaped;
         for (std::size_t i = 0; i < length; ++i) {
