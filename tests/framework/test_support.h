@@ -1,4 +1,4 @@
-// Helpers of the framework's tests: captured diagnostics, a global locale for one scope, a small thread.
+// What is shared by the framework's tests: captured diagnostics, a global locale for one scope, a small thread.
 #pragma once
 
 #include <gtest/gtest.h>
