@@ -33,6 +33,15 @@ std::string shown(SwJsonValue const& value)
     return text.size() <= kMaxShown ? text : text.substr(0, kMaxShown) + "...";
 }
 
+/// The place of a member: inside("overlay[0]", "textSize") is "overlay[0].textSize".
+std::string inside(std::string place, std::string const& member)
+{
+    if (!place.empty()) {
+        place += '.';
+    }
+    return place += member;
+}
+
 std::string numberText(double number)
 {
     std::array<char, 32> text{};
@@ -158,7 +167,7 @@ void ConfigCheck::refuseUnknown_(std::string const& place, SwJsonObject const& o
 {
     for (auto const& [name, value] : object) {
         if (std::find(known.begin(), known.end(), name) == known.end()) {
-            add_(place.empty() ? name : place + "." + name, "unknown key, ignored" + didYouMean(name, known));
+            add_(inside(place, name), "unknown key, ignored" + didYouMean(name, known));
         }
     }
 }
@@ -172,7 +181,7 @@ void ConfigCheck::checkMembers_(std::string const& place, SwJsonObject const& ob
         known.emplace_back(member.name);
         auto const found = object.find(member.name);
         if (found != object.end()) {
-            (this->*member.rule)(place + "." + member.name, found->second);
+            (this->*member.rule)(inside(place, member.name), found->second);
         }
     }
     refuseUnknown_(place, object, known);
@@ -437,7 +446,7 @@ void ConfigCheck::checkFormats_(std::string const& place, SwJsonValue const& val
         return;
     }
     for (auto const& [key, format] : value.toObject()) {
-        std::string const formatPlace = place + "." + key;
+        std::string const formatPlace = inside(place, key);
         if (format.isObject()) {
             checkFormat_(formatPlace, format.toObject());
         } else {

@@ -73,9 +73,10 @@ Planes planesOf(MappedNV12 const& nv12)
 void fillGray(Planes const& to, MappedNV12 const& planes)
 {
     constexpr int kNoColor = 128;
+    int const bytes = (planes.width + 1) / 2 * 2;
     for (int row = 0; row < (planes.height + 1) / 2; ++row) {
         std::memset(to.data[1] + static_cast<std::ptrdiff_t>(row) * to.strides[1], kNoColor,
-                    static_cast<std::size_t>((planes.width + 1) / 2 * 2));
+                    static_cast<std::size_t>(bytes));
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <unistd.h>
@@ -14,7 +15,7 @@ constexpr auto kEvery = std::chrono::milliseconds(200);
 
 std::string clockText(double seconds)
 {
-    auto const whole = static_cast<long>(std::clamp(seconds, 0.0, 359999.0) + 0.5);
+    auto const whole = std::lround(std::clamp(seconds, 0.0, 359999.0));
     std::array<char, 32> text{};
     if (whole >= 3600) {
         std::snprintf(text.data(), text.size(), "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60, whole % 60);

@@ -95,9 +95,10 @@ Box drawExpected(Painter& painter, MappedNV12 const& planes, Block const& block,
     return box;
 }
 
-bool sameRow(std::uint8_t const* a, std::uint8_t const* b, int bytes)
+bool sameRow(std::uint8_t const* a, int aStride, std::uint8_t const* b, int bStride, int row, int bytes)
 {
-    return std::memcmp(a, b, static_cast<std::size_t>(bytes)) == 0;
+    return std::memcmp(a + static_cast<std::ptrdiff_t>(row) * aStride, b + static_cast<std::ptrdiff_t>(row) * bStride,
+                       static_cast<std::size_t>(bytes)) == 0;
 }
 
 void expectSamePicture(MappedNV12 const& got, MappedNV12 const& expected)
@@ -105,12 +106,11 @@ void expectSamePicture(MappedNV12 const& got, MappedNV12 const& expected)
     ASSERT_EQ(got.width, expected.width);
     ASSERT_EQ(got.height, expected.height);
     for (int row = 0; row < got.height; ++row) {
-        ASSERT_TRUE(sameRow(got.y + row * got.yStride, expected.y + row * expected.yStride, got.width))
-            << "luma row " << row;
+        ASSERT_TRUE(sameRow(got.y, got.yStride, expected.y, expected.yStride, row, got.width)) << "luma row " << row;
     }
+    int const chromaBytes = (got.width + 1) / 2 * 2;
     for (int row = 0; row < (got.height + 1) / 2; ++row) {
-        ASSERT_TRUE(
-            sameRow(got.uv + row * got.uvStride, expected.uv + row * expected.uvStride, (got.width + 1) / 2 * 2))
+        ASSERT_TRUE(sameRow(got.uv, got.uvStride, expected.uv, expected.uvStride, row, chromaBytes))
             << "chroma row " << row;
     }
 }

@@ -20,7 +20,7 @@ namespace e2e {
 namespace {
 
 constexpr AVRational kClock{1, 90000};
-constexpr int kTicksPerFrame = 3600;
+constexpr std::int64_t kTicksPerFrame = 3600;
 constexpr int kSampleRate = 48000;
 
 media::PacketPtr packetOf(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
@@ -41,9 +41,10 @@ void paint(MappedNV12 const& planes, int number)
         std::memset(planes.y + static_cast<std::ptrdiff_t>(row) * planes.yStride, 60 + (row + number * 3) % 100,
                     static_cast<std::size_t>(planes.width));
     }
+    int const chromaBytes = (planes.width + 1) / 2 * 2;
     for (int row = 0; row < (planes.height + 1) / 2; ++row) {
         std::memset(planes.uv + static_cast<std::ptrdiff_t>(row) * planes.uvStride, 128,
-                    static_cast<std::size_t>((planes.width + 1) / 2 * 2));
+                    static_cast<std::size_t>(chromaBytes));
     }
 }
 

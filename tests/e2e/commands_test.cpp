@@ -20,7 +20,7 @@ constexpr char const* kConfig = R"({"overlay":[{"formatString":"N %heading_deg",
 
 SwJsonObject telemetryOf(int number)
 {
-    return {{"utc_timestamp_us", SwJsonValue(std::int64_t{1700000000000000} + number * 40000)},
+    return {{"utc_timestamp_us", SwJsonValue(std::int64_t{1700000000000000} + std::int64_t{number} * 40000)},
             {"heading_deg", SwJsonValue(static_cast<double>(number))},
             {"camera_name", SwJsonValue("EO")}};
 }

@@ -29,9 +29,9 @@ SwJsonObject heading(int value)
 
 std::vector<SwJsonObject> headings(int count)
 {
-    std::vector<SwJsonObject> payloads;
-    for (int number = 0; number < count; ++number) {
-        payloads.push_back(heading(number));
+    std::vector<SwJsonObject> payloads(static_cast<std::size_t>(count));
+    for (std::size_t number = 0; number < payloads.size(); ++number) {
+        payloads[number] = heading(static_cast<int>(number));
     }
     return payloads;
 }
@@ -107,7 +107,8 @@ TEST_F(HardInputs, DamagedBytesAreReportedAndPassedOver)
 {
     e2e::makeClip({file("whole.ts"), 96, 64, 25, "mpeg2video", 90000, {headings(25)}});
     std::string bytes = e2e::readFile(file("whole.ts"));
-    for (std::size_t place = 188 * 12 + 40; place + 60 < bytes.size(); place += 188 * 7) {
+    constexpr std::size_t kPacket = 188;
+    for (std::size_t place = kPacket * 12 + 40; place + 60 < bytes.size(); place += kPacket * 7) {
         bytes.replace(place, 60, std::string(60, '\xAA'));
     }
     e2e::writeFile(file("damaged.ts"), bytes);
@@ -176,10 +177,8 @@ TEST_F(HardInputs, TelemetryTimesThatRunBackwardsAreSorted)
 
 TEST_F(HardInputs, SeveralTelemetryStreamsAreMergedAndTheFirstWins)
 {
-    std::vector<SwJsonObject> second;
-    for (int number = 0; number < 10; ++number) {
-        second.push_back({{"heading_deg", SwJsonValue(300.0)}, {"sensor_lat_deg", SwJsonValue(45.0)}});
-    }
+    SwJsonObject const other{{"heading_deg", SwJsonValue(300.0)}, {"sensor_lat_deg", SwJsonValue(45.0)}};
+    std::vector<SwJsonObject> const second(10, other);
     e2e::makeClip({file("two.ts"), 320, 240, 10, "mpeg2video", 90000, {headings(10), second}});
     Result const result = text("two.ts");
     EXPECT_EQ(result.exitCode, 0);

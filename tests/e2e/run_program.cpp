@@ -35,6 +35,7 @@ void redirect(std::string const& path, int flags, int descriptor)
     std::vector<std::string> words = {OVERLAY_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }

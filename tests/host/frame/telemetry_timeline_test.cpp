@@ -62,7 +62,7 @@ TEST(TelemetryTimeline, TakesPacketsInAnyOrder)
         timeline.add(producer, number * 0.04, payload(number));
     }
     for (int number = 0; number < 5; ++number) {
-        auto const frameNumber = static_cast<std::uint64_t>(number + 1);
+        std::uint64_t const frameNumber = static_cast<std::uint64_t>(number) + 1;
         EXPECT_EQ(textOf(timeline.choose(number * 0.04, frameNumber)),
                   "klv=" + std::to_string(number) + "@" + std::to_string(frameNumber));
     }

@@ -34,7 +34,8 @@ FramePtr uniform(AVPixelFormat format, int width, int height, std::array<int, 3>
 {
     FramePtr full = makeFrame(AV_PIX_FMT_YUV444P, width, height);
     for (std::size_t plane = 0; plane < 3; ++plane) {
-        std::memset(full->data[plane], yuv[plane], static_cast<std::size_t>(full->linesize[plane] * height));
+        std::memset(full->data[plane], yuv[plane],
+                    static_cast<std::size_t>(full->linesize[plane]) * static_cast<std::size_t>(height));
     }
     FramePtr frame = makeFrame(format, width, height);
     media::ScalerPtr const scaler(sws_getContext(width, height, AV_PIX_FMT_YUV444P, width, height, format,

@@ -16,6 +16,10 @@ struct Planes {
     static constexpr std::uint8_t kGuard = 0xA5;
     static constexpr int kGuardBytes = 64;
 
+    static std::size_t bytes(int stride, int rows)
+    {
+        return static_cast<std::size_t>(stride) * static_cast<std::size_t>(rows);
+    }
     static int padded(int bytes) { return (bytes + 63) / 64 * 64; }
 
     int width;
@@ -30,8 +34,8 @@ struct Planes {
         , height(h)
         , chromaWidth((w + 1) / 2 * 2)
         , chromaHeight((h + 1) / 2)
-        , luma(static_cast<std::size_t>(lumaStride() * h), kGuard)
-        , chroma(static_cast<std::size_t>(chromaStride() * chromaHeight), kGuard)
+        , luma(bytes(lumaStride(), h), kGuard)
+        , chroma(bytes(chromaStride(), chromaHeight), kGuard)
     {
     }
 

@@ -22,6 +22,7 @@ using media_test::Planes;
 using media_test::TempFolder;
 
 constexpr AVRational kClock{1, 90000};
+constexpr std::int64_t kFrameTicks = 3600;
 
 media::PacketPtr packetOf(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
 {
@@ -62,6 +63,7 @@ void writeClip(ClipSpec const& spec)
     media::Encoder encoder(settings, muxer.container());
     int const video = muxer.addVideo(encoder.context(), kClock);
     std::vector<int> klv;
+    klv.reserve(static_cast<std::size_t>(spec.klvStreams));
     for (int stream = 0; stream < spec.klvStreams; ++stream) {
         klv.push_back(muxer.addKlv().value());
     }
@@ -70,7 +72,7 @@ void writeClip(ClipSpec const& spec)
     for (int number = 0; number < spec.frames; ++number) {
         Planes planes(spec.width, spec.height);
         planes.fillPattern(number);
-        std::int64_t const ticks = spec.firstTicks + number * 3600;
+        std::int64_t const ticks = spec.firstTicks + number * kFrameTicks;
         for (int const stream : klv) {
             muxer.write(*packetOf(klvUnit(number + stream), ticks), stream, kClock);
         }
@@ -112,7 +114,7 @@ TEST_P(Lossless, GivesBackEverySampleAndTime)
         auto const unit = reader.next();
         ASSERT_TRUE(unit);
         EXPECT_EQ(unit->number, static_cast<std::uint64_t>(number));
-        EXPECT_NEAR(unit->seconds, static_cast<double>(spec.firstTicks + number * 3600) / 90000.0, 0.0006);
+        EXPECT_NEAR(unit->seconds, static_cast<double>(spec.firstTicks + number * kFrameTicks) / 90000.0, 0.0006);
         ASSERT_EQ(unit->frame->width, row.width);
         ASSERT_EQ(unit->frame->height, row.height);
         expectPattern(*unit->frame, number);
@@ -141,7 +143,7 @@ TEST(RoundTrip, KeepsTicksAndTelemetryBytesInATransportStream)
     std::vector<media::SideUnit> units;
     int frames = 0;
     while (auto const unit = reader.next()) {
-        EXPECT_EQ(unit->ticks, spec.firstTicks + frames * 3600);
+        EXPECT_EQ(unit->ticks, spec.firstTicks + frames * kFrameTicks);
         ++frames;
         for (media::SideUnit& side : reader.takeSideUnits()) {
             units.push_back(std::move(side));
@@ -159,7 +161,8 @@ TEST(RoundTrip, KeepsTicksAndTelemetryBytesInATransportStream)
         std::vector<std::uint8_t> const bytes(unit.packet->data, unit.packet->data + unit.packet->size);
         EXPECT_EQ(bytes, klvUnit(number + unit.stream));
         EXPECT_EQ(unit.kind, media::StreamKind::Klv);
-        EXPECT_DOUBLE_EQ(unit.streamSeconds.value(), static_cast<double>(spec.firstTicks + number * 3600) / 90000.0);
+        EXPECT_DOUBLE_EQ(unit.streamSeconds.value(),
+                         static_cast<double>(spec.firstTicks + number * kFrameTicks) / 90000.0);
         EXPECT_DOUBLE_EQ(unit.seconds, unit.streamSeconds.value());
     }
 }
@@ -202,15 +205,17 @@ TEST(RoundTrip, ContinuesTheTimeOfJoinedClipsOfDifferentSizes)
         widths.push_back(unit->frame->width);
     }
     std::vector<std::int64_t> expected;
+    expected.reserve(20);
     for (int number = 0; number < 20; ++number) {
-        expected.push_back(900000 + number * 3600);
+        expected.push_back(900000 + number * kFrameTicks);
     }
     EXPECT_EQ(ticks, expected);
     EXPECT_EQ(widths,
               (std::vector<int>{64, 64, 64, 64, 64, 64, 64, 64, 64, 64, 32, 32, 32, 32, 32, 32, 32, 32, 32, 32}));
     std::size_t count = 0;
     for (media::SideUnit const& side : reader.takeSideUnits()) {
-        EXPECT_NEAR(side.seconds, static_cast<double>(900000 + static_cast<std::int64_t>(count) * 3600) / 90000.0, 1e-9)
+        EXPECT_NEAR(side.seconds,
+                    static_cast<double>(900000 + static_cast<std::int64_t>(count) * kFrameTicks) / 90000.0, 1e-9)
             << count;
         ++count;
     }
