@@ -43,8 +43,8 @@ struct Planes {
     int chromaStride() const { return padded(chromaWidth) + kGuardBytes; }
     MappedNV12 mapped() { return {luma.data(), chroma.data(), width, height, lumaStride(), chromaStride()}; }
 
-    std::uint8_t& y(int column, int row) { return luma[static_cast<std::size_t>(row * lumaStride() + column)]; }
-    std::uint8_t& c(int byte, int row) { return chroma[static_cast<std::size_t>(row * chromaStride() + byte)]; }
+    std::uint8_t& y(int column, int row) { return luma[bytes(lumaStride(), row) + static_cast<std::size_t>(column)]; }
+    std::uint8_t& c(int byte, int row) { return chroma[bytes(chromaStride(), row) + static_cast<std::size_t>(byte)]; }
 
     /// Different values everywhere, within the limited range.
     void fillPattern(int seed)
