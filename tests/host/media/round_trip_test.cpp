@@ -7,13 +7,20 @@
 #include "planes.h"
 #include "temp_folder.h"
 
+extern "C" {
+#include <libavutil/crc.h>
+}
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -50,6 +57,9 @@ struct ClipSpec {
     int frames = 10;
     std::int64_t firstTicks = 195030;
     int klvStreams = 0;
+    /// How long before a picture's presentation its telemetry stands in the stream. The encoder sends
+    /// pictures one interval ahead of their presentation.
+    std::int64_t klvTicksEarly = 0;
 };
 
 void writeClip(ClipSpec const& spec)
@@ -74,7 +84,7 @@ void writeClip(ClipSpec const& spec)
         planes.fillPattern(number);
         std::int64_t const ticks = spec.firstTicks + number * kFrameTicks;
         for (int const stream : klv) {
-            muxer.write(*packetOf(klvUnit(number + stream), ticks), stream, kClock);
+            muxer.write(*packetOf(klvUnit(number + stream), ticks - spec.klvTicksEarly), stream, kClock);
         }
         encoder.encode(planes.mapped(), ticks, sink);
     }
@@ -181,6 +191,104 @@ TEST(RoundTrip, GivesTelemetryOutBeforeThePictureItBelongsTo)
         }
         EXPECT_GE(newest, unit->seconds);
     }
+}
+
+constexpr std::size_t kPacketBytes = 188;
+
+/// The payload of each transport packet of one PID that begins a unit; `change` edits it in place.
+void changeUnits(std::string const& path, unsigned pid, std::function<void(std::uint8_t*, std::size_t)> const& change)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+    file.close();
+    for (std::size_t start = 0; start + kPacketBytes <= bytes.size(); start += kPacketBytes) {
+        auto* const packet = reinterpret_cast<std::uint8_t*>(bytes.data() + start);
+        bool const begins = (packet[1] & 0x40U) != 0;
+        std::size_t const header = (packet[3] & 0x20U) != 0 ? 5U + packet[4] : 4U;
+        if (begins && ((packet[1] & 0x1FU) << 8U | packet[2]) == pid) {
+            change(packet + header, kPacketBytes - header);
+        }
+    }
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+unsigned pidOf(std::string const& path, media::StreamKind kind)
+{
+    media::Demuxer const demuxer(path);
+    return static_cast<unsigned>(demuxer.stream(demuxer.streamsOf(kind).front()).id);
+}
+
+/// The telemetry of a clip, all of it.
+std::vector<media::SideUnit> sideUnitsOf(std::string const& path)
+{
+    media::Demuxer demuxer(path);
+    media::FrameReader reader(demuxer);
+    while (reader.next()) {
+    }
+    return reader.takeSideUnits();
+}
+
+TEST(RoundTrip, GivesTelemetryWithoutTimesThePlaceOfItsPicture)
+{
+    TempFolder const folder;
+    ClipSpec const spec{folder.file("a.ts"), "mpeg2video", 64, 48, 10, 195030, 1, kFrameTicks + 100};
+    writeClip(spec);
+    changeUnits(spec.path, pidOf(spec.path, media::StreamKind::Klv), [](std::uint8_t* pes, std::size_t) {
+        pes[7] &= 0x3FU;  // no PTS, no DTS
+        std::fill(pes + 9, pes + 9 + pes[8], std::uint8_t{0xFF});
+    });
+    std::vector<media::SideUnit> const units = sideUnitsOf(spec.path);
+    ASSERT_EQ(units.size(), 10U);
+    for (std::size_t number = 0; number < units.size(); ++number) {
+        EXPECT_FALSE(units[number].streamSeconds);
+        EXPECT_DOUBLE_EQ(units[number].seconds,
+                         static_cast<double>(spec.firstTicks + static_cast<std::int64_t>(number) * kFrameTicks) /
+                             90000.0);
+    }
+}
+
+TEST(RoundTrip, SpreadsTelemetryWithoutTimesBetweenPictures)
+{
+    TempFolder const folder;
+    ClipSpec const spec{folder.file("a.ts"), "mpeg2video", 64, 48, 10, 90000, 3, kFrameTicks + 100};
+    writeClip(spec);
+    // Three streams stand for three packets between two pictures.
+    for (unsigned const pid : {0x101U, 0x102U, 0x103U}) {
+        changeUnits(spec.path, pid, [](std::uint8_t* pes, std::size_t) {
+            pes[7] &= 0x3FU;
+            std::fill(pes + 9, pes + 9 + pes[8], std::uint8_t{0xFF});
+        });
+    }
+    std::vector<media::SideUnit> const units = sideUnitsOf(spec.path);
+    ASSERT_EQ(units.size(), 30U);
+    for (std::size_t number = 0; number < units.size(); ++number) {
+        double const picture = 1.0 + 0.04 * static_cast<double>(number / 3);
+        EXPECT_NEAR(units[number].seconds, picture - 0.04 * static_cast<double>(2 - number % 3) / 3.0, 1e-9) << number;
+    }
+}
+
+TEST(RoundTrip, RecognisesTelemetryThatTheStreamDoesNotName)
+{
+    TempFolder const folder;
+    ClipSpec const spec{folder.file("a.ts"), "mpeg2video", 64, 48, 10, 90000, 1};
+    writeClip(spec);
+    constexpr unsigned kProgramMap = 0x1000;
+    changeUnits(spec.path, kProgramMap, [](std::uint8_t* section, std::size_t size) {
+        std::string_view const name = "KLVA";
+        std::uint8_t* const found = std::search(section, section + size, name.begin(), name.end());
+        ASSERT_NE(found, section + size);
+        std::fill(found, found + 4, std::uint8_t{'?'});
+        // A pointer byte, the table, and its check sum over all before it.
+        std::uint8_t* const table = section + 1;
+        std::size_t const length = 3U + ((table[1] & 0x0FU) << 8U | table[2]) - 4U;
+        std::uint32_t const sum = av_crc(av_crc_get_table(AV_CRC_32_IEEE), 0xFFFFFFFFU, table, length);
+        std::memcpy(table + length, &sum, sizeof sum);
+    });
+    media::Demuxer const demuxer(spec.path);
+    EXPECT_TRUE(demuxer.streamsOf(media::StreamKind::Klv).empty()) << "not before its first packet";
+    std::vector<media::SideUnit> const units = sideUnitsOf(spec.path);
+    ASSERT_EQ(units.size(), 10U);
+    EXPECT_DOUBLE_EQ(units[3].streamSeconds.value(), 1.12);
 }
 
 TEST(RoundTrip, ContinuesTheTimeOfJoinedClipsOfDifferentSizes)
