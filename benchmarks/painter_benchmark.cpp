@@ -53,7 +53,7 @@ Timing measure(Scene const& scene, Contestant const& contestant, PictureRing con
 
 void savePicture(std::string const& folder, Contestant const& contestant)
 {
-    Scene const scene{"S", 1, false};
+    Scene const scene{"S", 1, false, 1};
     PictureRing const pictures(scene);
     contestant.make(scene)->draw(pictures.planesOf(0), textsOf(scene, 0));
     std::string file = contestant.name;
@@ -77,8 +77,10 @@ int main(int argc, char** argv)
                                               {"drawtext", makeDrawtext},
                                               {"libass", makeLibass},
                                               {"textoverlay", makeTextoverlay}};
-    std::vector<Scene> const scenes{
-        {"S constant", 1, false}, {"S changing", 1, true}, {"S4 constant", 2, false}, {"S4 changing", 2, true}};
+    constexpr std::size_t kRing = 8;
+    std::vector<Scene> const scenes{{"S constant", 1, false, 1},           {"S changing", 1, true, 1},
+                                    {"S4 constant", 2, false, 1},          {"S4 changing", 2, true, 1},
+                                    {"S constant, ring", 1, false, kRing}, {"S changing, ring", 1, true, kRing}};
     std::vector<Timing> timings;
     for (auto const& scene : scenes) {
         PictureRing const pictures(scene);

@@ -51,7 +51,7 @@ void blendBitmap(MappedNV12 const& planes, ASS_Image const& image)
     // Two rows of the mask at a time, moved so that pairs of pixels begin where samples of chroma do.
     int const firstPair = image.dst_x / 2;
     int const pairs = (image.dst_x + image.w - 1) / 2 - firstPair + 1;
-    auto const bytes = static_cast<std::size_t>(2 * pairs);
+    auto const bytes = 2 * static_cast<std::size_t>(pairs);
     std::vector<std::uint8_t> rows(2 * bytes);
     for (int row = image.dst_y / 2; row <= (image.dst_y + image.h - 1) / 2; ++row) {
         std::fill(rows.begin(), rows.end(), std::uint8_t{0});

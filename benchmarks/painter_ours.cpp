@@ -77,7 +77,7 @@ public:
         for (auto const& box : boxes_) {
             touch(planes.y + std::ptrdiff_t{box.top} * planes.yStride + box.left, planes.yStride, box.right - box.left,
                   box.bottom - box.top);
-            touch(planes.uv + std::ptrdiff_t{box.top / 2} * planes.uvStride + box.left / 2 * 2, planes.uvStride,
+            touch(planes.uv + std::ptrdiff_t{box.top / 2} * planes.uvStride + (box.left & ~1), planes.uvStride,
                   box.right - box.left, (box.bottom - box.top) / 2);
         }
     }

@@ -86,7 +86,7 @@ void writeTable(std::string const& path, std::vector<Timing> const& timings)
 
 void writePlot(std::string const& path, std::vector<Timing> const& timings)
 {
-    constexpr int kLeft = 190;
+    constexpr int kLeft = 230;
     constexpr int kWidth = 560;
     constexpr int kBar = 16;
     constexpr std::array<char const*, 5> kColors{"#c8c8c8", "#2a7de1", "#e0803a", "#6aa84f", "#9a62b5"};
@@ -129,7 +129,7 @@ void writePicture(std::string const& path, MappedNV12 const& planes, int left, i
     std::vector<std::uint8_t> rgb;
     for (int y = top; y < top + height; ++y) {
         for (int x = left; x < left + width; ++x) {
-            auto const* const chroma = planes.uv + std::ptrdiff_t{y / 2} * planes.uvStride + x / 2 * 2;
+            auto const* const chroma = planes.uv + std::ptrdiff_t{y / 2} * planes.uvStride + (x & ~1);
             double const luma = (planes.y[std::ptrdiff_t{y} * planes.yStride + x] - 16) / 219.0;
             double const red = luma + 1.5748 * (chroma[1] - 128) / 224.0;
             double const blue = luma + 1.8556 * (chroma[0] - 128) / 224.0;

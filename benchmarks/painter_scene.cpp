@@ -37,10 +37,10 @@ Texts textsOf(Scene const& scene, int frame)
 
 PictureRing::PictureRing(Scene const& scene)
 {
-    for (std::size_t i = 0; i < kPictures; ++i) {
-        pictures_[i] = std::make_unique<zelvo::ZelvoPicture>(static_cast<unsigned>(scene.width()),
-                                                             static_cast<unsigned>(scene.height()));
-        planes_[i] = imaging::planesOf(*pictures_[i]);
+    for (std::size_t i = 0; i < scene.pictures; ++i) {
+        pictures_.push_back(std::make_unique<zelvo::ZelvoPicture>(static_cast<unsigned>(scene.width()),
+                                                                  static_cast<unsigned>(scene.height())));
+        planes_.push_back(imaging::planesOf(*pictures_.back()));
     }
     fillGround();
 }

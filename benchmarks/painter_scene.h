@@ -16,6 +16,7 @@ struct Scene {
     std::string name;  ///< as the table shows it
     int scale = 1;     ///< of 1920x1080 with texts of 28 pixels
     bool isChanging = false;
+    std::size_t pictures = 1;  ///< that are drawn on in turn
 
     int width() const { return 1920 * scale; }
     int height() const { return 1080 * scale; }
@@ -32,23 +33,21 @@ using Texts = std::array<std::string, kBlocks>;
 /// Three lines of about 60 characters a block; with a changing scene the numbers differ in every frame.
 Texts textsOf(Scene const& scene, int frame);
 
-/// Pictures that are drawn on in turn, as a video's are: none is still in the processor's caches from the frame
-/// before.
+/// Pictures that are drawn on in turn, as a video's are. With many of them none is still in the processor's nearer
+/// caches from the frame before.
 class PictureRing {
 public:
-    static constexpr std::size_t kPictures = 8;
-
     explicit PictureRing(Scene const& scene);
     /// The planes of the picture for a frame; one block of memory, chroma right behind luma.
-    MappedNV12 const& planesOf(int frame) const { return planes_[static_cast<std::size_t>(frame) % kPictures]; }
+    MappedNV12 const& planesOf(int frame) const { return planes_[static_cast<std::size_t>(frame) % planes_.size()]; }
     /// Bytes from the first of luma to the end of chroma.
     static std::size_t bytesOf(MappedNV12 const& planes);
     /// Paints a ground of waves over all pictures.
     void fillGround();
 
 private:
-    std::array<std::unique_ptr<zelvo::ZelvoPicture>, kPictures> pictures_;
-    std::array<MappedNV12, kPictures> planes_;
+    std::vector<std::unique_ptr<zelvo::ZelvoPicture>> pictures_;
+    std::vector<MappedNV12> planes_;
 };
 
 /// Something that draws a scene's blocks, text on a half-opaque black box.

@@ -20,7 +20,7 @@ using imaging::Span;
 using imaging_test::TestPicture;
 
 constexpr int kWidest = 130;
-constexpr std::size_t kCoverageBytes = 2 * kWidest;
+constexpr std::size_t kCoverageBytes = 260;  // two of the widest
 constexpr int kRows = 3;
 
 std::vector<std::uint8_t> randomCoverage(std::size_t size, std::uint32_t seed)
