@@ -85,7 +85,7 @@ std::optional<ClipFrame> AnnotatedClip::next()
 std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& frame)
 {
     // The plugin takes frame number 0 for "none yet".
-    return renderer_.render(frame.number + 1, frame.seconds, frame.picture, timeline_.producers(), frame.telemetry);
+    return renderer_.render(frame.number + 1, frame.picture, timeline_.producers(), frame.telemetry);
 }
 
 void AnnotatedClip::learnTraits_(AVFrame const& frame)

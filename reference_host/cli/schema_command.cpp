@@ -21,7 +21,7 @@ void showKeys(frame::FrameRenderer& renderer, SwJsonObject payload)
     choice.producer = producer;
     choice.payload = std::make_shared<SwJsonObject const>(std::move(payload));
     choice.payloadFrame = 1;
-    renderer.render(1, 0.0, renderer.takePicture(kSide, kSide), {producer}, {choice});
+    renderer.render(1, renderer.takePicture(kSide, kSide), {producer}, {choice});
 }
 
 }  // namespace

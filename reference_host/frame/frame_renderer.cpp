@@ -2,24 +2,16 @@
 #include "frame_renderer.h"
 
 #include "imaging_access.h"
-#include "video_clock.h"
 
 #include "RenderContext.h"
 #include "SwAny.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace frame {
 namespace {
 
 constexpr char const* kInputType = "stanag.v1";
-/// Where the plugin's clock begins: steady clocks never stand near zero, which plugins take for "not set".
-constexpr double kClockOrigin = 1000.0;
-
-/// A jump further than this cannot be a presentation time; the clock then stands still.
-constexpr double kMaxSeconds = 1e9;
-
 constexpr char const* kPictureNamespace = "/stanag_overlay";
 
 /// The payload of the choice that stands under this frame and key; empty when there is none.
@@ -54,7 +46,7 @@ void fillInputs(RenderContext& context, std::vector<std::string> const& producer
 
 }  // namespace
 
-FrameRenderer::FrameRenderer() : pool_(std::make_shared<zelvo::ZelvoPicturePool>()), clockSeconds_(kClockOrigin)
+FrameRenderer::FrameRenderer() : pool_(std::make_shared<zelvo::ZelvoPicturePool>())
 {
     imaging::openFonts(painter_);
     if (!plugin_.get().init(RenderInit{&backend_, &painter_})) {
@@ -72,7 +64,7 @@ std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::takePicture(unsigned width, 
     return picture;
 }
 
-std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::render(std::uint64_t frameIndex, double seconds,
+std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::render(std::uint64_t frameIndex,
                                                            std::shared_ptr<zelvo::ZelvoPicture> const& source,
                                                            std::vector<std::string> const& producers,
                                                            std::vector<Choice> const& choices)
@@ -85,15 +77,7 @@ std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::render(std::uint64_t frameIn
     context.picture.reset(kPictureNamespace, frameIndex, source, pool_, nullptr);
     fillInputs(context, producers, choices);
 
-    firstSeconds_ = firstSeconds_.value_or(seconds);
-    double const sinceFirst = seconds - *firstSeconds_;
-    if (sinceFirst < kMaxSeconds) {
-        clockSeconds_ = std::max(clockSeconds_, kClockOrigin + sinceFirst);
-    }
-    {
-        VideoClockScope const clock(clockSeconds_);
-        plugin_.get().render(context);
-    }
+    plugin_.get().render(context);
 
     // Both the source and the copy were made by this host and are not const in truth.
     return std::const_pointer_cast<zelvo::ZelvoPicture>(context.picture.readablePicShared());

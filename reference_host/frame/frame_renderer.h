@@ -11,7 +11,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,9 +30,8 @@ public:
 
     /// Lets the plugin draw on a frame: the picture that comes back is `source` itself when nothing was
     /// drawn, else its annotated copy. `producers` are all that could deliver telemetry, `choices` what
-    /// they deliver for this frame. `frameIndex` counts from 1. `seconds` is the frame's presentation time,
-    /// which is the plugin's time too; where it falls back, the plugin's time stands still.
-    std::shared_ptr<zelvo::ZelvoPicture> render(std::uint64_t frameIndex, double seconds,
+    /// they deliver for this frame. `frameIndex` counts from 1.
+    std::shared_ptr<zelvo::ZelvoPicture> render(std::uint64_t frameIndex,
                                                 std::shared_ptr<zelvo::ZelvoPicture> const& source,
                                                 std::vector<std::string> const& producers,
                                                 std::vector<Choice> const& choices);
@@ -44,8 +42,6 @@ private:
     MappedBackend backend_;
     std::shared_ptr<zelvo::ZelvoPicturePool> pool_;
     LoadedPlugin plugin_;
-    std::optional<double> firstSeconds_;
-    double clockSeconds_;  ///< of the last frame
 };
 
 }  // namespace frame

@@ -292,18 +292,6 @@ TEST_F(Commands, TelemetryFileMeetsFramesByTimeSinceTheFirstPicture)
     }
 }
 
-TEST_F(Commands, DurationsOfTheConfigurationAreTimeOfTheVideo)
-{
-    e2e::writeFile(file("late.json"), R"({"overlay":[{"formatString":"N %heading_deg","textSize":100,)"
-                                      R"("condition":{"key":"heading_deg","showAfterMs":200}}]})");
-    std::vector<std::string> const lines = e2e::linesOf(call({"text", "@a.ts", "-c", "@late.json"}).out);
-    ASSERT_EQ(lines.size(), 20U);
-    for (std::size_t number = 0; number < lines.size(); ++number) {
-        bool const empty = lines[number].find("\"draws\": []") != std::string::npos;
-        EXPECT_EQ(empty, number < 5) << lines[number];
-    }
-}
-
 TEST_F(Commands, SchemaListsTheKeysOfTheInput)
 {
     Result const plain = call({"schema"});

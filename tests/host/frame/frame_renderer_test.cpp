@@ -1,16 +1,13 @@
 // The plugin's library found and loaded, and frames through it, as the program does it.
 #include "frame_renderer.h"
 #include "imaging_access.h"
-#include "video_clock.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -77,10 +74,10 @@ public:
     }
 
     std::vector<std::string> render(std::uint64_t frameIndex, std::vector<std::string> const& producers,
-                                    std::vector<Choice> const& choices, double seconds = 0.0)
+                                    std::vector<Choice> const& choices)
     {
         texts_.clear();
-        renderer_.render(frameIndex, seconds, renderer_.takePicture(64, 1080), producers, choices);
+        renderer_.render(frameIndex, renderer_.takePicture(64, 1080), producers, choices);
         return texts_;
     }
 
@@ -106,81 +103,12 @@ TEST(FrameRenderer, LetsTheFirstProducerWinAndMergesTheRest)
     EXPECT_EQ(recorded.render(1, {"z-first", "a-late"}, {first, late}), Texts{"9 2"});
 }
 
-/// The texts of frames 0.25 s apart, each with the value 7 while `present` is true.
-std::string textsOverTime(std::string const& block, std::vector<bool> const& present, double firstSeconds)
-{
-    Recorded recorded(R"({"overlay":[)" + block + "]}");
-    std::string all;
-    for (std::size_t number = 0; number < present.size(); ++number) {
-        auto const frameIndex = static_cast<std::uint64_t>(number + 1);
-        auto const value = static_cast<std::int64_t>(number);
-        SwJsonObject payload{{"other", SwJsonValue(1)}};
-        if (present[number]) {
-            payload.insertOrAssign("a", SwJsonValue(value));
-        }
-        Texts const texts = recorded.render(frameIndex, {"klv"}, {choiceOf("klv", payload, frameIndex)},
-                                            firstSeconds + 0.25 * static_cast<double>(number));
-        all += (all.empty() ? "" : " ") + (texts.empty() ? "." : texts.front());
-    }
-    return all;
-}
-
-TEST(FrameRenderer, CountsDurationsInTheTimeOfTheVideo)
-{
-    // However fast the frames are rendered.
-    for (double const first : {0.0, 2.167, 95443.7}) {
-        SCOPED_TRACE(first);
-        std::vector<bool> const always(8, true);
-        EXPECT_EQ(textsOverTime(R"({"formatString":"n%a","condition":{"key":"a","showAfterMs":1000}})", always, first),
-                  ". . . . n4 n5 n6 n7");
-        EXPECT_EQ(textsOverTime(R"({"formatString":"n%a","formats":{"a":{"refreshEveryMs":500}}})", always, first),
-                  "n0 n0 n2 n2 n4 n4 n6 n6");
-        std::vector<bool> const gone = {true, true, false, false, false, false, false, false};
-        EXPECT_EQ(textsOverTime(R"({"formatString":"n%a","condition":{"key":"a","keepAfterMs":750}})", gone, first),
-                  "n0 n1 n1 n1 n1 . . .");
-    }
-}
-
-TEST(FrameRenderer, LetsTheClockStandStillWhereTimesFallBack)
-{
-    Recorded recorded(R"({"overlay":[{"formatString":"n%a","condition":{"key":"a","showAfterMs":1000}}]})");
-    std::string all;
-    std::uint64_t number = 0;
-    for (double const seconds : {5.0, 5.75, 1.0, 1.5, 5.99, 1e300, 6.0}) {
-        ++number;
-        Texts const texts =
-            recorded.render(number, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(1)}}, number)}, seconds);
-        all += texts.empty() ? "." : "n";
-    }
-    EXPECT_EQ(all, "......n");
-}
-
-TEST(VideoClock, StandsAtTheGivenTimeInItsScopeOnly)
-{
-    using Clock = std::chrono::steady_clock;
-    Clock::time_point const before = Clock::now();
-    {
-        frame::VideoClockScope const outer(12.5);
-        EXPECT_EQ(Clock::now().time_since_epoch(), std::chrono::milliseconds(12500));
-        {
-            frame::VideoClockScope const inner(0.25);
-            EXPECT_EQ(Clock::now().time_since_epoch(), std::chrono::milliseconds(250));
-        }
-        EXPECT_EQ(Clock::now().time_since_epoch(), std::chrono::milliseconds(12500));
-        EXPECT_GT(std::chrono::system_clock::now().time_since_epoch(), std::chrono::hours(24 * 365 * 50));
-        Clock::time_point elsewhere;
-        std::thread([&elsewhere] { elsewhere = Clock::now(); }).join();
-        EXPECT_GE(elsewhere, before);
-    }
-    EXPECT_GE(Clock::now(), before);
-}
-
 TEST(FrameRenderer, DrawsNothingWithoutTelemetry)
 {
     FrameRenderer renderer;
     renderer.plugin().setConfig(R"({"overlay":[{"formatString":"text"}]})");
     auto const source = renderer.takePicture(64, 48);
-    EXPECT_EQ(renderer.render(1, 0.0, source, {"klv"}, {}), source) << "the very same picture";
+    EXPECT_EQ(renderer.render(1, source, {"klv"}, {}), source) << "the very same picture";
 }
 
 TEST(FrameRenderer, LeavesTheSourcePictureAsItIs)
@@ -191,7 +119,7 @@ TEST(FrameRenderer, LeavesTheSourcePictureAsItIs)
     MappedNV12 const planes = imaging::planesOf(*source);
     std::size_t const bytes = static_cast<std::size_t>(planes.yStride) * 240;
     std::fill(planes.y, planes.y + bytes, std::uint8_t{77});
-    auto const drawn = renderer.render(1, 0.0, source, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(1)}}, 1)});
+    auto const drawn = renderer.render(1, source, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(1)}}, 1)});
     EXPECT_NE(drawn, source);
     EXPECT_TRUE(std::all_of(planes.y, planes.y + bytes, [](std::uint8_t y) { return y == 77; }));
     MappedNV12 const result = imaging::planesOf(*drawn);
