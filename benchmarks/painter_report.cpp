@@ -89,12 +89,14 @@ void writePlot(std::string const& path, std::vector<Timing> const& timings)
     constexpr int kLeft = 230;
     constexpr int kWidth = 560;
     constexpr int kBar = 16;
+    constexpr double kLeast = 0.01;
+    constexpr double kMost = 50.0;
     constexpr std::array<char const*, 5> kColors{"#c8c8c8", "#2a7de1", "#e0803a", "#6aa84f", "#9a62b5"};
     auto const scenes = distinct(timings, &Timing::scene);
     auto const painters = distinct(timings, &Timing::painter);
     auto const position = [&](double ms) {
         return kWidth *
-               std::clamp((std::log10(ms) - std::log10(0.02)) / (std::log10(50.0) - std::log10(0.02)), 0.0, 1.0);
+               std::clamp((std::log10(ms) - std::log10(kLeast)) / (std::log10(kMost) - std::log10(kLeast)), 0.0, 1.0);
     };
     auto const rows = scenes.size() * (painters.size() + 1);
     int const height = 40 + static_cast<int>(rows) * kBar + 30;
@@ -102,7 +104,7 @@ void writePlot(std::string const& path, std::vector<Timing> const& timings)
     out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << kLeft + kWidth + 90 << "\" height=\"" << height
         << "\" font-family=\"sans-serif\" font-size=\"12\">\n<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
         << "<text x=\"10\" y=\"20\" font-size=\"14\">Milliseconds a frame (logarithmic, shorter is better)</text>\n";
-    for (double const tick : {0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 20.0, 50.0}) {
+    for (double const tick : {0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1.0, 2.0, 5.0, 10.0, 20.0, 50.0}) {
         double const x = kLeft + position(tick);
         out << "<line x1=\"" << x << "\" x2=\"" << x << "\" y1=\"34\" y2=\"" << height - 24
             << "\" stroke=\"#e4e4e4\"/><text x=\"" << x << "\" y=\"" << height - 8 << "\" text-anchor=\"middle\">"
