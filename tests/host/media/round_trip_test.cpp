@@ -262,7 +262,8 @@ TEST(RoundTrip, SpreadsTelemetryWithoutTimesBetweenPictures)
     std::vector<media::SideUnit> const units = sideUnitsOf(spec.path);
     ASSERT_EQ(units.size(), 30U);
     for (std::size_t number = 0; number < units.size(); ++number) {
-        double const picture = 1.0 + 0.04 * static_cast<double>(number / 3);
+        std::size_t const pictureNumber = number / 3;
+        double const picture = 1.0 + 0.04 * static_cast<double>(pictureNumber);
         EXPECT_NEAR(units[number].seconds, picture - 0.04 * static_cast<double>(2 - number % 3) / 3.0, 1e-9) << number;
     }
 }
