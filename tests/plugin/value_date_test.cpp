@@ -2,14 +2,12 @@
 #include "stanag_overlay_format.h"
 
 #include "global_facet.h"
+#include "time_zone.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
 #include <limits>
 #include <locale>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,33 +28,6 @@ std::string lookup(FormatSpec const& spec, SwJsonValue const& value)
     SwJsonObject const root{{"k", value}};
     return OverlayTextFormatter().lookupFormatted(&root, "k", cfg, runtime, 1);
 }
-
-// Sets the process time zone for one test.
-class TimeZone {
-public:
-    explicit TimeZone(char const* zone)
-    {
-        if (char const* const before = std::getenv("TZ")) {
-            before_ = before;
-        }
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~TimeZone()
-    {
-        if (before_) {
-            setenv("TZ", before_->c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-    TimeZone(TimeZone const&) = delete;
-    TimeZone& operator=(TimeZone const&) = delete;
-
-private:
-    std::optional<std::string> before_;
-};
 
 FormatSpec dateSpec(TimestampUnit unit, char const* pattern = nullptr)
 {
