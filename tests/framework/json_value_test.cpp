@@ -220,7 +220,7 @@ TEST(SwJsonValue, AValueTakesOneOfItsOwnChildren)
     SwJsonObject object{{"inner", SwJsonObject{{"a", 1}}}};
     object = std::move(*object["inner"].editObject());
     EXPECT_TRUE(object == (SwJsonObject{{"a", 1}}));
-    SwJsonArray array{SwJsonArray{1, 2}};
+    SwJsonArray array{SwJsonValue(SwJsonArray{1, 2})};
     array = std::move(*array[0].editArray());
     EXPECT_TRUE(array == (SwJsonArray{1, 2}));
     SwJsonValue const& self = copied;

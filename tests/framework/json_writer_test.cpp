@@ -220,13 +220,13 @@ TEST(SwJsonWriter, IndentedFormStepsByTwoSpaces)
                                        "      ],\n"
                                        "      \"b\": {}\n"
                                        "    }");
-    EXPECT_EQ(written(SwJsonArray{SwJsonArray{SwJsonObject{{"x", "y"}}}}, true), "[\n"
-                                                                                 "  [\n"
-                                                                                 "    {\n"
-                                                                                 "      \"x\": \"y\"\n"
-                                                                                 "    }\n"
-                                                                                 "  ]\n"
-                                                                                 "]");
+    EXPECT_EQ(written(SwJsonArray{SwJsonValue(SwJsonArray{SwJsonObject{{"x", "y"}}})}, true), "[\n"
+                                                                                              "  [\n"
+                                                                                              "    {\n"
+                                                                                              "      \"x\": \"y\"\n"
+                                                                                              "    }\n"
+                                                                                              "  ]\n"
+                                                                                              "]");
     EXPECT_EQ(written(value, false, 5), "{\"a\": [1,true],\"b\": {}}");
     EXPECT_EQ(written(value, true, -3), written(value, true, 0));
     EXPECT_EQ(written(7, true, 3), "7");
