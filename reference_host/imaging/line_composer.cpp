@@ -45,7 +45,7 @@ void LineComposer::begin(Box const& window, Box const& picture)
     // Glyphs are laid in whole blocks, whose zeros may reach beyond the window.
     stride_ = (width_ + 2 * kBlock - 1) / kBlock * kBlock;
     luma_.assign(stride_ * height_, 0);
-    chroma_.resize(width_ / 2 * (height_ / 2));
+    chroma_.resize(width_ * (height_ / 2));
 }
 
 void LineComposer::lay(std::span<PlacedGlyph const> placed, LineStyle const& style, std::int64_t x, std::int64_t y)
@@ -106,12 +106,11 @@ void LineComposer::repeatOddEdges()
 void LineComposer::makeChroma()
 {
     chromaSpans_.clear();
-    std::size_t const pairs = width_ / 2;
     for (std::size_t row = 0; row < height_ / 2; ++row) {
         auto const* const upper = luma_.data() + 2 * row * stride_;
-        halveCoverage(upper, upper + stride_, pairs, chroma_.data() + row * pairs);
-        chromaSpans_.push_back({static_cast<std::int32_t>(row), 0, static_cast<std::int32_t>(pairs),
-                                static_cast<std::uint32_t>(row * pairs)});
+        halveCoverage(upper, upper + stride_, width_ / 2, chroma_.data() + row * width_);
+        chromaSpans_.push_back({static_cast<std::int32_t>(row), 0, static_cast<std::int32_t>(width_),
+                                static_cast<std::uint32_t>(row * width_)});
     }
 }
 
@@ -121,7 +120,7 @@ PackedCoverage LineComposer::pack(CoverageView const& view, std::int64_t x, std:
     packed.left = view.left - x;
     packed.top = view.top - y;
     packSpans(view.lumaSpans, view.luma, kGap, packed.lumaSpans, packed.luma);
-    packSpans(view.chromaSpans, view.chroma, kGap / 2, packed.chromaSpans, packed.chroma);
+    packSpans(view.chromaSpans, view.chroma, kGap, packed.chromaSpans, packed.chroma);
     packed.luma.shrink_to_fit();
     packed.chroma.shrink_to_fit();
     packed.lumaSpans.shrink_to_fit();

@@ -43,17 +43,7 @@ struct WholeAccess {
         return hn::LoadU(d, from);
     }
     template <class D>
-    HWY_INLINE hn::Vec<D> loadHalf(D d, std::uint8_t const* from) const
-    {
-        return hn::LoadU(d, from);
-    }
-    template <class D>
     HWY_INLINE void store(hn::Vec<D> v, D d, std::uint8_t* to) const
-    {
-        hn::StoreU(v, d, to);
-    }
-    template <class D>
-    HWY_INLINE void storeHalf(hn::Vec<D> v, D d, std::uint8_t* to) const
     {
         hn::StoreU(v, d, to);
     }
@@ -69,19 +59,9 @@ struct PartAccess {
         return hn::MaskedLoad(hn::FirstN(d, bytes), d, from);
     }
     template <class D>
-    HWY_INLINE hn::Vec<D> loadHalf(D d, std::uint8_t const* from) const
-    {
-        return hn::MaskedLoad(hn::FirstN(d, bytes / 2), d, from);
-    }
-    template <class D>
     HWY_INLINE void store(hn::Vec<D> v, D d, std::uint8_t* to) const
     {
         hn::BlendedStore(v, hn::FirstN(d, bytes), d, to);
-    }
-    template <class D>
-    HWY_INLINE void storeHalf(hn::Vec<D> v, D d, std::uint8_t* to) const
-    {
-        hn::BlendedStore(v, hn::FirstN(d, bytes / 2), d, to);
     }
 };
 
@@ -129,17 +109,21 @@ HWY_INLINE void fetch(std::uint8_t const* row, std::size_t bytes)
 }
 
 /// Blends the two bytes of each 16-bit lane of `under` towards `lowOver` and `highOver`. The weights are those of
-/// inkWeight; multiplying by them in fixed point rounds as blendInk does.
+/// inkWeight; multiplying by them in fixed point rounds as blendInk does. What is to be added may be negative, but
+/// its low byte is all that an addition of bytes needs.
 template <class V16, class VSigned = hn::VFromD<hn::RebindToSigned<hn::DFromV<V16>>>>
 HWY_INLINE V16 blendLanes(V16 under, VSigned lowOver, VSigned highOver, VSigned lowWeight, VSigned highWeight)
 {
     hn::DFromV<V16> const d;
     hn::RebindToSigned<decltype(d)> const dSigned;
-    auto const low = hn::BitCast(dSigned, hn::And(under, hn::Set(d, std::uint16_t{0x00FF})));
+    hn::Repartition<std::uint8_t, decltype(d)> const d8;
+    auto const lowByte = hn::Set(d, std::uint16_t{0x00FF});
+    auto const low = hn::BitCast(dSigned, hn::And(under, lowByte));
     auto const high = hn::BitCast(dSigned, hn::ShiftRight<8>(under));
-    auto const newLow = hn::Add(low, hn::MulFixedPoint15(hn::Sub(lowOver, low), lowWeight));
-    auto const newHigh = hn::Add(high, hn::MulFixedPoint15(hn::Sub(highOver, high), highWeight));
-    return hn::BitCast(d, hn::Or(newLow, hn::ShiftLeft<8>(newHigh)));
+    auto const lowStep = hn::BitCast(d, hn::MulFixedPoint15(hn::Sub(lowOver, low), lowWeight));
+    auto const highStep = hn::BitCast(d, hn::MulFixedPoint15(hn::Sub(highOver, high), highWeight));
+    auto const steps = hn::OrAnd(hn::ShiftLeft<8>(highStep), lowStep, lowByte);
+    return hn::BitCast(d, hn::Add(hn::BitCast(d8, under), hn::BitCast(d8, steps)));
 }
 
 /// Which byte of each 16 goes where so that each even one, or each odd one, stands twice in its lane.
@@ -156,16 +140,13 @@ HWY_INLINE auto weightsOf(D8 d8, hn::Vec<D8> coverage, std::uint8_t const* order
     return hn::BitCast(dSigned, hn::ShiftRight<1>(hn::BitCast(d16, twice)));
 }
 
-/// One vector of luma; nothing is written where nothing is covered.
+/// One vector of luma.
 template <class Access, class D8>
 HWY_INLINE void blendLumaVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT luma,
                                 std::uint8_t const* HWY_RESTRICT coverage, std::uint8_t level)
 {
     hn::Repartition<std::uint16_t, D8> const d16;
     auto const covered = access.load(d8, coverage);
-    if (hn::AllTrue(d8, hn::Eq(covered, hn::Zero(d8)))) {
-        return;
-    }
     auto const under = hn::BitCast(d16, access.load(d8, luma));
     auto const over = hn::Set(hn::RebindToSigned<decltype(d16)>(), std::int16_t{level});
     auto const mixed =
@@ -173,112 +154,135 @@ HWY_INLINE void blendLumaVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT
     access.store(hn::BitCast(d8, mixed), d8, luma);
 }
 
-/// One vector of chroma pairs; the coverage is half a vector.
+/// One vector of chroma, in which each coverage byte stands twice as it is.
 template <class Access, class D8>
 HWY_INLINE void blendChromaVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT chroma,
                                   std::uint8_t const* HWY_RESTRICT coverage, std::uint8_t cb, std::uint8_t cr)
 {
     hn::Repartition<std::uint16_t, D8> const d16;
-    hn::Half<D8> const dHalf;
-    auto const covered = access.loadHalf(dHalf, coverage);
-    if (hn::AllTrue(dHalf, hn::Eq(covered, hn::Zero(dHalf)))) {
-        return;
-    }
     hn::RebindToSigned<decltype(d16)> const dSigned;
-    auto const wide = hn::PromoteTo(d16, covered);
-    auto const weight = hn::BitCast(dSigned, hn::ShiftRight<1>(hn::Or(wide, hn::ShiftLeft<8>(wide))));
+    auto const twice = hn::BitCast(d16, access.load(d8, coverage));
+    auto const weight = hn::BitCast(dSigned, hn::ShiftRight<1>(twice));
     auto const under = hn::BitCast(d16, access.load(d8, chroma));
     auto const mixed =
         blendLanes(under, hn::Set(dSigned, std::int16_t{cb}), hn::Set(dSigned, std::int16_t{cr}), weight, weight);
     access.store(hn::BitCast(d8, mixed), d8, chroma);
 }
 
+/// Calls `blend(bytes, coverage, length)` for each span.
+template <class Blend>
+HWY_INLINE void forEachSpan(PlanePlace const& place, Span const* spans, std::size_t count, std::uint8_t const* coverage,
+                            Blend const& blend)
+{
+    for (Span const* span = spans; span != spans + count; ++span) {
+        blend(place.plane + (place.origin + span->row * place.stride + span->column), coverage + span->offset,
+              static_cast<std::size_t>(span->length));
+    }
+}
+
 void blendLumaSpans(PlanePlace const& place, Span const* spans, std::size_t count, std::uint8_t const* coverage,
                     std::uint8_t level)
 {
-    for (Span const* span = spans; span != spans + count; ++span) {
-        auto* const luma = place.plane + (place.origin + span->row * place.stride + span->column);
-        auto const* const covered = coverage + span->offset;
+    forEachSpan(place, spans, count, coverage, [&](std::uint8_t* luma, std::uint8_t const* covered, std::size_t bytes) {
         walk<1>(
-            luma, static_cast<std::size_t>(span->length),
+            luma, bytes,
             [&](auto access, auto d8, std::size_t i) { blendLumaVector(access, d8, luma + i, covered + i, level); },
             [&](std::size_t i) { luma[i] = blendInk(luma[i], level, covered[i]); });
-    }
+    });
 }
 
 void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t count, std::uint8_t const* coverage,
                       std::uint8_t cb, std::uint8_t cr)
 {
-    for (Span const* span = spans; span != spans + count; ++span) {
-        auto* const chroma = place.plane + (place.origin + span->row * place.stride + std::ptrdiff_t{2} * span->column);
-        auto const* const covered = coverage + span->offset;
-        walk<2>(
-            chroma, 2 * static_cast<std::size_t>(span->length),
-            [&](auto access, auto d8, std::size_t i) {
-                blendChromaVector(access, d8, chroma + i, covered + i / 2, cb, cr);
-            },
-            [&](std::size_t i) {
-                chroma[i] = blendInk(chroma[i], cb, covered[i / 2]);
-                chroma[i + 1] = blendInk(chroma[i + 1], cr, covered[i / 2]);
-            });
-    }
+    forEachSpan(place, spans, count, coverage,
+                [&](std::uint8_t* chroma, std::uint8_t const* covered, std::size_t bytes) {
+                    walk<2>(
+                        chroma, bytes,
+                        [&](auto access, auto d8, std::size_t i) {
+                            blendChromaVector(access, d8, chroma + i, covered + i, cb, cr);
+                        },
+                        [&](std::size_t i) {
+                            chroma[i] = blendInk(chroma[i], cb, covered[i]);
+                            chroma[i + 1] = blendInk(chroma[i + 1], cr, covered[i + 1]);
+                        });
+                });
 }
 
-/// One vector blended towards constants; `lowSum` and `highSum` are over * weight + 128.
+/// The two levels that the bytes of a rectangle tend to in turn, and how far; both are the same in luma.
+struct Tint {
+    std::uint8_t even;
+    std::uint8_t odd;
+    int weight;
+};
+
+/// One vector blended towards the tint. Both bytes of a 16-bit lane are multiplied by what remains of them.
 template <class Access, class D8>
-HWY_INLINE void blendEvenVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT bytes, int remaining, int lowSum,
-                                int highSum)
+HWY_INLINE void blendTintVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT bytes, Tint const& tint)
 {
     hn::Repartition<std::uint16_t, D8> const d16;
-    auto const keep = hn::Set(d16, static_cast<std::uint16_t>(remaining));
+    auto const keep = hn::Set(d16, static_cast<std::uint16_t>(kFullWeight - tint.weight));
+    auto const lowAdd = hn::Set(d16, static_cast<std::uint16_t>(tint.even * tint.weight + kFullWeight / 2));
+    auto const highAdd = hn::Set(d16, static_cast<std::uint16_t>(tint.odd * tint.weight + kFullWeight / 2));
     auto const under = hn::BitCast(d16, access.load(d8, bytes));
-    auto const lowByte = hn::And(under, hn::Set(d16, std::uint16_t{0x00FF}));
-    auto const low = hn::Add(hn::Mul(lowByte, keep), hn::Set(d16, static_cast<std::uint16_t>(lowSum)));
-    auto const high =
-        hn::Add(hn::Mul(hn::ShiftRight<8>(under), keep), hn::Set(d16, static_cast<std::uint16_t>(highSum)));
-    auto const mixed = hn::Or(hn::ShiftRight<8>(low), hn::And(high, hn::Set(d16, std::uint16_t{0xFF00})));
+    auto const low = hn::Add(hn::Mul(hn::And(under, hn::Set(d16, std::uint16_t{0x00FF})), keep), lowAdd);
+    auto const high = hn::Add(hn::Mul(hn::ShiftRight<8>(under), keep), highAdd);
+    auto const mixed = hn::OrAnd(hn::ShiftRight<8>(low), high, hn::Set(d16, std::uint16_t{0xFF00}));
     access.store(hn::BitCast(d8, mixed), d8, bytes);
 }
 
-/// Rows of pairs of bytes, the first of which tend to `even` and the second to `odd`. Single bytes when both are
-/// the same.
-template <std::size_t unit>
-HWY_INLINE void blendEvenRows(std::uint8_t* first, std::ptrdiff_t stride, std::size_t bytes, std::size_t rows,
-                              std::uint8_t even, std::uint8_t odd, int weight)
+/// Likewise with the weight of one half, the commonest for boxes: blendLevel is then the mean, halves up.
+template <class Access, class D8>
+HWY_INLINE void blendHalfTintVector(Access access, D8 d8, std::uint8_t* HWY_RESTRICT bytes, Tint const& tint)
 {
-    constexpr std::size_t kRowsAhead = 2;
-    int const remaining = kFullWeight - weight;
-    int const evenSum = even * weight + 128;
-    int const oddSum = odd * weight + 128;
+    hn::Repartition<std::uint16_t, D8> const d16;
+    auto const over = hn::BitCast(d8, hn::Set(d16, static_cast<std::uint16_t>(tint.even | tint.odd << 8)));
+    access.store(hn::AverageRound(access.load(d8, bytes), over), d8, bytes);
+}
+
+template <std::size_t unit, class Vector>
+HWY_INLINE void blendTintRows(std::uint8_t* first, std::ptrdiff_t stride, std::size_t bytes, std::size_t rows,
+                              Tint const& tint, Vector const& vector)
+{
+    constexpr std::size_t kRowsAhead = 4;
     for (std::size_t row = 0; row < rows; ++row) {
         auto* const to = first + static_cast<std::ptrdiff_t>(row) * stride;
         if (row + kRowsAhead < rows) {
             fetch(to + static_cast<std::ptrdiff_t>(kRowsAhead) * stride, bytes);
         }
         walk<unit>(
-            to, bytes,
-            [&](auto access, auto d8, std::size_t i) {
-                blendEvenVector(access, d8, to + i, remaining, evenSum, oddSum);
-            },
+            to, bytes, [&](auto access, auto d8, std::size_t i) { vector(access, d8, to + i); },
             [&](std::size_t i) {
-                to[i] = blendLevel(to[i], even, weight);
+                to[i] = blendLevel(to[i], tint.even, tint.weight);
                 if constexpr (unit == 2) {
-                    to[i + 1] = blendLevel(to[i + 1], odd, weight);
+                    to[i + 1] = blendLevel(to[i + 1], tint.odd, tint.weight);
                 }
             });
+    }
+}
+
+template <std::size_t unit>
+HWY_INLINE void blendTint(std::uint8_t* first, std::ptrdiff_t stride, std::size_t bytes, std::size_t rows,
+                          Tint const& tint)
+{
+    if (tint.weight == kFullWeight / 2) {
+        blendTintRows<unit>(first, stride, bytes, rows, tint,
+                            [&](auto access, auto d8, std::uint8_t* to) { blendHalfTintVector(access, d8, to, tint); });
+    } else {
+        blendTintRows<unit>(first, stride, bytes, rows, tint,
+                            [&](auto access, auto d8, std::uint8_t* to) { blendTintVector(access, d8, to, tint); });
     }
 }
 
 void blendLumaRect(std::uint8_t* first, std::ptrdiff_t stride, std::size_t width, std::size_t rows, std::uint8_t level,
                    int weight)
 {
-    blendEvenRows<1>(first, stride, width, rows, level, level, weight);
+    blendTint<1>(first, stride, width, rows, {level, level, weight});
 }
 
 void blendChromaRect(std::uint8_t* first, std::ptrdiff_t stride, std::size_t pairs, std::size_t rows, std::uint8_t cb,
                      std::uint8_t cr, int weight)
 {
-    blendEvenRows<2>(first, stride, 2 * pairs, rows, cb, cr, weight);
+    blendTint<2>(first, stride, 2 * pairs, rows, {cb, cr, weight});
 }
 
 void layCoverage(std::uint8_t* to, std::ptrdiff_t toStride, std::uint8_t const* from, std::ptrdiff_t fromStride,
@@ -296,28 +300,27 @@ void layCoverage(std::uint8_t* to, std::ptrdiff_t toStride, std::uint8_t const* 
     }
 }
 
-/// Half a vector of means: sums of two neighbours in 16-bit lanes, both rows, then back to bytes.
+/// One vector of means: sums of two neighbours in 16-bit lanes, both rows, then the mean in both bytes of its lane.
 template <class Access, class D8>
 HWY_INLINE void halveVector(Access access, D8 d8, std::uint8_t const* HWY_RESTRICT upper,
                             std::uint8_t const* HWY_RESTRICT lower, std::uint8_t* HWY_RESTRICT to)
 {
     hn::Repartition<std::uint16_t, D8> const d16;
-    hn::Half<D8> const dHalf;
     auto const lowByte = hn::Set(d16, std::uint16_t{0x00FF});
     auto const a = hn::BitCast(d16, access.load(d8, upper));
     auto const b = hn::BitCast(d16, access.load(d8, lower));
     auto const sumA = hn::Add(hn::And(a, lowByte), hn::ShiftRight<8>(a));
     auto const sumB = hn::Add(hn::And(b, lowByte), hn::ShiftRight<8>(b));
     auto const mean = hn::ShiftRight<2>(hn::Add(hn::Add(sumA, sumB), hn::Set(d16, std::uint16_t{2})));
-    access.storeHalf(hn::DemoteTo(dHalf, hn::BitCast(hn::RebindToSigned<decltype(d16)>(), mean)), dHalf, to);
+    access.store(hn::BitCast(d8, hn::Or(mean, hn::ShiftLeft<8>(mean))), d8, to);
 }
 
 void halveCoverage(std::uint8_t const* upper, std::uint8_t const* lower, std::size_t pairs, std::uint8_t* to)
 {
     walk<2>(
         upper, 2 * pairs,
-        [&](auto access, auto d8, std::size_t i) { halveVector(access, d8, upper + i, lower + i, to + i / 2); },
-        [&](std::size_t i) { to[i / 2] = meanOfFour(upper[i], upper[i + 1], lower[i], lower[i + 1]); });
+        [&](auto access, auto d8, std::size_t i) { halveVector(access, d8, upper + i, lower + i, to + i); },
+        [&](std::size_t i) { to[i] = to[i + 1] = meanOfFour(upper[i], upper[i + 1], lower[i], lower[i + 1]); });
 }
 
 #endif

@@ -32,7 +32,7 @@ constexpr std::uint8_t blendLevel(std::uint8_t under, std::uint8_t over, int wei
 }
 
 /// The weight of a pixel that a box of `weight` covers in part.
-constexpr int partialWeight(std::uint8_t coverage, int weight)
+constexpr int partialWeight(int coverage, int weight)
 {
     return (coverage * weight + 127) / 255;
 }
@@ -43,11 +43,12 @@ constexpr std::uint8_t meanOfFour(int a, int b, int c, int d)
     return static_cast<std::uint8_t>((a + b + c + d + 2) >> 2);
 }
 
-/// Consecutive pixels of one row with coverage of their own.
+/// Consecutive bytes of one row, each with coverage of its own. In chroma both bytes of a pair have the same, and
+/// columns and lengths are even.
 struct Span {
     std::int32_t row = 0;      ///< relative to the place where the coverage is drawn
-    std::int32_t column = 0;   ///< likewise; in chroma counted in pairs
-    std::int32_t length = 0;   ///< pixels or pairs, at least 1
+    std::int32_t column = 0;   ///< likewise, in bytes
+    std::int32_t length = 0;   ///< in bytes, at least 1
     std::uint32_t offset = 0;  ///< of the first coverage byte
 };
 
@@ -62,7 +63,7 @@ struct PlanePlace {
 /// Blends `level` into luma by the spans' coverage.
 void blendLumaSpans(PlanePlace const& place, Span const* spans, std::size_t count, std::uint8_t const* coverage,
                     std::uint8_t level);
-/// Blends a colour into interleaved chroma; coverage has one byte for each pair.
+/// Blends a colour into interleaved chroma.
 void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t count, std::uint8_t const* coverage,
                       std::uint8_t cb, std::uint8_t cr);
 /// Blends `level` into a rectangle of luma, every pixel by the same weight.
@@ -74,7 +75,7 @@ void blendChromaRect(std::uint8_t* first, std::ptrdiff_t stride, std::size_t pai
 /// Lays one coverage picture over another: each byte of `to` becomes the larger of the two.
 void layCoverage(std::uint8_t* to, std::ptrdiff_t toStride, std::uint8_t const* from, std::ptrdiff_t fromStride,
                  std::size_t width, std::size_t rows);
-/// Chroma coverage of two luma rows of `2 * pairs` bytes.
+/// Chroma coverage of two luma rows: the mean of each two by two pixels, twice. All have `2 * pairs` bytes.
 void halveCoverage(std::uint8_t const* upper, std::uint8_t const* lower, std::size_t pairs, std::uint8_t* to);
 
 namespace plain {

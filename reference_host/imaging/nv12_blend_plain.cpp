@@ -6,9 +6,9 @@
 namespace imaging::plain {
 namespace {
 
-std::uint8_t* addressOf(PlanePlace const& place, Span const& span, int bytesPerColumn)
+std::uint8_t* addressOf(PlanePlace const& place, Span const& span)
 {
-    return place.plane + (place.origin + span.row * place.stride + std::ptrdiff_t{span.column} * bytesPerColumn);
+    return place.plane + (place.origin + span.row * place.stride + span.column);
 }
 
 }  // namespace
@@ -17,7 +17,7 @@ void blendLumaSpans(PlanePlace const& place, Span const* spans, std::size_t coun
                     std::uint8_t level)
 {
     for (std::size_t s = 0; s < count; ++s) {
-        auto* const luma = addressOf(place, spans[s], 1);
+        auto* const luma = addressOf(place, spans[s]);
         for (std::int32_t i = 0; i < spans[s].length; ++i) {
             luma[i] = blendInk(luma[i], level, coverage[spans[s].offset + static_cast<std::uint32_t>(i)]);
         }
@@ -28,11 +28,10 @@ void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t co
                       std::uint8_t cb, std::uint8_t cr)
 {
     for (std::size_t s = 0; s < count; ++s) {
-        auto* const chroma = addressOf(place, spans[s], 2);
-        for (std::ptrdiff_t i = 0; i < spans[s].length; ++i) {
-            auto const covered = coverage[spans[s].offset + static_cast<std::size_t>(i)];
-            chroma[2 * i] = blendInk(chroma[2 * i], cb, covered);
-            chroma[2 * i + 1] = blendInk(chroma[2 * i + 1], cr, covered);
+        auto* const chroma = addressOf(place, spans[s]);
+        for (std::int32_t i = 0; i < spans[s].length; ++i) {
+            auto const level = i % 2 == 0 ? cb : cr;
+            chroma[i] = blendInk(chroma[i], level, coverage[spans[s].offset + static_cast<std::uint32_t>(i)]);
         }
     }
 }
@@ -73,7 +72,7 @@ void layCoverage(std::uint8_t* to, std::ptrdiff_t toStride, std::uint8_t const* 
 void halveCoverage(std::uint8_t const* upper, std::uint8_t const* lower, std::size_t pairs, std::uint8_t* to)
 {
     for (std::size_t i = 0; i < pairs; ++i) {
-        to[i] = meanOfFour(upper[2 * i], upper[2 * i + 1], lower[2 * i], lower[2 * i + 1]);
+        to[2 * i] = to[2 * i + 1] = meanOfFour(upper[2 * i], upper[2 * i + 1], lower[2 * i], lower[2 * i + 1]);
     }
 }
 

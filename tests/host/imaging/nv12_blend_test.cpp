@@ -94,15 +94,20 @@ TEST_P(EveryVectorForm, LumaSpans)
 
 TEST_P(EveryVectorForm, ChromaSpans)
 {
-    auto const coverage = randomCoverage(kCoverageBytes, 2);
+    // Each byte twice, the first pair at an odd address.
+    auto const pairs = randomCoverage(kCoverageBytes, 2);
+    std::vector<std::uint8_t> coverage{0};
+    for (auto const c : pairs) {
+        coverage.insert(coverage.end(), {c, c});
+    }
     forAll([&](TestPicture& picture, bool plainForm, int width) {
         if (width > kWidest - 2) {
             return;
         }
-        auto const spans = spansOf(width);
+        std::vector<Span> const spans{{0, 0, 2 * width, 0}, {1, 2, 2 * width, 6}};
         PlanePlace const place{picture.planes().uv, 0, picture.planes().uvStride};
         auto const run = plainForm ? imaging::plain::blendChromaSpans : imaging::blendChromaSpans;
-        run(place, spans.data(), 2, coverage.data(), 240, 16);
+        run(place, spans.data(), spans.size(), coverage.data() + 1, 240, 16);
     });
 }
 
@@ -132,6 +137,18 @@ TEST_P(EveryVectorForm, ChromaRect)
         auto const run = plainForm ? imaging::plain::blendChromaRect : imaging::blendChromaRect;
         int const weight = (width * 91) % 257;
         run(picture.planes().uv, picture.planes().uvStride, static_cast<std::size_t>(width), 2, 17, 222, weight);
+    });
+}
+
+TEST_P(EveryVectorForm, RectsOfOneHalf)
+{
+    forAll([&](TestPicture& picture, bool plainForm, int width) {
+        auto const& planes = picture.planes();
+        auto const pixels = static_cast<std::size_t>(width);
+        auto const luma = plainForm ? imaging::plain::blendLumaRect : imaging::blendLumaRect;
+        luma(planes.y + 1, planes.yStride, pixels, kRows, 91, imaging::kFullWeight / 2);
+        auto const chroma = plainForm ? imaging::plain::blendChromaRect : imaging::blendChromaRect;
+        chroma(planes.uv, planes.uvStride, pixels, 2, 17, 222, imaging::kFullWeight / 2);
     });
 }
 
