@@ -59,126 +59,175 @@ void BoxRenderer::setRadius(double radius)
     }
     radius_ = radius;
     cornerSize_ = static_cast<std::int64_t>(std::ceil(radius));
-    corner_.clear();
+    cornerLoss_.clear();
     if (cornerSize_ <= kLargestKeptCorner) {
         for (std::int64_t y = 0; y < cornerSize_; ++y) {
             for (std::int64_t x = 0; x < cornerSize_; ++x) {
-                corner_.push_back(cornerCoverage(radius, x, y));
+                cornerLoss_.push_back(static_cast<std::uint8_t>(255 - cornerCoverage(radius, x, y)));
             }
         }
     }
 }
 
 /// What a corner takes from the pixel x columns and y rows away from it.
-int BoxRenderer::cornerLoss(std::int64_t x, std::int64_t y) const
+inline int BoxRenderer::cornerLoss(std::int64_t x, std::int64_t y) const
 {
     if (x >= cornerSize_ || y >= cornerSize_) {
         return 0;
     }
-    return 255 -
-           (corner_.empty() ? cornerCoverage(radius_, x, y) : corner_[static_cast<std::size_t>(y * cornerSize_ + x)]);
+    return cornerLoss_.empty() ? 255 - cornerCoverage(radius_, x, y)
+                               : cornerLoss_[static_cast<std::size_t>(y * cornerSize_ + x)];
 }
 
-std::uint8_t BoxRenderer::coverageAt(Box const& box, std::int64_t x, std::int64_t y) const
+inline BoxRenderer::Row BoxRenderer::rowAt(Box const& box, std::int64_t y)
 {
-    if (x < box.left || x >= box.right || y < box.top || y >= box.bottom) {
-        return 0;
-    }
-    std::int64_t const fromLeft = x - box.left;
-    std::int64_t const fromRight = box.right - 1 - x;
     std::int64_t const fromTop = y - box.top;
     std::int64_t const fromBottom = box.bottom - 1 - y;
-    int const loss = cornerLoss(fromLeft, fromTop) + cornerLoss(fromRight, fromTop) + cornerLoss(fromLeft, fromBottom) +
-                     cornerLoss(fromRight, fromBottom);
-    return static_cast<std::uint8_t>(std::max(0, 255 - loss));
+    return {fromTop >= 0 && fromBottom >= 0, std::min(fromTop, fromBottom), std::max(fromTop, fromBottom)};
 }
 
-bool BoxRenderer::isCornerRow(Box const& box, std::int64_t y) const
+inline int BoxRenderer::coverageAt(Box const& box, Row const& row, std::int64_t x) const
 {
-    return y >= box.top && y < box.bottom && (y < box.top + cornerSize_ || y >= box.bottom - cornerSize_);
+    std::int64_t const fromLeft = x - box.left;
+    std::int64_t const fromRight = box.right - 1 - x;
+    if (!row.isInside || fromLeft < 0 || fromRight < 0) {
+        return 0;
+    }
+    std::int64_t const near = std::min(fromLeft, fromRight);
+    std::int64_t const far = std::max(fromLeft, fromRight);
+    int loss = cornerLoss(near, row.near);
+    // Corners of a small box may share a pixel.
+    if (far < cornerSize_ || row.far < cornerSize_) {
+        loss += cornerLoss(far, row.near) + cornerLoss(near, row.far) + cornerLoss(far, row.far);
+    }
+    return std::max(0, 255 - loss);
+}
+
+/// The box cut at its corners' squares: the places where its pieces begin and end in one direction.
+BoxRenderer::Cuts BoxRenderer::cutsOf(std::int64_t first, std::int64_t end) const
+{
+    std::int64_t const near = std::min(first + cornerSize_, end);
+    return {first, near, std::max(end - cornerSize_, near), end};
 }
 
 void BoxRenderer::drawLuma(Job const& job) const
 {
-    Box const& box = job.box;
-    Box const& visible = job.visible;
-    for (std::int64_t y = visible.top; y < visible.bottom;) {
-        // Straight rows are drawn together, a corner row is drawn in three parts.
-        bool const isCorner = isCornerRow(box, y);
-        std::int64_t const inset = isCorner ? cornerSize_ : 0;
-        std::int64_t const end = isCorner ? y + 1 : std::min(visible.bottom, box.bottom - cornerSize_);
-        std::int64_t const from = std::clamp(box.left + inset, visible.left, visible.right);
-        std::int64_t const to = std::clamp(box.right - inset, from, visible.right);
-        blendLumaRect(job.target.y + y * job.target.yStride + from, job.target.yStride,
-                      static_cast<std::size_t>(to - from), static_cast<std::size_t>(end - y), job.color.y, job.weight);
-        drawLumaPart(job, y, visible.left, from);
-        drawLumaPart(job, y, to, visible.right);
-        y = end;
+    Cuts const rows = cutsOf(job.box.top, job.box.bottom);
+    Cuts const columns = cutsOf(job.box.left, job.box.right);
+    fillLuma(job, {columns.near, rows.first, columns.far, rows.near});
+    fillLuma(job, {columns.first, rows.near, columns.end, rows.far});
+    fillLuma(job, {columns.near, rows.far, columns.far, rows.end});
+    drawLumaCorner(job, {columns.first, rows.first, columns.near, rows.near});
+    drawLumaCorner(job, {columns.far, rows.first, columns.end, rows.near});
+    drawLumaCorner(job, {columns.first, rows.far, columns.near, rows.end});
+    drawLumaCorner(job, {columns.far, rows.far, columns.end, rows.end});
+}
+
+void BoxRenderer::fillLuma(Job const& job, Box const& piece)
+{
+    Box const visible = intersectionOf(piece, job.visible);
+    if (!visible.isEmpty()) {
+        blendLumaRect(job.target.y + visible.top * job.target.yStride + visible.left, job.target.yStride,
+                      static_cast<std::size_t>(visible.width()), static_cast<std::size_t>(visible.height()),
+                      job.color.y, job.weight);
     }
 }
 
-/// Pixels `from` to `to` of a corner row.
-void BoxRenderer::drawLumaPart(Job const& job, std::int64_t y, std::int64_t from, std::int64_t to) const
+void BoxRenderer::drawLumaCorner(Job const& job, Box const& square) const
 {
-    auto* const luma = job.target.y + y * job.target.yStride;
-    for (std::int64_t x = from; x < to; ++x) {
-        luma[x] = blendLevel(luma[x], job.color.y, partialWeight(coverageAt(job.box, x, y), job.weight));
+    Box const visible = intersectionOf(square, job.visible);
+    auto const level = job.color.y;
+    for (std::int64_t y = visible.top; y < visible.bottom; ++y) {
+        auto* const luma = job.target.y + y * job.target.yStride;
+        Row const row = rowAt(job.box, y);
+        for (std::int64_t x = visible.left; x < visible.right; ++x) {
+            luma[x] = blendLevel(luma[x], level, partialWeight(coverageAt(job.box, row, x), job.weight));
+        }
     }
 }
 
 void BoxRenderer::drawChroma(Job const& job) const
 {
+    // All of the straight inside first: a pixel that was written a moment ago together with its neighbours is slow
+    // to read by itself.
+    std::int64_t const first = job.visible.top / 2;
     std::int64_t const end = (job.visible.bottom + 1) / 2;
-    for (std::int64_t row = job.visible.top / 2; row < end;) {
-        row += drawChromaRows(job, row, end);
+    for (auto row = first; row < end;) {
+        ChromaBand const band = chromaBandAt(job, row, end);
+        fillChroma(job, band);
+        row += band.rows;
+    }
+    for (auto row = first; row < end;) {
+        ChromaBand const band = chromaBandAt(job, row, end);
+        // Beside the straight inside each row looks the same, beside corners each one looks different.
+        std::int64_t const step = band.isCorner ? 1 : band.rows;
+        for (std::int64_t i = 0; i < band.rows; i += step) {
+            drawChromaPart(job, row + i, step, job.visible.left / 2, band.from);
+            drawChromaPart(job, row + i, step, band.to, (job.visible.right + 1) / 2);
+        }
+        row += band.rows;
     }
 }
 
-/// Draws the samples of `row` and of those below it, before `end`, that look the same; returns how many rows.
-std::int64_t BoxRenderer::drawChromaRows(Job const& job, std::int64_t row, std::int64_t end) const
+/// The rows of samples from `row` on, before `end`, whose straight inside is alike.
+BoxRenderer::ChromaBand BoxRenderer::chromaBandAt(Job const& job, std::int64_t row, std::int64_t end) const
 {
     Box const& box = job.box;
-    MappedNV12 const& target = job.target;
+    Cuts const cuts = cutsOf(box.top, box.bottom);
     // A pixel that the picture lacks is represented by its neighbour inside.
     std::int64_t const upper = 2 * row;
-    std::int64_t const lower = std::min<std::int64_t>(2 * row + 1, target.height - 1);
-    std::int64_t const inset = isCornerRow(box, upper) || isCornerRow(box, lower) ? cornerSize_ : 0;
-    int const upperCoverage = upper >= box.top && upper < box.bottom ? 255 : 0;
-    int const lowerCoverage = lower >= box.top && lower < box.bottom ? 255 : 0;
-    auto const coverage = meanOfFour(upperCoverage, upperCoverage, lowerCoverage, lowerCoverage);
-    bool const isStraight = inset == 0 && coverage == 255;
-    std::int64_t const rows =
-        isStraight ? std::max<std::int64_t>(std::min(end, (box.bottom - cornerSize_) / 2) - row, 1) : 1;
+    std::int64_t const lower = std::min<std::int64_t>(upper + 1, job.target.height - 1);
+    bool const hasUpper = upper >= cuts.first && upper < cuts.end;
+    bool const hasLower = lower >= cuts.first && lower < cuts.end;
+    ChromaBand band;
+    band.row = row;
+    band.coverage = hasUpper && hasLower ? 255 : 128;
+    band.isCorner = (hasUpper && (upper < cuts.near || upper >= cuts.far)) ||
+                    (hasLower && (lower < cuts.near || lower >= cuts.far));
+    // Up to the next cut all rows of two pixels inside are alike.
+    bool const isBelowNear = upper >= cuts.near;
+    std::int64_t const cut = !isBelowNear ? cuts.near : upper >= cuts.far ? cuts.end : cuts.far;
+    band.rows = hasUpper && hasLower ? std::clamp<std::int64_t>(cut / 2 - row, 1, end - row) : 1;
 
+    std::int64_t const inset = band.isCorner ? cornerSize_ : 0;
     std::int64_t const firstPair = job.visible.left / 2;
     std::int64_t const endPair = (job.visible.right + 1) / 2;
     std::int64_t const straightEnd = box.right - inset;
-    std::int64_t const from = std::clamp((std::max<std::int64_t>(box.left + inset, 0) + 1) / 2, firstPair, endPair);
-    std::int64_t const to =
-        straightEnd >= target.width ? endPair : std::clamp(std::max<std::int64_t>(straightEnd, 0) / 2, from, endPair);
-    blendChromaRect(target.uv + row * target.uvStride + 2 * from, target.uvStride, static_cast<std::size_t>(to - from),
-                    static_cast<std::size_t>(rows), job.color.cb, job.color.cr, partialWeight(coverage, job.weight));
-    for (std::int64_t i = row; i < row + rows; ++i) {
-        drawChromaPart(job, i, firstPair, from);
-        drawChromaPart(job, i, to, endPair);
-    }
-    return rows;
+    band.from = std::clamp((std::max<std::int64_t>(box.left + inset, 0) + 1) / 2, firstPair, endPair);
+    band.to = straightEnd >= job.target.width
+                  ? endPair
+                  : std::clamp(std::max<std::int64_t>(straightEnd, 0) / 2, band.from, endPair);
+    return band;
 }
 
-/// Samples `from` to `to`, each by its own pixels.
-void BoxRenderer::drawChromaPart(Job const& job, std::int64_t row, std::int64_t from, std::int64_t to) const
+void BoxRenderer::fillChroma(Job const& job, ChromaBand const& band)
 {
-    auto const at = [&](std::int64_t x, std::int64_t y) {
-        return coverageAt(job.box, std::min<std::int64_t>(x, job.target.width - 1),
-                          std::min<std::int64_t>(y, job.target.height - 1));
-    };
-    auto* const chroma = job.target.uv + row * job.target.uvStride;
+    MappedNV12 const& target = job.target;
+    blendChromaRect(target.uv + band.row * target.uvStride + 2 * band.from, target.uvStride,
+                    static_cast<std::size_t>(band.to - band.from), static_cast<std::size_t>(band.rows), job.color.cb,
+                    job.color.cr, partialWeight(band.coverage, job.weight));
+}
+
+/// Samples `from` to `to` of `rows` rows that are all like the first, each sample by its own pixels.
+void BoxRenderer::drawChromaPart(Job const& job, std::int64_t row, std::int64_t rows, std::int64_t from,
+                                 std::int64_t to) const
+{
+    std::int64_t const lastColumn = job.target.width - 1;
+    std::ptrdiff_t const stride = job.target.uvStride;
+    YCbCr const color = job.color;
+    Row const upper = rowAt(job.box, 2 * row);
+    Row const lower = rowAt(job.box, std::min<std::int64_t>(2 * row + 1, job.target.height - 1));
     for (std::int64_t pair = from; pair < to; ++pair) {
-        auto const coverage = meanOfFour(at(2 * pair, 2 * row), at(2 * pair + 1, 2 * row), at(2 * pair, 2 * row + 1),
-                                         at(2 * pair + 1, 2 * row + 1));
+        std::int64_t const left = 2 * pair;
+        std::int64_t const right = std::min(left + 1, lastColumn);
+        auto const coverage = meanOfFour(coverageAt(job.box, upper, left), coverageAt(job.box, upper, right),
+                                         coverageAt(job.box, lower, left), coverageAt(job.box, lower, right));
         int const weight = partialWeight(coverage, job.weight);
-        chroma[2 * pair] = blendLevel(chroma[2 * pair], job.color.cb, weight);
-        chroma[2 * pair + 1] = blendLevel(chroma[2 * pair + 1], job.color.cr, weight);
+        auto* chroma = job.target.uv + row * job.target.uvStride + left;
+        for (std::int64_t i = 0; i < rows; ++i, chroma += stride) {
+            chroma[0] = blendLevel(chroma[0], color.cb, weight);
+            chroma[1] = blendLevel(chroma[1], color.cr, weight);
+        }
     }
 }
 

@@ -33,19 +33,46 @@ private:
         int weight = 0;
     };
 
+    /// A row of pixels, by its distances from the box's nearer and farther horizontal edge.
+    struct Row {
+        bool isInside = false;
+        std::int64_t near = 0;
+        std::int64_t far = 0;
+    };
+
+    /// In one direction: the first corner's square, the straight part from `near` to `far`, the second square.
+    struct Cuts {
+        std::int64_t first = 0;
+        std::int64_t near = 0;
+        std::int64_t far = 0;
+        std::int64_t end = 0;
+    };
+    /// Rows of chroma samples; those from `from` to `to` are `coverage` / 255 inside.
+    struct ChromaBand {
+        std::int64_t row = 0;
+        std::int64_t rows = 1;
+        std::int64_t from = 0;
+        std::int64_t to = 0;
+        int coverage = 0;
+        bool isCorner = false;
+    };
+
     void setRadius(double radius);
     int cornerLoss(std::int64_t x, std::int64_t y) const;
-    std::uint8_t coverageAt(Box const& box, std::int64_t x, std::int64_t y) const;
-    bool isCornerRow(Box const& box, std::int64_t y) const;
+    static Row rowAt(Box const& box, std::int64_t y);
+    int coverageAt(Box const& box, Row const& row, std::int64_t x) const;
+    Cuts cutsOf(std::int64_t first, std::int64_t end) const;
     void drawLuma(Job const& job) const;
-    void drawLumaPart(Job const& job, std::int64_t y, std::int64_t from, std::int64_t to) const;
+    static void fillLuma(Job const& job, Box const& piece);
+    void drawLumaCorner(Job const& job, Box const& square) const;
     void drawChroma(Job const& job) const;
-    std::int64_t drawChromaRows(Job const& job, std::int64_t row, std::int64_t end) const;
-    void drawChromaPart(Job const& job, std::int64_t row, std::int64_t from, std::int64_t to) const;
+    ChromaBand chromaBandAt(Job const& job, std::int64_t row, std::int64_t end) const;
+    static void fillChroma(Job const& job, ChromaBand const& band);
+    void drawChromaPart(Job const& job, std::int64_t row, std::int64_t rows, std::int64_t from, std::int64_t to) const;
 
     double radius_ = 0;
-    std::int64_t cornerSize_ = 0;       ///< side of the square that a corner may leave uncovered, in pixels
-    std::vector<std::uint8_t> corner_;  ///< the square's coverage row by row; empty for a large corner
+    std::int64_t cornerSize_ = 0;           ///< side of the square that a corner may leave uncovered, in pixels
+    std::vector<std::uint8_t> cornerLoss_;  ///< 255 minus the square's coverage, by rows; empty for a large corner
 };
 
 }  // namespace imaging
