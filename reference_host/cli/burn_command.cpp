@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "config_file.h"
 #include "messages.h"
+#include "output_check.h"
 
 #include "encoder.h"
 #include "imaging_access.h"
@@ -13,9 +14,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <stdexcept>
-#include <system_error>
 
 namespace cli {
 namespace {
@@ -26,14 +24,6 @@ struct WaitingUnit {
     int outputStream;
     AVRational timeBase;
 };
-
-void refuseSameFile(std::string const& input, std::string const& output)
-{
-    std::error_code ignored;
-    if (!media::isAddress(output) && std::filesystem::equivalent(input, output, ignored)) {
-        throw std::runtime_error(output + ": is the input itself; give another name for the output");
-    }
-}
 
 /// Writes the new clip: pictures as they come, telemetry and sound up to each picture's time in the order
 /// of their times.
@@ -180,9 +170,9 @@ void ClipWriter::writeSideUpTo_(double seconds)
 void runBurn(BurnOptions const& options)
 {
     media::containerFor(options.output);
+    refuseToReplace(options.output, options.input, options.config, options.telemetry);
     ConfigFile const config = readConfig(options.config);
     AnnotatedClip clip(options.input, options.telemetry, config.text);
-    refuseSameFile(options.input, options.output);
     ClipWriter writer(options, clip);
     clip.setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
     {

@@ -34,7 +34,8 @@ std::string readAll(std::string const& path)
     std::string text{std::istreambuf_iterator<char>(file), {}};
     if (!file.is_open() || file.bad()) {
         int const reason = errno == 0 ? EIO : errno;
-        throw std::runtime_error(path + ": cannot be read: " + std::strerror(reason) + "; check the path");
+        throw std::runtime_error(path + ": cannot be read: " + std::strerror(reason) +
+                                 (reason == EACCES ? "; make it readable" : "; check the path"));
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "config_file.h"
 #include "messages.h"
+#include "output_check.h"
 
 #include "imaging_access.h"
 #include "png_writer.h"
@@ -72,6 +73,7 @@ private:
 
 void runFrame(FrameOptions const& options)
 {
+    refuseToReplace(options.output, options.input, options.config, options.telemetry);
     ConfigFile const config = readConfig(options.config);
     AnnotatedClip clip(options.input, options.telemetry, config.text);
     ClipFrame const frame = MomentSearch(options, clip).find();

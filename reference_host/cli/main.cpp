@@ -190,6 +190,8 @@ void prepareProcess()
 {
     // A reader that closes its end shows as a failed write, not as a signal.
     std::signal(SIGPIPE, SIG_IGN);
+    // So does a file that grows beyond the limit of this process.
+    std::signal(SIGXFSZ, SIG_IGN);
     media::catchInterrupts();
     media::quietLibraries();
     // The type registry announces itself on its first use; nobody at a terminal needs that.

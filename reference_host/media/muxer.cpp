@@ -64,7 +64,7 @@ Muxer::~Muxer() = default;
 
 void Muxer::fail_(int code) const
 {
-    throw std::runtime_error(writeFailure(file_.path(), errorText(code), code == AVERROR(ENOSPC)));
+    throw std::runtime_error(writeFailure(file_.path(), errorText(code), AVUNERROR(code)));
 }
 
 void Muxer::check_(int code) const

@@ -24,6 +24,19 @@ std::string folderOf(std::string const& path)
     return folder.empty() ? "." : folder;
 }
 
+char const* cureForWriting(int errorNumber)
+{
+    switch (errorNumber) {
+    case ENOSPC:
+    case EDQUOT:
+        return "free some space or choose another folder";
+    case EFBIG:
+        return "raise the limit on file sizes (ulimit -f) or choose another folder";
+    default:
+        return "choose a folder that can be written to";
+    }
+}
+
 }  // namespace
 
 bool isAddress(std::string const& output)
@@ -31,10 +44,9 @@ bool isAddress(std::string const& output)
     return output == "-" || output.find("://") != std::string::npos || output.compare(0, 5, "pipe:") == 0;
 }
 
-std::string writeFailure(std::string const& path, std::string const& reason, bool diskFull)
+std::string writeFailure(std::string const& path, std::string const& reason, int errorNumber)
 {
-    return path + ": cannot be written: " + reason + "; " +
-           (diskFull ? "free some space or choose another folder" : "choose a folder that can be written to");
+    return path + ": cannot be written: " + reason + "; " + cureForWriting(errorNumber);
 }
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)), writePath_(path_)
@@ -68,7 +80,7 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)), writePath_(pa
     int const file = open(writePath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kReadWriteAll);
     if (file < 0) {
         int const reason = errno;
-        throw std::runtime_error(writeFailure(path_, std::strerror(reason), reason == ENOSPC));
+        throw std::runtime_error(writeFailure(path_, std::strerror(reason), reason));
     }
     close(file);
     temporary_ = true;
@@ -88,7 +100,7 @@ void OutputFile::commit()
         return;
     }
     if (std::rename(writePath_.c_str(), target_.c_str()) != 0) {
-        throw std::runtime_error(writeFailure(path_, std::strerror(errno), false));
+        throw std::runtime_error(writeFailure(path_, std::strerror(errno), errno));
     }
     temporary_ = false;
 }

@@ -33,7 +33,8 @@ private:
 /// Whether the text is an address ("udp://...", "-" for standard output) rather than a path.
 bool isAddress(std::string const& output);
 
-/// One line for a failed write; knows the cure for a full disk.
-std::string writeFailure(std::string const& path, std::string const& reason, bool diskFull);
+/// One line for a write that failed with this errno (0: of another cause); knows the cures for full disks and
+/// limited files.
+std::string writeFailure(std::string const& path, std::string const& reason, int errorNumber);
 
 }  // namespace media

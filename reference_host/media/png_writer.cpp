@@ -54,7 +54,7 @@ void writePng(std::string const& path, MappedNV12 const& planes, ColorFormat col
     if (!file || !writeRgb(*rgb, file.get())) {
         int const reason = errno;
         throw std::runtime_error(
-            writeFailure(path, reason == 0 ? "the picture is too large" : std::strerror(reason), reason == ENOSPC));
+            writeFailure(path, reason == 0 ? "the picture is too large" : std::strerror(reason), reason));
     }
     file.reset();
     output.commit();

@@ -9,8 +9,11 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <linux/capability.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,6 +31,20 @@ void redirect(std::string const& path, int flags, int descriptor)
         _exit(126);
     }
     close(file);
+}
+
+/// Called between fork and exec.
+void confine(RunOptions const& options)
+{
+    if (options.fileLimit != 0) {
+        rlimit const limit{options.fileLimit, options.fileLimit};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    if (options.obeysPermissions) {
+        // Fails for ordinary users, who have nothing to give up.
+        prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+        prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+    }
 }
 
 [[noreturn]] void becomeProgram(std::vector<std::string> const& arguments)
@@ -64,6 +81,7 @@ Result run(std::vector<std::string> const& arguments, RunOptions const& options)
         redirect(options.inputFile.empty() ? "/dev/null" : options.inputFile, O_RDONLY, STDIN_FILENO);
         redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
         redirect(folder.file("err"), O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
+        confine(options);
         becomeProgram(arguments);
     }
     Result result;

@@ -1,6 +1,7 @@
 // Runs the built program as a person would and keeps what it said.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,10 @@ struct Result {
 };
 
 struct RunOptions {
-    std::string inputFile;   ///< standard input; empty: nothing to read
-    std::string outputFile;  ///< standard output; empty: kept in Result::out
+    std::string inputFile;          ///< standard input; empty: nothing to read
+    std::string outputFile;         ///< standard output; empty: kept in Result::out
+    std::uint64_t fileLimit = 0;    ///< bytes that a file may grow to; 0: any number
+    bool obeysPermissions = false;  ///< locked files and folders hold for root too
 };
 
 /// Runs `stanag-overlay` with these arguments to its end.

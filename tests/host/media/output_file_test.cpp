@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -108,10 +109,17 @@ TEST(OutputFile, NamesPlaceAndCure)
               "/proc/out.ts: cannot be written: No such file or directory; choose a folder that can be written to");
 }
 
-TEST(OutputFile, KnowsTheCureForAFullDisk)
+TEST(OutputFile, KnowsTheCures)
 {
-    EXPECT_EQ(media::writeFailure("a.ts", "No space left on device", true),
+    EXPECT_EQ(media::writeFailure("a.ts", "No space left on device", ENOSPC),
               "a.ts: cannot be written: No space left on device; free some space or choose another folder");
+    EXPECT_EQ(media::writeFailure("a.ts", "Disk quota exceeded", EDQUOT),
+              "a.ts: cannot be written: Disk quota exceeded; free some space or choose another folder");
+    EXPECT_EQ(media::writeFailure("a.ts", "File too large", EFBIG),
+              "a.ts: cannot be written: File too large; raise the limit on file sizes (ulimit -f) or choose another "
+              "folder");
+    EXPECT_EQ(media::writeFailure("a.ts", "Permission denied", EACCES),
+              "a.ts: cannot be written: Permission denied; choose a folder that can be written to");
 }
 
 }  // namespace

@@ -1,0 +1,34 @@
+// Outputs that would replace an input; see the header.
+#include "output_check.h"
+
+#include "output_file.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+namespace cli {
+namespace {
+
+void refuseSame(std::string const& output, std::string const& source, char const* role)
+{
+    std::error_code notThere;
+    if (std::filesystem::equivalent(source, output, notThere)) {
+        throw std::runtime_error(output + ": is the " + role + " itself; give another name for the output");
+    }
+}
+
+}  // namespace
+
+void refuseToReplace(std::string const& output, std::string const& input, std::string const& config,
+                     std::string const& telemetry)
+{
+    if (media::isAddress(output)) {
+        return;
+    }
+    refuseSame(output, input, "input");
+    refuseSame(output, config, "configuration");
+    refuseSame(output, telemetry, "telemetry file");
+}
+
+}  // namespace cli

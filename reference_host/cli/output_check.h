@@ -1,0 +1,13 @@
+// What an output must not replace; asked before a command that writes begins its work.
+#pragma once
+
+#include <string>
+
+namespace cli {
+
+/// Throws std::runtime_error with one line when `output` is a file that the command reads, by whatever name.
+/// `telemetry` may be empty.
+void refuseToReplace(std::string const& output, std::string const& input, std::string const& config,
+                     std::string const& telemetry);
+
+}  // namespace cli
