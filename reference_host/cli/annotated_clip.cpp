@@ -41,6 +41,7 @@ AnnotatedClip::AnnotatedClip(std::string const& input, std::string const& teleme
     } else {
         filePackets_ = telemetry::readTelemetryFile(telemetryFile_, summary_.counts);
         summary_.anyStream = true;
+        summary_.fromFile = true;
     }
     renderer_.plugin().setConfig(config);
 }

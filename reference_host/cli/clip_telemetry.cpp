@@ -19,7 +19,7 @@ std::string whyNothing(TelemetrySummary const& summary)
     if (summary.counts.foreignKeys > 0) {
         return counted(summary.counts.foreignKeys, "KLV packet is", "KLV packets are") + " not MISB ST 0601";
     }
-    return "the KLV stream holds no MISB ST 0601 packet";
+    return summary.fromFile ? "the file holds no packet" : "the KLV stream holds no MISB ST 0601 packet";
 }
 
 }  // namespace

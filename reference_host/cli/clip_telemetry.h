@@ -17,6 +17,7 @@ struct TelemetrySummary {
     telemetry::KlvCounts counts;
     std::uint64_t usable = 0;  ///< packets that held at least one key
     bool anyStream = false;    ///< whether there was a telemetry stream or file at all
+    bool fromFile = false;     ///< whether it was a telemetry file
 };
 
 class KlvStreams {

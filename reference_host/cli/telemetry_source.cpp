@@ -56,6 +56,7 @@ TelemetrySummary forEachPacket(std::string const& input, std::string const& tele
     TelemetrySummary summary;
     if (!telemetryFile.empty() || isRawKlv(input)) {
         summary.anyStream = true;
+        summary.fromFile = true;
         std::vector<telemetry::Packet> const packets =
             telemetryFile.empty() ? telemetry::readKlvFile(input, summary.counts)
                                   : telemetry::readTelemetryFile(telemetryFile, summary.counts);

@@ -19,6 +19,13 @@ TelemetrySummary summaryOf(telemetry::KlvCounts counts, std::uint64_t usable, bo
     return summary;
 }
 
+TelemetrySummary fileWithoutPackets()
+{
+    TelemetrySummary summary = summaryOf({}, 0);
+    summary.fromFile = true;
+    return summary;
+}
+
 struct Row {
     char const* name;
     TelemetrySummary summary;
@@ -47,6 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"empty_stream",
             summaryOf({}, 0),
             {"a.ts: no usable telemetry was found: the KLV stream holds no MISB ST 0601 packet"}},
+        Row{"empty_file", fileWithoutPackets(), {"a.ts: no usable telemetry was found: the file holds no packet"}},
         Row{"one_bad",
             summaryOf({5, 1, 0, 0}, 5),
             {"a.ts: 1 of 5 telemetry packets has a wrong checksum and was used all the same"}},
