@@ -12,7 +12,11 @@ inline constexpr std::size_t kGlyphCacheEntries = 8192;
 
 class GlyphCache {
 public:
-    explicit GlyphCache(Fonts const& fonts) : fonts_(fonts), images_(kGlyphCacheEntries, kGlyphCacheBytes) {}
+    explicit GlyphCache(Fonts const& fonts, std::size_t maxBytes = kGlyphCacheBytes)
+        : fonts_(fonts)
+        , images_(kGlyphCacheEntries, maxBytes)
+    {
+    }
 
     /// The glyph's coverage, rasterised on first use; good until the next call.
     GlyphImage const& image(GlyphKey const& key)
@@ -23,6 +27,8 @@ public:
     }
 
     void clear() { images_.clear(); }
+    /// Frees a glyph larger than the whole bound; to be called when a text is done.
+    void forgetLent() { images_.forgetLent(); }
     std::size_t cachedBytes() const { return images_.bytes(); }
 
 private:

@@ -13,8 +13,7 @@ namespace imaging {
 template <class Value>
 class LruCache {
 public:
-    /// Holds at most `maxEntries` (at least 1) values of together at most `maxBytes` as told to `insert`; a
-    /// single value larger than that is held alone.
+    /// Holds at most `maxEntries` (at least 1) values of together at most `maxBytes` as told to `insert`.
     LruCache(std::size_t maxEntries, std::size_t maxBytes) : maxEntries_(maxEntries), maxBytes_(maxBytes)
     {
         std::size_t buckets = 1;
@@ -41,9 +40,16 @@ public:
         return nullptr;
     }
 
-    /// Adds a value that is not there yet and occupies `bytes`; older ones make room.
+    /// Adds a value that is not there yet and occupies `bytes`; older ones make room. A value larger than the
+    /// whole bound is only lent: it is not found again, and gone with the next `insert` or `forgetLent`.
     Value& insert(std::uint64_t hash, Value value, std::size_t bytes)
     {
+        if (bytes > maxBytes_) {
+            isLending_ = true;
+            lent_ = std::move(value);
+            return lent_;
+        }
+        forgetLent();
         while (count_ > 0 && (count_ == maxEntries_ || bytes_ + bytes > maxBytes_)) {
             evictOldest();
         }
@@ -59,8 +65,16 @@ public:
         return slot.value;
     }
 
+    void forgetLent()
+    {
+        if (std::exchange(isLending_, false)) {
+            lent_ = Value();
+        }
+    }
+
     void clear()
     {
+        forgetLent();
         while (count_ > 0) {
             evictOldest();
         }
@@ -132,6 +146,8 @@ private:
     std::uint32_t free_ = kNone;
     std::vector<std::uint32_t> heads_;
     std::vector<Slot> slots_;
+    Value lent_;
+    bool isLending_ = false;
 };
 
 /// Scatters `value` over 64 bits and joins it with what was hashed before.

@@ -173,4 +173,21 @@ TEST_F(Glyphs, CacheStaysWithinItsBound)
     EXPECT_GT(cache.cachedBytes(), imaging::kGlyphCacheBytes / 2);
 }
 
+TEST_F(Glyphs, LargerThanTheWholeCacheAreMadeEachTimeAndNotKept)
+{
+    imaging::GlyphCache cache(fonts_, 2000);
+    auto const small = key(U'i', 20);
+    cache.image(small);
+    auto const bytes = cache.cachedBytes();
+    ASSERT_GT(bytes, 0U);
+    for (int round = 0; round < 2; ++round) {
+        auto const& large = cache.image(key(U'W', 200));
+        EXPECT_EQ(large.coverage, image(U'W', 200).coverage);
+        EXPECT_EQ(cache.cachedBytes(), bytes);
+        cache.forgetLent();
+    }
+    cache.image(small);
+    EXPECT_EQ(cache.cachedBytes(), bytes);
+}
+
 }  // namespace

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <list>
-#include <map>
+#include <memory>
 #include <random>
 #include <string>
 
@@ -56,15 +56,34 @@ TEST(LruCache, NeverHoldsMoreBytesThanItsBound)
     EXPECT_EQ(find(cache, "b"), nullptr);
 }
 
-TEST(LruCache, HoldsAValueBeyondTheBoundAlone)
+TEST(LruCache, LendsAValueBeyondTheBoundWithoutHoldingIt)
 {
     LruCache<std::string> cache(10, 30);
     cache.insert(1, "a", 10);
-    cache.insert(1, "huge", 1000);
+    EXPECT_EQ(cache.insert(1, "huge", 31), "huge");
+    EXPECT_EQ(find(cache, "huge"), nullptr);
+    EXPECT_NE(find(cache, "a"), nullptr);
     EXPECT_EQ(cache.size(), 1U);
-    EXPECT_NE(find(cache, "huge"), nullptr);
-    cache.insert(1, "b", 10);
     EXPECT_EQ(cache.bytes(), 10U);
+    EXPECT_EQ(cache.insert(1, "all of it", 30), "all of it");
+    EXPECT_EQ(find(cache, "a"), nullptr);
+    EXPECT_EQ(cache.bytes(), 30U);
+}
+
+TEST(LruCache, LentValueIsFreedWhenToldAndByTheNextInsert)
+{
+    LruCache<std::shared_ptr<int>> cache(10, 30);
+    auto const value = std::make_shared<int>(7);
+    cache.insert(1, value, 31);
+    EXPECT_EQ(value.use_count(), 2);
+    cache.forgetLent();
+    EXPECT_EQ(value.use_count(), 1);
+    cache.insert(1, value, 31);
+    cache.insert(2, nullptr, 1);
+    EXPECT_EQ(value.use_count(), 1);
+    cache.insert(1, value, 31);
+    cache.clear();
+    EXPECT_EQ(value.use_count(), 1);
 }
 
 TEST(LruCache, ClearForgetsEverything)
