@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 namespace imaging {
 namespace {
@@ -103,6 +105,34 @@ std::vector<DirectedRun> visualRuns(std::string_view line)
     }
     reorder(runs, runLevels);
     return runs;
+}
+
+std::vector<DirectedRun> const& RunCache::runsOf(std::string_view line)
+{
+    key_ = line;
+    std::replace_if(
+        key_.begin(), key_.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+    runs_.clear();
+    for (auto const& run : entryOf(key_).runs) {
+        runs_.push_back({line.substr(run.offset, run.length), run.direction});
+    }
+    lines_.forgetLent();
+    return runs_;
+}
+
+RunCache::Entry const& RunCache::entryOf(std::string_view line)
+{
+    std::uint64_t const hash = joinHash(std::hash<std::string_view>()(line), 1);
+    auto const* const known = lines_.find(hash, [&](Entry const& entry) { return entry.line == line; });
+    if (known != nullptr) {
+        return *known;
+    }
+    Entry entry{std::string(line), {}};
+    for (auto const& run : visualRuns(line)) {
+        entry.runs.push_back({static_cast<std::size_t>(run.text.data() - line.data()), run.text.size(), run.direction});
+    }
+    std::size_t const bytes = sizeof(Entry) + entry.line.capacity() + 1 + entry.runs.capacity() * sizeof(Run);
+    return lines_.insert(hash, std::move(entry), bytes);
 }
 
 }  // namespace imaging

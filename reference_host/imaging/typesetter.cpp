@@ -1,7 +1,6 @@
 // Cuts a line into words and places their glyphs; between the text renderer and the shaper.
 #include "typesetter.h"
 
-#include "bidi.h"
 #include "utf8.h"
 
 namespace imaging {
@@ -70,7 +69,7 @@ SetLine Typesetter::set(std::string_view line, LineStyle const& style, std::vect
 
 void Typesetter::setMixedLine(std::string_view line, Pen& pen)
 {
-    for (auto const& run : visualRuns(line)) {
+    for (auto const& run : runs_.runsOf(line)) {
         setRun(run.text, run.direction, pen);
     }
 }
@@ -78,11 +77,11 @@ void Typesetter::setMixedLine(std::string_view line, Pen& pen)
 void Typesetter::setRun(std::string_view run, Direction direction, Pen& pen)
 {
     if (direction == Direction::RightToLeft) {
-        std::vector<std::string_view> words;
-        for (; !run.empty(); run.remove_prefix(words.back().size())) {
-            words.push_back(run.substr(0, wordLength(run)));
+        words_.clear();
+        for (; !run.empty(); run.remove_prefix(words_.back().size())) {
+            words_.push_back(run.substr(0, wordLength(run)));
         }
-        for (auto word = words.rbegin(); word != words.rend(); ++word) {
+        for (auto word = words_.rbegin(); word != words_.rend(); ++word) {
             setWord(*word, direction, pen);
         }
         return;

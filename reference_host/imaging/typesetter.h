@@ -1,6 +1,7 @@
 // Setting one line: text to glyphs at pixel positions.
 #pragma once
 
+#include "bidi.h"
 #include "geometry.h"
 #include "glyph_cache.h"
 #include "shaper.h"
@@ -57,6 +58,9 @@ public:
     /// whatever their digits are.
     SetLine set(std::string_view line, LineStyle const& style, std::vector<PlacedGlyph>& placed);
 
+    /// Of the directions of lines.
+    std::size_t cachedBytes() const { return runs_.cachedBytes(); }
+
 private:
     struct Pen {
         LineStyle style;
@@ -72,6 +76,8 @@ private:
 
     Shaper& shaper_;
     GlyphCache& glyphs_;
+    RunCache runs_;
+    std::vector<std::string_view> words_;  ///< of the run being set from right to left
 };
 
 }  // namespace imaging

@@ -189,4 +189,48 @@ TEST(Bidi, RunsStandInVisualOrder)
     EXPECT_EQ(parts, (std::vector<std::string>{">ab ", ">12", "<\u05D0\u05D1 ", "> cd"}));
 }
 
+std::string described(std::vector<imaging::DirectedRun> const& runs)
+{
+    std::string text;
+    for (auto const& run : runs) {
+        text += (run.direction == Direction::RightToLeft ? "<" : ">") + std::string(run.text);
+    }
+    return text;
+}
+
+TEST(Bidi, RememberedRunsAreThoseOfTheLineItself)
+{
+    imaging::RunCache cache;
+    for (char const* const text : {"ab \u05D0\u05D1 12 cd", "ab \u05D0\u05D1 97 cd", "\u0639 1.5 (3) \u0644", "", "12",
+                                   "\u0639 8.0 (7) \u0644", "\u0639 \u0660\u0661 5"}) {
+        EXPECT_EQ(described(cache.runsOf(text)), described(imaging::visualRuns(text))) << text;
+    }
+}
+
+TEST(Bidi, LineWhoseNumbersChangeIsKnown)
+{
+    imaging::RunCache cache;
+    cache.runsOf("\u0639\u0644 1250.5 m");
+    auto const bytes = cache.cachedBytes();
+    ASSERT_GT(bytes, 0U);
+    EXPECT_EQ(described(cache.runsOf("\u0639\u0644 9876.3 m")),
+              described(imaging::visualRuns("\u0639\u0644 9876.3 m")));
+    EXPECT_EQ(cache.cachedBytes(), bytes);
+    cache.runsOf("\u0639\u0644 19876.3 m");
+    EXPECT_GT(cache.cachedBytes(), bytes);
+}
+
+TEST(Bidi, RememberedRunsStayWithinTheirBound)
+{
+    imaging::RunCache cache;
+    std::string const longer = std::string(imaging::kRunCacheBytes, 'a') + "\u0639";
+    EXPECT_EQ(cache.runsOf(longer).size(), 2U);
+    EXPECT_EQ(cache.cachedBytes(), 0U);
+    for (int i = 0; i < 3000; ++i) {
+        cache.runsOf(std::string(static_cast<std::size_t>(i), 'a') + "\u0639");
+        ASSERT_LE(cache.cachedBytes(), imaging::kRunCacheBytes) << i;
+    }
+    EXPECT_GT(cache.cachedBytes(), imaging::kRunCacheBytes / 2);
+}
+
 }  // namespace
