@@ -27,6 +27,20 @@ void blend(MappedNV12 const& target, CoverageView const& view, std::int64_t left
     blendChromaSpans(chroma, view.chromaSpans.data(), view.chromaSpans.size(), view.chroma, color.cb, color.cr);
 }
 
+/// Puts the parts of `spans` that lie in `visible` into `cut`.
+void cutSpans(std::span<Span const> spans, Box const& visible, std::vector<Span>& cut)
+{
+    cut.clear();
+    for (auto const& span : spans) {
+        std::int64_t const begin = std::max<std::int64_t>(span.column, visible.left);
+        std::int64_t const end = std::min<std::int64_t>(std::int64_t{span.column} + span.length, visible.right);
+        if (span.row >= visible.top && span.row < visible.bottom && begin < end) {
+            cut.push_back({span.row, static_cast<std::int32_t>(begin), static_cast<std::int32_t>(end - begin),
+                           span.offset + static_cast<std::uint32_t>(begin - span.column)});
+        }
+    }
+}
+
 }  // namespace
 
 TextRenderer::TextRenderer()
@@ -54,7 +68,8 @@ void TextRenderer::openFonts(std::string const& family)
 
 CachedBytes TextRenderer::cachedBytes() const
 {
-    return {glyphs_.cachedBytes(), shaper_.cachedBytes(), composed_.bytes(), measures_.bytes()};
+    return {glyphs_.cachedBytes(), shaper_.cachedBytes(), composed_.bytes(), measures_.bytes(),
+            typesetter_.cachedBytes()};
 }
 
 bool TextRenderer::isReady(std::string_view text, LineStyle const& style)
@@ -78,6 +93,7 @@ std::optional<Box> TextRenderer::measure(std::string_view text, int x, int y, Li
         return std::nullopt;
     }
     layOut(text, x, y, style);
+    glyphs_.forgetLent();
     return box_.movedBy(x, y);
 }
 
@@ -91,6 +107,7 @@ void TextRenderer::draw(MappedNV12 const& target, std::string_view text, int x, 
     for (auto const& group : groups_) {
         drawGroup(target, group, color);
     }
+    glyphs_.forgetLent();
 }
 
 void TextRenderer::layOut(std::string_view text, int x, int y, LineStyle const& style)
@@ -207,23 +224,21 @@ std::uint64_t TextRenderer::hashOf(Group const& group) const
 void TextRenderer::drawGroup(MappedNV12 const& target, Group const& group, YCbCr const& color)
 {
     Box const picture{0, 0, target.width, target.height};
-    // Inside this box every chroma sample has four pixels.
-    Box const whole{0, 0, floorToEven(target.width), floorToEven(target.height)};
     Box const ink = group.ink.movedBy(x_, y_);
     Box const window = intersectionOf(ink, picture);
     if (window.isEmpty()) {
         return;
     }
-    bool const isWhole = whole.contains(ink);
-    if (isWhole) {
-        int const parity = parityOf(group);
-        auto const* const known = composed_.find(hashOf(group), [&](CachedGroup const& cached) {
-            return cached.parity == parity && cached.style == style_ && cached.text == group.text;
-        });
-        if (known != nullptr) {
-            auto const view = known->coverage.view();
-            auto const row = y_ + lines_[group.firstLine].baseline;
-            blend(target, view, view.left + floorToEven(x_), view.top + floorToEven(row), color);
+    // A sample of chroma that the picture's edge halves has the coverage of fewer pixels than a kept one.
+    bool const hasWholeSamples =
+        window.right <= floorToEven(target.width) && window.bottom <= floorToEven(target.height);
+    if (hasWholeSamples) {
+        auto const* kept = find(group);
+        if (kept == nullptr && isWorthKeeping(group)) {
+            kept = &keep(group);
+        }
+        if (kept != nullptr) {
+            drawKept(target, group, *kept, color);
             return;
         }
     }
@@ -232,11 +247,25 @@ void TextRenderer::drawGroup(MappedNV12 const& target, Group const& group, YCbCr
         std::int64_t const bottom = std::min(floorToEven(top) + bandRows, window.bottom);
         auto const view = compose(group, {window.left, top, window.right, bottom}, picture);
         blend(target, view, view.left, view.top, color);
-        if (isWhole && top == window.top && bottom == window.bottom) {
-            keep(group, view);
-        }
         top = bottom;
     }
+}
+
+void TextRenderer::drawKept(MappedNV12 const& target, Group const& group, PackedCoverage const& kept,
+                            YCbCr const& color)
+{
+    auto view = kept.view();
+    std::int64_t const left = view.left + floorToEven(x_);
+    std::int64_t const top = view.top + floorToEven(y_ + lines_[group.firstLine].baseline);
+    Box const picture{0, 0, target.width, target.height};
+    if (!picture.contains(group.ink.movedBy(x_, y_))) {
+        Box const visible = picture.movedBy(-left, -top);
+        cutSpans(view.lumaSpans, visible, cutLuma_);
+        cutSpans(view.chromaSpans, {visible.left, visible.top / 2, visible.right, visible.bottom / 2}, cutChroma_);
+        view.lumaSpans = cutLuma_;
+        view.chromaSpans = cutChroma_;
+    }
+    blend(target, view, left, top, color);
 }
 
 CoverageView TextRenderer::compose(Group const& group, Box const& window, Box const& picture)
@@ -253,29 +282,49 @@ CoverageView TextRenderer::compose(Group const& group, Box const& window, Box co
     return composer_.finish();
 }
 
-void TextRenderer::keep(Group const& group, CoverageView const& view)
+PackedCoverage const* TextRenderer::find(Group const& group)
 {
-    std::uint64_t const hash = hashOf(group);
-    auto& before = drawnBefore_[hash & (drawnBefore_.size() - 1)];
-    if (std::exchange(before, hash) != hash) {
-        return;
+    int const parity = parityOf(group);
+    auto const* const known = composed_.find(hashOf(group), [&](CachedGroup const& cached) {
+        return cached.parity == parity && cached.style == style_ && cached.text == group.text;
+    });
+    return known != nullptr ? &known->coverage : nullptr;
+}
+
+/// True from the second time on that a group of ordinary size is drawn.
+bool TextRenderer::isWorthKeeping(Group const& group)
+{
+    if (group.text.size() > kLongestKeptLine || group.ink.width() > kLargestKeptLine / group.ink.height()) {
+        return false;
     }
+    std::uint64_t const hash = hashOf(group);
+    return std::exchange(drawnBefore_[hash & (drawnBefore_.size() - 1)], hash) == hash;
+}
+
+/// Composes the group as a picture shows it that is nowhere near its end.
+PackedCoverage const& TextRenderer::keep(Group const& group)
+{
+    Box const ink = group.ink.movedBy(x_, y_);
+    Box const around{floorToEven(ink.left), floorToEven(ink.top), ceilToEven(ink.right), ceilToEven(ink.bottom)};
+    auto const view = compose(group, ink, around);
+    keepMeasures(group);
     auto const row = y_ + lines_[group.firstLine].baseline;
     CachedGroup cached{std::string(group.text), style_, parityOf(group),
                        LineComposer::pack(view, floorToEven(x_), floorToEven(row))};
-    std::size_t const bytes = sizeof(CachedGroup) + cached.text.capacity() + cached.coverage.bytes();
-    if (bytes > kLineCacheBytes / 4) {
-        return;
-    }
-    composed_.insert(hash, std::move(cached), bytes);
+    std::size_t const bytes = sizeof(CachedGroup) + cached.text.capacity() + 1 + cached.coverage.bytes();
+    return composed_.insert(hashOf(group), std::move(cached), bytes).coverage;
+}
+
+void TextRenderer::keepMeasures(Group const& group)
+{
     for (std::size_t i = group.firstLine; i < group.endLine; ++i) {
         auto const& line = lines_[i];
-        std::uint64_t const lineHash = hashOfText(line.text, style_, 0);
+        std::uint64_t const hash = hashOfText(line.text, style_, 0);
         auto const isSame = [&](CachedMeasure const& known) {
             return known.style == style_ && known.text == line.text;
         };
-        if (measures_.find(lineHash, isSame) == nullptr) {
-            measures_.insert(lineHash, {std::string(line.text), style_, line.set},
+        if (measures_.find(hash, isSame) == nullptr) {
+            measures_.insert(hash, {std::string(line.text), style_, line.set},
                              sizeof(CachedMeasure) + line.text.size() + 1);
         }
     }

@@ -24,6 +24,9 @@ namespace imaging {
 inline constexpr std::size_t kLineCacheBytes = std::size_t{16} << 20;
 inline constexpr std::size_t kMeasureCacheBytes = std::size_t{1} << 20;
 inline constexpr std::size_t kLineCacheEntries = 4096;
+/// Lines with a larger picture of coverage or a longer text are composed at every draw.
+inline constexpr std::int64_t kLargestKeptLine = kLineCacheBytes / 8;
+inline constexpr std::size_t kLongestKeptLine = std::size_t{64} << 10;
 /// Working memory for lines that are composed: higher ones are drawn in bands.
 inline constexpr std::int64_t kBandBytes = std::int64_t{4} << 20;
 
@@ -33,6 +36,7 @@ struct CachedBytes {
     std::size_t words = 0;
     std::size_t lines = 0;
     std::size_t measures = 0;
+    std::size_t directions = 0;
 };
 
 class TextRenderer {
@@ -93,7 +97,11 @@ private:
     std::uint64_t hashOf(Group const& group) const;
     void drawGroup(MappedNV12 const& target, Group const& group, YCbCr const& color);
     CoverageView compose(Group const& group, Box const& window, Box const& picture);
-    void keep(Group const& group, CoverageView const& view);
+    PackedCoverage const* find(Group const& group);
+    bool isWorthKeeping(Group const& group);
+    PackedCoverage const& keep(Group const& group);
+    void keepMeasures(Group const& group);
+    void drawKept(MappedNV12 const& target, Group const& group, PackedCoverage const& kept, YCbCr const& color);
 
     Fonts fonts_;
     Shaper shaper_;
@@ -114,6 +122,10 @@ private:
     std::vector<Line> lines_;
     std::vector<Group> groups_;
     std::vector<PlacedGlyph> placed_;
+
+    // The parts inside the picture of spans that its edges cut.
+    std::vector<Span> cutLuma_;
+    std::vector<Span> cutChroma_;
 };
 
 }  // namespace imaging

@@ -140,10 +140,10 @@ TEST(PainterText, NoInkOutsideTheMeasuredBox)
 {
     CoveragePainter painter;
     std::minstd_rand random(20);
-    for (int i = 0; i < 400; ++i) {
-        // Every size from 1 to 512, small ones more often.
-        int const size = i < 200 ? 1 + i % 40 : 1 + static_cast<int>(random() % 512);
-        int const thickness = 1 + static_cast<int>(random() % 16);
+    for (int i = 0; i < 512 + 256; ++i) {
+        // Every size, and small ones more often; every thickness with both.
+        int const size = i < 512 ? 1 + i : 1 + i % 32;
+        int const thickness = 1 + (i + i / 32) % 16;
         auto const text = randomText(random, size < 100 ? 12 : 4);
         SCOPED_TRACE("size " + std::to_string(size) + " thickness " + std::to_string(thickness) + " text " + text);
         painter.painter.setPenThickness(static_cast<unsigned char>(thickness));
@@ -153,8 +153,9 @@ TEST(PainterText, NoInkOutsideTheMeasuredBox)
         int const y = 5 - far.top + i / 2 % 2;
         Rect const box = painter.box(text, x, y, size);
         ASSERT_EQ(box, (Rect{far.left + x, far.top + y, far.right + x, far.bottom + y}));
-        TestPicture picture(box.right + 6, box.bottom + 6, 0, 0);
+        TestPicture picture(box.right + 6, box.bottom + 6, 0, 0, i % 11, i % 64);
         painter.draw(picture, text, x, y, size);
+        ASSERT_TRUE(picture.guardsAreWhole());
         Rect const ink = inkOf(picture);
         if (ink.left < ink.right) {
             EXPECT_GE(ink.left, box.left);
@@ -328,6 +329,27 @@ TEST(PainterText, MegabyteInOneLine)
     EXPECT_LE(bytes.glyphs, imaging::kGlyphCacheBytes);
     EXPECT_LE(bytes.words, imaging::kWordCacheBytes);
     EXPECT_LE(bytes.lines, imaging::kLineCacheBytes);
+    EXPECT_LE(bytes.measures, imaging::kMeasureCacheBytes);
+    EXPECT_LE(bytes.directions, imaging::kRunCacheBytes);
+}
+
+TEST(PainterText, MegabytesWithLittleInkAreNotRemembered)
+{
+    CoveragePainter painter;
+    // Read from right to left, so that the letter stands at the anchor.
+    std::string const text = std::string(3U << 20, ' ') + "\u05D0.";
+    TestPicture expected(64, 32, 0, 0);
+    painter.draw(expected, text, 10, 5, 12);
+    EXPECT_LT(inkOf(expected).left, inkOf(expected).right);
+    for (int round = 0; round < 3; ++round) {
+        TestPicture picture(64, 32, 0, 0);
+        painter.draw(picture, text, 10, 5, 12);
+        ASSERT_EQ(picture.pixels(), expected.pixels()) << round;
+    }
+    auto const bytes = painter.painter.impl().texts.cachedBytes();
+    EXPECT_EQ(bytes.lines, 0U);
+    EXPECT_EQ(bytes.measures, 0U);
+    EXPECT_EQ(bytes.directions, 0U);
 }
 
 TEST(PainterText, MegabyteOfLineFeedsAndOfOneWord)
