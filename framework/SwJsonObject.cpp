@@ -44,7 +44,8 @@ std::uint32_t bigEndian32(char const* bytes) noexcept
 
 }  // namespace
 
-SwJsonObject::SwJsonObject(std::initializer_list<value_type> members)
+// By way of the empty object, so that its destructor runs when memory is exhausted half-way.
+SwJsonObject::SwJsonObject(std::initializer_list<value_type> members) : SwJsonObject()
 {
     for (value_type const& member : members) {
         (*this)[member.first] = member.second;
