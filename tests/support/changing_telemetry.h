@@ -14,7 +14,7 @@ std::string config();
 /// Frames after which the telemetry has the same shape again.
 inline constexpr std::uint64_t kPeriod = 1000;
 
-/// JSON text of one of two producers in frame `frame`: six keys that no other frame has, some that the
+/// JSON text of one of two producers in frame `frame`: three keys that no other frame has, some that the
 /// configuration names and that come and go, deep nesting now and then, and cut text.
 std::string payload(int producer, std::uint64_t frame);
 
