@@ -13,8 +13,6 @@
 
 namespace {
 
-using recording::journal;
-
 /// A recursion with as little as three bytes a level would run out of the thread's stack.
 constexpr std::size_t kLevels = 100000;
 
@@ -31,9 +29,7 @@ std::string nested(bool objects)
 
 std::string drawnText(StanagOverlayPlugin& plugin, TestHost& host)
 {
-    journal().clear();
-    plugin.render(host.nextFrame(1));
-    return journal().text({"drawText"});
+    return hostRequests(plugin, host.nextFrame(1), {"drawText"});
 }
 
 }  // namespace
@@ -68,7 +64,7 @@ TEST(DeepNesting, UnderEveryKeyOfTheConfiguration)
             }
             configs.push_back(R"({"overlay":[{"formats":{"v":{"invalidValues":[)" + deep + "]}}}]}");
             TestHost host;
-            host.deliver(R"({"v":7})");
+            host.deliver(kOneBlockTelemetry);
             StanagOverlayPlugin plugin;
             plugin.init(host.init());
             for (std::string const& config : configs) {
@@ -76,7 +72,7 @@ TEST(DeepNesting, UnderEveryKeyOfTheConfiguration)
                 plugin.setConfig(config);
                 drawnText(plugin, host);
             }
-            plugin.setConfig(R"({"overlay":[{"formatString":"v=%v"}]})");
+            plugin.setConfig(kOneBlockConfig);
             EXPECT_EQ(drawnText(plugin, host), "drawText 10 10 16 0 0 \"v=7\" on 1920x1080\n");
         }
     });

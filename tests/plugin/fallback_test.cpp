@@ -1,6 +1,7 @@
 // The line that tells of frames without telemetry: its text, and how seldom it is written.
 #include "StanagOverlayPlugin.h"
 
+#include "flushed_cerr.h"
 #include "test_clock.h"
 #include "test_host.h"
 
@@ -8,7 +9,6 @@
 
 #include <iostream>
 #include <locale>
-#include <sstream>
 #include <string>
 
 namespace {
@@ -120,20 +120,9 @@ TEST_F(Fallback, TheStreamsNumberFormatHasNoSay)
 
 TEST_F(Fallback, TheLineIsFlushedAtItsEnd)
 {
-    struct Flushed : std::stringbuf {
-        std::string atFlush;
-        int sync() override
-        {
-            atFlush = str();
-            return 0;
-        }
-    } buffer;
-    std::streambuf* const before = std::cerr.rdbuf(&buffer);
-    std::cerr << std::nounitbuf;
+    FlushedCerr const flushed;
     plugin_.render(host_.nextFrame(7));
-    std::cerr << std::unitbuf;
-    std::cerr.rdbuf(before);
-    EXPECT_EQ(buffer.atFlush, line(7, 1));
+    EXPECT_EQ(flushed.text(), line(7, 1));
 }
 
 TEST_F(Fallback, AFrameWithPayloadStartsTheCountAnewThoughItCannotBeDrawnOn)

@@ -50,12 +50,7 @@ protected:
         journal().clear();
     }
 
-    std::string drawn(RenderContext& context)
-    {
-        journal().clear();
-        plugin_->render(context);
-        return journal().text(kDrawing);
-    }
+    std::string drawn(RenderContext& context) { return hostRequests(*plugin_, context, kDrawing); }
 
     std::unique_ptr<TestHost> host_;
     std::unique_ptr<StanagOverlayPlugin> plugin_;
@@ -193,10 +188,7 @@ TEST_F(HostileHost, APictureThatChangesItsSizeBetweenFramesIsDrawnInItsOwnSize)
             StanagOverlayPlugin fresh;
             fresh.init(host_->init());
             fresh.setConfig(kConfig);
-            RenderContext& context = host_->nextFrame(2);
-            journal().clear();
-            fresh.render(context);
-            return journal().text(kDrawing);
+            return hostRequests(fresh, host_->nextFrame(2), kDrawing);
         }();
         EXPECT_EQ(drawn(host_->nextFrame(2)), sameFromTheStart);
     }

@@ -21,7 +21,6 @@ using recording::journal;
 using Names = std::vector<std::string>;
 
 constexpr char const* kPluginPath = OVERLAY_PLUGIN_PATH;
-constexpr char const* kConfig = R"({"overlay":[{"formatString":"v=%v"}]})";
 
 /// Whether the library is in this process, asked of the dynamic linker itself.
 bool isInProcess()
@@ -36,25 +35,9 @@ bool isInProcess()
 std::string drawnBy(IRenderPlugin& plugin, TestHost& host)
 {
     plugin.init(host.init());
-    plugin.setConfig(kConfig);
-    journal().clear();
-    plugin.render(host.nextFrame(1));
-    return journal().text();
+    plugin.setConfig(kOneBlockConfig);
+    return hostRequests(plugin, host.nextFrame(1));
 }
-
-constexpr char const* kFrame = R"(payload 1 telemetry
-clone
-makeRenderTarget
-map recording 1
-getPen
-setPenThickness 1
-measureText 10 10 16 0 0 "v=7"
-setPenRGB 0 0 0
-drawBackground 6 6 40 32 0.5 4 5 on 1920x1080
-setPenRGB 255 255 255
-drawText 10 10 16 0 0 "v=7" on 1920x1080
-setPen 255 255 255 1
-)";
 
 /// A type that only this host knows.
 struct HostTelemetry {
@@ -86,8 +69,8 @@ TEST(Load, CreatesUsesAndDeletes)
     EXPECT_EQ(plugin->input_types(), Names{"stanag.v1"});
     ASSERT_EQ(plugin->input_requirements().size(), 1U);
     TestHost host;
-    host.deliver(R"({"v":7})");
-    EXPECT_EQ(drawnBy(*plugin, host), kFrame);
+    host.deliver(kOneBlockTelemetry);
+    EXPECT_EQ(drawnBy(*plugin, host), kOneBlockFrame);
     EXPECT_NE(plugin->getConfigList().find(R"("default": ["v"])"), std::string::npos);
 }
 
@@ -95,7 +78,7 @@ TEST(Load, IsDeletedByTheHostThroughTheVirtualDestructor)
 {
     ClassLoader loader(kPluginPath);
     auto owned = loader.createUniqueInstance<IRenderPlugin>("StanagOverlayPlugin");
-    owned->setConfig(kConfig);
+    owned->setConfig(kOneBlockConfig);
     owned.reset();
     auto const shared = loader.createInstance<IRenderPlugin>("StanagOverlayPlugin");
     EXPECT_STREQ(shared->getName(), "StanagOverlayPlugin");
@@ -109,8 +92,8 @@ TEST(Load, UnloadsForRealAndLoadsAgain)
         {
             auto const plugin = loader.createUniqueInstance<IRenderPlugin>("StanagOverlayPlugin");
             TestHost host;
-            host.deliver(R"({"v":7})");
-            EXPECT_EQ(drawnBy(*plugin, host), kFrame);
+            host.deliver(kOneBlockTelemetry);
+            EXPECT_EQ(drawnBy(*plugin, host), kOneBlockFrame);
         }
         EXPECT_TRUE(isInProcess());
         EXPECT_EQ(loader.unloadLibrary(), 0);
@@ -123,7 +106,7 @@ TEST(Load, UnloadsForRealAndLoadsAgain)
 TEST(Load, PayloadsAndContextsOutliveThePlugin)
 {
     TestHost host;
-    host.deliver(R"({"v":7})");
+    host.deliver(kOneBlockTelemetry);
     {
         ClassLoader loader(kPluginPath);
         auto const plugin = loader.createUniqueInstance<IRenderPlugin>("StanagOverlayPlugin");
@@ -147,7 +130,7 @@ TEST(Load, TheLoadedPluginKnowsTheHostsConversions)
     auto const plugin = loader.createUniqueInstance<IRenderPlugin>("StanagOverlayPlugin");
     TestHost host;
     host.deliver(SwAny(HostTelemetry{7}));
-    EXPECT_EQ(drawnBy(*plugin, host), kFrame);
+    EXPECT_EQ(drawnBy(*plugin, host), kOneBlockFrame);
 }
 
 TEST(Load, MissingLibraryIsTheLoadersOwnException)

@@ -1,91 +1,20 @@
 // Memory that runs out at any single allocation: the host gets std::bad_alloc, nothing leaks, and with memory again
-// the next frame is drawn as if nothing had happened. This program replaces operator new to make it so.
+// the next frame is drawn as if nothing had happened.
 #include "StanagOverlayPlugin.h"
 
+#include "live_memory.h"
 #include "recording_imaging.h"
 #include "test_clock.h"
 #include "test_host.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 #include <string>
-#include <utility>
 
 namespace {
 
 using recording::journal;
-
-/// Allocations until one fails; 0: none does.
-std::size_t g_left = 0;
-long g_blocks = 0;
-
-/// Neither this nor `give` is inlined: seen together with its callers, the pair looks mismatched to the compiler.
-[[gnu::noinline]] void* take(std::size_t size, std::size_t alignment)
-{
-    if (g_left != 0 && --g_left == 0) {
-        throw std::bad_alloc();
-    }
-    std::size_t const rounded = (size + alignment - 1) / alignment * alignment;
-    void* const memory = std::aligned_alloc(alignment, rounded == 0 ? alignment : rounded);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    ++g_blocks;
-    return memory;
-}
-
-[[gnu::noinline]] void give(void* memory) noexcept
-{
-    if (memory != nullptr) {
-        --g_blocks;
-        std::free(memory);
-    }
-}
-
-constexpr std::size_t kOrdinary = alignof(std::max_align_t);
-
-}  // namespace
-
-void* operator new(std::size_t size)
-{
-    return take(size, kOrdinary);
-}
-void* operator new[](std::size_t size)
-{
-    return take(size, kOrdinary);
-}
-void* operator new(std::size_t size, std::align_val_t alignment)
-{
-    return take(size, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* memory) noexcept
-{
-    give(memory);
-}
-void operator delete[](void* memory) noexcept
-{
-    give(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/) noexcept
-{
-    give(memory);
-}
-void operator delete[](void* memory, std::size_t /*size*/) noexcept
-{
-    give(memory);
-}
-void operator delete(void* memory, std::align_val_t /*alignment*/) noexcept
-{
-    give(memory);
-}
-void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept
-{
-    give(memory);
-}
-
-namespace {
 
 constexpr char const* kConfig = R"({"overlay":[
     {"formatString":"a text that is longer than short strings: a=%a b=%{b}","condition":{"key":"a","keepAfterMs":10},
@@ -117,10 +46,7 @@ struct Stage {
     std::string drawnAfterwards()
     {
         plugin.setConfig(kConfig);
-        host.nextFrame(2);
-        journal().clear();
-        plugin.render(host.context());
-        return journal().text({"setPenThickness", "setPenRGB", "measure", "draw"});
+        return hostRequests(plugin, host.nextFrame(2), {"setPenThickness", "setPenRGB", "measure", "draw"});
     }
 
     TestHost host;
@@ -132,23 +58,22 @@ std::string drawnAfterFailure(std::size_t failing, bool& reachedHost)
 {
     Stage stage;
     reachedHost = false;
-    g_left = failing;
+    live_memory::failAllocation(failing);
     try {
         stage.run();
     } catch (std::bad_alloc const&) {
         reachedHost = true;
     }
-    g_left = 0;
+    live_memory::failAllocation(0);
     return stage.drawnAfterwards();
 }
 
 std::size_t allocationsOfAFrame()
 {
-    constexpr std::size_t kPlenty = 1000000;
     Stage stage;
-    g_left = kPlenty;
+    std::size_t const before = live_memory::allocations();
     stage.run();
-    return kPlenty - std::exchange(g_left, 0);
+    return live_memory::allocations() - before;
 }
 
 }  // namespace
@@ -165,14 +90,14 @@ TEST(MemoryFailure, AtAnyAllocationOfAFrameLeavesNothingWrong)
     for (std::size_t failing = 1; failing <= allocations; ++failing) {
         SCOPED_TRACE("allocation " + std::to_string(failing));
         // The second run finds in place what is kept for later use: it must not add to it.
-        long blocks = 0;
+        std::size_t bytes = 0;
         for (int round = 0; round < 2; ++round) {
-            blocks = g_blocks;
+            bytes = live_memory::newBytes();
             std::string const drawn = drawnAfterFailure(failing, reachedHost);
             EXPECT_EQ(drawn, good);
             journal().clear();
         }
-        ASSERT_EQ(g_blocks, blocks);
+        ASSERT_EQ(live_memory::newBytes(), bytes);
         thrown += reachedHost ? 1 : 0;
     }
     // Only while a payload's text is read does a failure stay inside: that payload then counts as empty.
@@ -201,25 +126,24 @@ TEST(MemoryFailure, AtAnyAllocationOfTheFrameworkLeaksNothing)
         SwString("%1 of a text that is longer than short strings").arg(again.toString()).split('l');
     };
     work();
-    constexpr std::size_t kPlenty = 10000000;
-    g_left = kPlenty;
+    std::size_t const before = live_memory::allocations();
     work();
-    std::size_t const allocations = kPlenty - std::exchange(g_left, 0);
+    std::size_t const allocations = live_memory::allocations() - before;
     EXPECT_GT(allocations, 300U);
     testing::internal::CaptureStderr();
     for (std::size_t failing = 1; failing <= allocations; ++failing) {
-        long blocks = 0;
+        std::size_t bytes = 0;
         // As above, the second run.
         for (int round = 0; round < 2; ++round) {
-            blocks = g_blocks;
-            g_left = failing;
+            bytes = live_memory::newBytes();
+            live_memory::failAllocation(failing);
             try {
                 work();
             } catch (std::bad_alloc const&) {
             }
-            g_left = 0;
+            live_memory::failAllocation(0);
         }
-        ASSERT_EQ(g_blocks, blocks) << "allocation " << failing;
+        ASSERT_EQ(live_memory::newBytes(), bytes) << "allocation " << failing;
     }
     // Encryption and decryption turn every failure into a line.
     std::string const lines = testing::internal::GetCapturedStderr();

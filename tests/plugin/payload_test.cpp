@@ -1,13 +1,12 @@
 // Payload to object: what a payload holds, converts to, or spells.
 #include "render_payload.h"
 
+#include "flushed_cerr.h"
 #include "test_host.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <iostream>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -124,20 +123,9 @@ TEST_F(Payload, BecomesAnObject)
 
 TEST_F(Payload, TheLineIsFlushedAtItsEnd)
 {
-    struct Flushed : std::stringbuf {
-        std::string atFlush;
-        int sync() override
-        {
-            atFlush = str();
-            return 0;
-        }
-    } buffer;
-    std::streambuf* const before = std::cerr.rdbuf(&buffer);
-    std::cerr << std::nounitbuf;
+    FlushedCerr const flushed;
     render_payload::anyToJsonObject(SwAny(std::string("[]")));
-    std::cerr << std::unitbuf;
-    std::cerr.rdbuf(before);
-    EXPECT_EQ(buffer.atFlush, kNoObject);
+    EXPECT_EQ(flushed.text(), kNoObject);
 }
 
 TEST_F(Payload, SharedPayloadIsLeftAsItWas)

@@ -20,17 +20,11 @@ protected:
     {
         test_clock::setNowNs(1000);
         plugin_.init(host_.init());
-        host_.deliver(R"({"v":7})");
+        host_.deliver(kOneBlockTelemetry);
     }
 
     /// Renders a new frame and gives what the host was asked for.
-    std::string rendered(std::uint64_t frameIndex = 1)
-    {
-        RenderContext& context = host_.nextFrame(frameIndex);
-        journal().clear();
-        plugin_.render(context);
-        return journal().text();
-    }
+    std::string rendered(std::uint64_t frameIndex = 1) { return hostRequests(plugin_, host_.nextFrame(frameIndex)); }
 
     std::string drawnTexts(std::uint64_t frameIndex, char const* payload)
     {
@@ -49,26 +43,12 @@ std::string drawn(std::string const& text)
     return "drawText 10 10 16 0 0 \"" + text + "\" on 1920x1080\n";
 }
 
-constexpr char const* kOneBlock = R"({"overlay":[{"formatString":"v=%v"}]})";
-
 }  // namespace
 
 TEST_F(Render, OneBlockOfDefaults)
 {
-    plugin_.setConfig(kOneBlock);
-    EXPECT_EQ(rendered(), R"(payload 1 telemetry
-clone
-makeRenderTarget
-map recording 1
-getPen
-setPenThickness 1
-measureText 10 10 16 0 0 "v=7"
-setPenRGB 0 0 0
-drawBackground 6 6 40 32 0.5 4 5 on 1920x1080
-setPenRGB 255 255 255
-drawText 10 10 16 0 0 "v=7" on 1920x1080
-setPen 255 255 255 1
-)");
+    plugin_.setConfig(kOneBlockConfig);
+    EXPECT_EQ(rendered(), kOneBlockFrame);
 }
 
 TEST_F(Render, BlocksAreDrawnInConfigurationOrderWithTheirOwnStyle)
@@ -142,7 +122,7 @@ TEST_F(Render, MeasuredBoxGrowsByTheMarginAndIsMadeEven)
         recording::Box measured;
         std::string expected;
     };
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     for (Row const& row : {
              Row{"odd results move up", {10, 12, 20, 30}, "6 8 26 36"},
              Row{"even results stay", {11, 13, 21, 31}, "6 8 26 36"},
@@ -217,7 +197,7 @@ TEST_F(Render, HugePictureSaturatesInsteadOfOverflowing)
 TEST_F(Render, GeometryFollowsThePictureNotTheMapping)
 {
     host_.backend.mapsTo = MappedNV12{recording::anyPlane(), recording::anyPlane(), 64, 48, 0, 0};
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     rendered();
     EXPECT_EQ(journal().text({"drawText"}), "drawText 10 10 16 0 0 \"v=7\" on 64x48\n");
 }
@@ -225,7 +205,7 @@ TEST_F(Render, GeometryFollowsThePictureNotTheMapping)
 TEST_F(Render, ThePenIsRestored)
 {
     recording::controls(host_.painter).pen = {1, 2, 3, 4};
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     rendered();
     EXPECT_EQ(journal().text({"setPen "}), "setPen 1 2 3 4\n");
     EXPECT_EQ(recording::controls(host_.painter).pen, (Pen{1, 2, 3, 4}));
@@ -283,7 +263,7 @@ TEST_F(Render, AnEmptyTemplateListsTheFramesKeys)
 
 TEST_F(Render, AFrameWithoutPayloadAsksForThePayloadOnly)
 {
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     rendered(1);
     host_.deliver("{}");
     EXPECT_EQ(rendered(2), "payload 2 telemetry\n");
@@ -308,7 +288,7 @@ TEST_F(Render, TheClockIsReadOncePerFrame)
 
 TEST_F(Render, WithoutSourcePictureNothingHappens)
 {
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     RenderContext& context = host_.nextFrame(1);
     context.picture.reset("/camera", 1, nullptr, host_.pool, {});
     journal().clear();
@@ -320,7 +300,7 @@ TEST_F(Render, WithoutSourcePictureNothingHappens)
 
 TEST_F(Render, APictureThatVanishesIsAnError)
 {
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     host_.deliverBy([this](std::uint64_t, std::string const&) {
         host_.context().picture.reset("/camera", 1, nullptr, host_.pool, {});
         return SwAny(jsonObject(R"({"v":1})"));
@@ -341,7 +321,7 @@ TEST_F(Render, FailuresOfTheWritableCopyReachTheHost)
         bool poolGivesNothing;
         char const* expected;
     };
-    plugin_.setConfig(kOneBlock);
+    plugin_.setConfig(kOneBlockConfig);
     for (Row const& row : {Row{"no id", 0, false, "LazyDetachedPicture has no source picture id"},
                            Row{"no copy", 5, true, "LazyDetachedPicture cloneDetached failed"}}) {
         SCOPED_TRACE(row.name);

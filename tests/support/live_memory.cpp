@@ -12,10 +12,16 @@
 namespace {
 
 std::atomic<std::size_t> g_newBytes{0};
+std::atomic<std::size_t> g_allocations{0};
+/// The allocation that fails, counted like g_allocations; 0: none.
+std::atomic<std::size_t> g_failing{0};
 
 /// Neither this nor `give` is inlined: seen together with its callers, the pair looks mismatched to the compiler.
 [[gnu::noinline]] void* take(std::size_t size, std::size_t alignment)
 {
+    if (++g_allocations == g_failing) {
+        throw std::bad_alloc();
+    }
     std::size_t const rounded = (size + alignment - 1) / alignment * alignment;
     void* const memory = std::aligned_alloc(alignment, alignment + rounded);
     if (memory == nullptr) {
@@ -93,6 +99,16 @@ namespace live_memory {
 std::size_t newBytes()
 {
     return g_newBytes;
+}
+
+std::size_t allocations()
+{
+    return g_allocations;
+}
+
+void failAllocation(std::size_t number)
+{
+    g_failing = number == 0 ? 0 : g_allocations + number;
 }
 
 std::size_t heapBytes()

@@ -68,6 +68,13 @@ RenderContext& TestHost::sameContext(std::uint64_t frameIndex)
     return *context_;
 }
 
+std::string hostRequests(IRenderPlugin& plugin, RenderContext& context, std::vector<std::string> const& prefixes)
+{
+    recording::journal().clear();
+    plugin.render(context);
+    return recording::journal().text(prefixes);
+}
+
 SwJsonObject jsonObject(std::string const& text)
 {
     SwString error;

@@ -1,6 +1,7 @@
 // A host of one picture, one painter and one backend, for tests that render frames with a plugin.
 #pragma once
 
+#include "IRenderPlugin.h"
 #include "RenderContext.h"
 #include "SwAny.h"
 #include "SwJson.h"
@@ -48,6 +49,29 @@ private:
     std::vector<ProducerRecord> declared_;
     std::unique_ptr<RenderContext> context_;
 };
+
+/// Lets the plugin render `context` and gives what the host was asked for, a line each: those lines that start
+/// with one of the prefixes.
+std::string hostRequests(IRenderPlugin& plugin, RenderContext& context,
+                         std::vector<std::string> const& prefixes = {""});
+
+/// The simplest frame: a configuration of one block, telemetry for it, and what a host of 1920x1080 is asked
+/// for in frame 1.
+inline constexpr char const* kOneBlockConfig = R"({"overlay":[{"formatString":"v=%v"}]})";
+inline constexpr char const* kOneBlockTelemetry = R"({"v":7})";
+inline constexpr char const* kOneBlockFrame = R"(payload 1 telemetry
+clone
+makeRenderTarget
+map recording 1
+getPen
+setPenThickness 1
+measureText 10 10 16 0 0 "v=7"
+setPenRGB 0 0 0
+drawBackground 6 6 40 32 0.5 4 5 on 1920x1080
+setPenRGB 255 255 255
+drawText 10 10 16 0 0 "v=7" on 1920x1080
+setPen 255 255 255 1
+)";
 
 /// The object that `text` spells; an invalid text is a mistake of the test and throws.
 SwJsonObject jsonObject(std::string const& text);
