@@ -13,6 +13,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -131,9 +132,13 @@ void drawWithDrawtext(benchmark::State& state)
         block.fontSize = cfg.textSize;
         blocks.push_back(block);
     }
-    DrawtextOpponent opponent(blocks);
+    constexpr int kWidth = 1920;
+    constexpr int kHeight = 1080;
+    std::vector<std::uint8_t> gray(std::size_t{kWidth} * kHeight * 3 / 2, 128);
+    MappedNV12 const picture{gray.data(), gray.data() + std::size_t{kWidth} * kHeight, kWidth, kHeight, kWidth, kWidth};
+    DrawtextOpponent opponent(kWidth, kHeight, blocks);
     for (auto _ : state) {
-        opponent.drawFrame();
+        opponent.draw(picture);
     }
 }
 

@@ -1,7 +1,6 @@
-// buffer -> drawtext -> ... -> drawtext -> buffersink, and one frame that passes through again and again.
+// buffer -> drawtext -> ... -> drawtext -> buffersink, and the pictures that pass through.
 #include "drawtext_opponent.h"
 
-#include <cstring>
 #include <stdexcept>
 
 extern "C" {
@@ -14,9 +13,6 @@ extern "C" {
 }
 
 namespace {
-
-constexpr int kWidth = 1920;
-constexpr int kHeight = 1080;
 
 void check(int result, char const* what)
 {
@@ -38,61 +34,79 @@ void setOption(AVFilterContext* filter, char const* name, std::string const& val
     check(av_opt_set(filter, name, value.c_str(), AV_OPT_SEARCH_CHILDREN), name);
 }
 
-std::unique_ptr<AVFrame, FrameDeleter> grayFrame()
+/// The metadata that holds the text of a block.
+std::string keyOf(std::size_t block)
+{
+    return "block" + std::to_string(block);
+}
+
+/// A reference to memory that somebody else owns and frees.
+AVBufferRef* borrowed(std::uint8_t* bytes, std::size_t count)
+{
+    return av_buffer_create(
+        bytes, count, [](void*, std::uint8_t*) {}, nullptr, 0);
+}
+
+std::unique_ptr<AVFrame, FrameDeleter> frameOf(MappedNV12 const& picture)
 {
     std::unique_ptr<AVFrame, FrameDeleter> frame(av_frame_alloc());
     frame->format = AV_PIX_FMT_NV12;
-    frame->width = kWidth;
-    frame->height = kHeight;
-    check(av_frame_get_buffer(frame.get(), 0), "allocating the picture");
-    std::memset(frame->data[0], 128, static_cast<std::size_t>(frame->linesize[0]) * kHeight);
-    std::memset(frame->data[1], 128, static_cast<std::size_t>(frame->linesize[1]) * kHeight / 2);
+    frame->width = picture.width;
+    frame->height = picture.height;
+    frame->data[0] = picture.y;
+    frame->data[1] = picture.uv;
+    frame->linesize[0] = picture.yStride;
+    frame->linesize[1] = picture.uvStride;
+    auto const rows = static_cast<std::size_t>(picture.height);
+    frame->buf[0] = borrowed(picture.y, static_cast<std::size_t>(picture.yStride) * rows);
+    frame->buf[1] = borrowed(picture.uv, static_cast<std::size_t>(picture.uvStride) * ((rows + 1) / 2));
     return frame;
 }
 
 }  // namespace
 
 struct DrawtextOpponent::Graph {
-    AVFilterContext* add(char const* filterName, char const* name) const
+    AVFilterContext* add(char const* filterName) const
     {
         AVFilterContext* const context =
-            avfilter_graph_alloc_filter(graph.get(), avfilter_get_by_name(filterName), name);
+            avfilter_graph_alloc_filter(graph.get(), avfilter_get_by_name(filterName), nullptr);
         check(context == nullptr ? -1 : 0, filterName);
         return context;
     }
 
     std::unique_ptr<AVFilterGraph, GraphDeleter> graph{avfilter_graph_alloc()};
-    std::unique_ptr<AVFrame, FrameDeleter> frame = grayFrame();
     AVFilterContext* source = nullptr;
     AVFilterContext* sink = nullptr;
+    std::int64_t nextPts = 0;
 };
 
-DrawtextOpponent::DrawtextOpponent(std::vector<DrawtextBlock> const& blocks, std::string const& font)
+DrawtextOpponent::DrawtextOpponent(int width, int height, std::vector<DrawtextBlock> const& blocks)
     : graph_(std::make_unique<Graph>())
 {
     av_log_set_level(AV_LOG_ERROR);
     graph_->graph->nb_threads = 1;
-    graph_->source = graph_->add("buffer", "source");
-    std::string const size = std::to_string(kWidth) + "x" + std::to_string(kHeight);
+    graph_->source = graph_->add("buffer");
+    std::string const size = std::to_string(width) + "x" + std::to_string(height);
     check(avfilter_init_str(graph_->source, ("video_size=" + size + ":pix_fmt=nv12:time_base=1/30").c_str()), "buffer");
     AVFilterContext* last = graph_->source;
-    for (DrawtextBlock const& block : blocks) {
-        AVFilterContext* const filter = graph_->add("drawtext", nullptr);
-        setOption(filter, "text", block.text);
-        setOption(filter, "expansion", "none");
-        setOption(filter, "font", font);
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        DrawtextBlock const& block = blocks[i];
+        AVFilterContext* const filter = graph_->add("drawtext");
+        setOption(filter, "text", block.text.empty() ? "%{metadata:" + keyOf(i) + "}" : block.text);
+        setOption(filter, "expansion", block.text.empty() ? "normal" : "none");
+        setOption(filter, "font", "DejaVu Sans");
         setOption(filter, "fontsize", std::to_string(block.fontSize));
         setOption(filter, "fontcolor", "white");
         setOption(filter, "x", std::to_string(block.x));
         setOption(filter, "y", std::to_string(block.y));
         setOption(filter, "box", "1");
         setOption(filter, "boxcolor", "black@0.5");
-        setOption(filter, "boxborderw", "5");
+        setOption(filter, "boxborderw", std::to_string(block.margin));
         check(avfilter_init_str(filter, nullptr), "drawtext");
         check(avfilter_link(last, 0, filter, 0), "linking drawtext");
         last = filter;
     }
-    graph_->sink = graph_->add("buffersink", "sink");
+    graph_->sink = graph_->add("buffersink");
     check(avfilter_init_str(graph_->sink, nullptr), "buffersink");
     check(avfilter_link(last, 0, graph_->sink, 0), "linking the sink");
     check(avfilter_graph_config(graph_->graph.get(), nullptr), "configuring the filters");
@@ -100,10 +114,17 @@ DrawtextOpponent::DrawtextOpponent(std::vector<DrawtextBlock> const& blocks, std
 
 DrawtextOpponent::~DrawtextOpponent() = default;
 
-void DrawtextOpponent::drawFrame()
+void DrawtextOpponent::draw(MappedNV12 const& picture, std::span<std::string const> texts)
 {
     // The graph takes the only reference to the picture and gives it back: it stays writable throughout.
-    ++graph_->frame->pts;
-    check(av_buffersrc_add_frame_flags(graph_->source, graph_->frame.get(), 0), "sending the picture");
-    check(av_buffersink_get_frame(graph_->sink, graph_->frame.get()), "taking the picture back");
+    auto const frame = frameOf(picture);
+    frame->pts = graph_->nextPts++;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        av_dict_set(&frame->metadata, keyOf(i).c_str(), texts[i].c_str(), 0);
+    }
+    check(av_buffersrc_add_frame_flags(graph_->source, frame.get(), 0), "sending the picture");
+    check(av_buffersink_get_frame(graph_->sink, frame.get()), "taking the picture back");
+    if (frame->data[0] != picture.y) {
+        throw std::runtime_error("drawtext opponent: the picture was copied");
+    }
 }

@@ -1,29 +1,35 @@
-// The common way to burn text into video, as an opponent: FFmpeg's drawtext filter, one per block, on an
-// NV12 picture of 1920x1080 that goes round in memory.
+// The common way to burn text into video, as an opponent: FFmpeg's drawtext filter, one for each block, in a graph of
+// one thread that draws on NV12 pictures in place.
 #pragma once
 
+#include "Picture.h"
+
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 /// One block as drawtext gets it: white text on a half-opaque black box.
 struct DrawtextBlock {
-    std::string text;
+    std::string text;  ///< shown on every picture; empty when each picture brings the text with it
     int x = 0;         ///< pixels
     int y = 0;         ///< pixels
     int fontSize = 0;  ///< pixels
+    int margin = 5;    ///< pixels between the text and the box's edges
 };
 
 /// Throws std::runtime_error when the filters cannot be had.
 class DrawtextOpponent {
 public:
-    explicit DrawtextOpponent(std::vector<DrawtextBlock> const& blocks, std::string const& font = "DejaVu Sans");
+    DrawtextOpponent(int width, int height, std::vector<DrawtextBlock> const& blocks);
     ~DrawtextOpponent();
     DrawtextOpponent(DrawtextOpponent const&) = delete;
     DrawtextOpponent& operator=(DrawtextOpponent const&) = delete;
 
-    /// Sends the picture through the filters once. It is never copied: drawing is all that is paid for.
-    void drawFrame();
+    /// Sends a picture of the graph's size through the filters. It is never copied: drawing is all that is paid for.
+    /// `texts` are those of blocks without one, by the block's number; they travel as metadata of the picture, the
+    /// way that needs no new filter when they change.
+    void draw(MappedNV12 const& picture, std::span<std::string const> texts = {});
 
 private:
     struct Graph;
