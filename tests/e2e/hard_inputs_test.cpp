@@ -158,6 +158,30 @@ TEST_F(HardInputs, GapsInTelemetryKeepTheLastPacket)
     }
 }
 
+TEST_F(HardInputs, NestingBeyondEveryStackIsReadOrRefused)
+{
+    constexpr std::size_t kLevels = 200000;
+    std::string const deep = std::string(kLevels, '[') + std::string(kLevels, ']');
+    e2e::makeClip({file("a.ts"), 320, 240, 2, "mpeg2video"});
+    e2e::writeFile(file("t.jsonl"), R"({"t":0,"heading_deg":7,"deep":)" + deep + "}\n");
+    e2e::writeFile(file("deep.json"), R"({"overlay":[{"formatString":"%deep %heading_deg","decimals":0,"textSize":100,
+        "condition":{"key":"heading_deg","value":)" +
+                                          deep + "},\"formats\":{\"other\":" + deep + "}}]}");
+    e2e::writeFile(file("open.json"), std::string(kLevels, '['));
+    Result const drawn = run({"text", file("a.ts"), "-c", file("c.json"), "--telemetry", file("t.jsonl")});
+    EXPECT_EQ(drawn.exitCode, 0);
+    EXPECT_EQ(textsOf(drawn), (Words{"H 7 L --", "H 7 L --"}));
+    Result const keys = run({"keys", file("a.ts"), "--telemetry", file("t.jsonl")});
+    EXPECT_EQ(keys.exitCode, 0);
+    EXPECT_GT(keys.out.size(), 2 * kLevels);
+    EXPECT_EQ(run({"text", file("a.ts"), "-c", file("deep.json"), "--telemetry", file("t.jsonl")}).exitCode, 0);
+    EXPECT_EQ(run({"check", file("deep.json")}).exitCode, 0);
+    Result const refused = run({"check", file("open.json")});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.err, "stanag-overlay: " + file("open.json") +
+                               ": line 1, column 200001: Unterminated JSON array; mend the JSON there\n");
+}
+
 TEST_F(HardInputs, TelemetryTimesThatRunBackwardsAreSorted)
 {
     e2e::makeClip({file("a.ts"), 320, 240, 10, "mpeg2video"});

@@ -143,6 +143,18 @@ TEST_F(HostileHost, AFailingRemapLeavesAContextThatCanBeUsedAgain)
     }
 }
 
+TEST_F(HostileHost, AFailureLeavesThePenAsItIsAndTheNextFrameGivesThatBack)
+{
+    Pen& pen = recording::controls(host_->painter).pen;
+    pen = Pen{10, 20, 30, 4};
+    journal().throwAtCall(13);  // the first block's drawText
+    EXPECT_THROW(plugin_->render(host_->context()), HostFailure);
+    EXPECT_EQ(journal().text({"drawText"}), "drawText 6 6 13 0 0 \"a=1\" on 1280x720\n");
+    EXPECT_EQ(hostRequests(*plugin_, host_->nextFrame(2), {"setPen "}), "setPen 255 255 255 1\n");
+    pen = Pen{10, 20, 30, 4};
+    EXPECT_EQ(hostRequests(*plugin_, host_->nextFrame(3), {"setPen "}), "setPen 10 20 30 4\n");
+}
+
 TEST_F(HostileHost, AnyPayloadBetweenTwoGoodFramesOnlyCostsItsOwnFrame)
 {
     struct NoConversion {};
