@@ -66,7 +66,8 @@ public:
     SwAny() = default;
     /// Holds a copy of `value`, whose type registers its operations on the way.
     template <typename T, std::enable_if_t<!std::is_same_v<std::decay_t<T>, SwAny>, int> = 0>
-    SwAny(T&& value) : ops_(registerMetaType<std::decay_t<T>>()), typeName_(nameOf<std::decay_t<T>>())
+    SwAny(T&& value) : ops_(registerMetaType<std::decay_t<T>>())
+                     , typeName_(nameOf<std::decay_t<T>>())
     {
         // Last: nothing can fail after it and leave it without an owner.
         data_ = new std::decay_t<T>(std::forward<T>(value));

@@ -11,6 +11,7 @@
 //   - with a key, string values and bare tokens are decrypted while reading
 #pragma once
 
+#include "SwJsonArray.h"
 #include "SwJsonObject.h"
 #include "SwJsonValue.h"
 #include "SwString.h"

@@ -12,124 +12,159 @@ namespace {
 
 /// Room for the records of one telemetry payload.
 constexpr std::size_t kFirstRecords = 64;
-constexpr std::size_t kFirstLevels = 16;
+constexpr std::size_t kFirstLevels = 8;
 
 /// From this size on a text is read into chunks of its own. Smaller ones take single blocks, so that what
 /// outlives a frame does not hold on to a chunk.
 constexpr std::size_t kLargeText = std::size_t{16} * 1024;
 
+/// From so many members on their order is worth remembering.
+constexpr std::size_t kFirstRemembered = 8;
+
+/// How the members of an object last sorted by this thread had to be placed. A source of telemetry sends the same
+/// names in the same order again and again: then there is nothing to sort.
+struct LastOrder {
+    std::size_t count = 0;
+    std::array<std::uint8_t, 256> places{};  ///< the first `count` say which member comes where
+};
+constinit thread_local LastOrder lastOrder;
+
 }  // namespace
 
-JsonBuilder::JsonBuilder(std::size_t textBytes) : isLarge_(textBytes >= kLargeText)
+JsonBuilder::JsonBuilder(std::size_t textBytes)
+    : room_(firstRoom_.data(), firstRoom_.size())
+    , isLarge_(textBytes >= kLargeText)
+    , records_(room_, kFirstRecords)
+    , levels_(room_, kFirstLevels)
+    , ranks_(room_, kFirstRecords)
+    , finished_(&room_)
 {
-    records_.reserve(kFirstRecords);
+    finished_.reserve(kFirstLevels);
 }
 
-void JsonBuilder::open_(bool isObject)
+std::string_view JsonBuilder::keep(std::string_view bytes)
 {
-    if (levels_.capacity() == 0) {
-        levels_.reserve(kFirstLevels);
-    }
-    levels_.push_back({name_, records_.size(), finished_.size(), isObject});
+    char* const kept = static_cast<char*>(room_.allocate(bytes.size(), 1));
+    bytes.copy(kept, bytes.size());
+    return {kept, bytes.size()};
 }
 
 void JsonBuilder::close()
 {
-    Level const level = levels_.back();
-    levels_.pop_back();
-    SwJsonValue made = level.isObject ? makeObject_(level.firstRecord) : makeArray_(level.firstRecord);
-    records_.erase(records_.begin() + static_cast<std::ptrdiff_t>(level.firstRecord), records_.end());
+    Level const level = levels_.top();
+    levels_.shrink(levels_.size() - 1);
+    Record const* const first = records_.begin() + level.firstRecord;
+    std::shared_ptr<void> made =
+        level.isObject ? makeObject_(first, records_.end()) : makeArray_(first, records_.end());
+    records_.shrink(level.firstRecord);
     // What is left of these are members that a later one of their name replaced.
-    finished_.erase(finished_.begin() + static_cast<std::ptrdiff_t>(level.firstFinished), finished_.end());
+    finished_.resize(level.firstFinished);
     name_ = level.name;
-    record_(made.type()).whole = static_cast<std::int64_t>(finished_.size());
+    record_(level.isObject ? SwJsonValue::Object : SwJsonValue::Array).size = finished_.size();
     finished_.push_back(std::move(made));
 }
 
 SwJsonValue JsonBuilder::takeRoot()
 {
     SwJsonValue root;
-    fill_(root, records_.front());
-    records_.clear();
-    finished_.clear();
+    fill_(root, records_.top());
     return root;
 }
 
-void JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
+/// Makes the waiting value in a Null slot; whether it owns memory.
+inline bool JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
 {
     switch (record.type) {
     case SwJsonValue::Null:
-        break;
+        return false;
     case SwJsonValue::Bool:
         SwJsonTree::setBool(slot, record.whole != 0);
-        break;
+        return false;
     case SwJsonValue::Int:
         SwJsonTree::setInt(slot, record.whole);
-        break;
+        return false;
     case SwJsonValue::Double:
         SwJsonTree::setDouble(slot, record.real);
-        break;
+        return false;
     case SwJsonValue::String:
-        SwJsonTree::setString(slot, record.text);
-        break;
+        return SwJsonTree::setString(slot, {record.text, record.size});
     case SwJsonValue::Object:
+        SwJsonTree::setObject(slot, std::static_pointer_cast<SwJsonObject>(std::move(finished_[record.size])));
+        return true;
     case SwJsonValue::Array:
-        slot.swap(finished_[static_cast<std::size_t>(record.whole)]);
-        break;
+        SwJsonTree::setArray(slot, std::static_pointer_cast<SwJsonArray>(std::move(finished_[record.size])));
+        return true;
     }
+    return false;
 }
 
-SwJsonValue JsonBuilder::makeArray_(std::size_t firstRecord)
+std::shared_ptr<void> JsonBuilder::makeArray_(Record const* first, Record const* end)
 {
-    SwJsonValue value;
-    SwJsonArray& array = SwJsonTree::setArray(value, arena_());
-    SwJsonTree::resize(array, records_.size() - firstRecord);
-    for (std::size_t i = firstRecord; i < records_.size(); ++i) {
-        fill_(array[i - firstRecord], records_[i]);
+    auto array = std::allocate_shared<SwJsonArray>(JsonAllocator<SwJsonArray>(arena_()));
+    SwJsonTree::resize(*array, static_cast<std::size_t>(end - first), arena_());
+    for (SwJsonValue& item : *array) {
+        fill_(item, *first++);
     }
-    return value;
+    return array;
 }
 
-/// In the order of the names, and of the text where names are equal.
-bool JsonBuilder::ranksBefore_(Rank const& a, Rank const& b) const
+inline bool JsonBuilder::ranksBefore_(Rank const& a, Rank const& b)
 {
-    if (a.prefix != b.prefix) {
-        return a.prefix < b.prefix;
-    }
-    int const order = records_[a.record].name.compare(records_[b.record].name);
-    return order != 0 ? order < 0 : a.record < b.record;
+    return a.prefix != b.prefix ? a.prefix < b.prefix : a.record->name < b.record->name;
 }
 
-void JsonBuilder::rankMembers_(std::size_t firstRecord)
+/// Puts the members in order, of several with one name only the last.
+void JsonBuilder::rankMembers_(Record const* first, Record const* end)
 {
-    ranks_.clear();
+    LastOrder const& known = lastOrder;
+    std::uint8_t const* const places =
+        known.count == static_cast<std::size_t>(end - first) ? known.places.data() : nullptr;
+    ranks_.shrink(0);
     bool inOrder = true;
-    for (std::size_t i = firstRecord; i < records_.size(); ++i) {
-        Rank const rank{SwJsonTree::prefixOf(records_[i].name), i};
-        inOrder = inOrder && (ranks_.empty() || ranksBefore_(ranks_.back(), rank));
-        ranks_.push_back(rank);
+    for (std::ptrdiff_t i = 0; i < end - first; ++i) {
+        Record const* const record = first + (places != nullptr ? places[i] : i);
+        Rank const& rank = ranks_.push(SwJsonTree::prefixOf(record->name), record);
+        inOrder = inOrder && (i == 0 || ranksBefore_(*(&rank - 1), rank));
     }
     if (!inOrder) {
-        std::sort(ranks_.begin(), ranks_.end(), [this](Rank const& a, Rank const& b) { return ranksBefore_(a, b); });
+        sortRanks_(first);
     }
 }
 
-SwJsonValue JsonBuilder::makeObject_(std::size_t firstRecord)
+void JsonBuilder::sortRanks_(Record const* first)
 {
-    rankMembers_(firstRecord);
-    SwJsonValue value;
-    SwJsonObject& object = SwJsonTree::setObject(value, arena_());
-    SwJsonTree::MemberFiller filler(object, ranks_.size(), arena_());
-    for (std::size_t i = 0; i < ranks_.size(); ++i) {
-        Record const& record = records_[ranks_[i].record];
-        // The last of equal names counts.
-        if (i + 1 < ranks_.size() && ranks_[i].prefix == ranks_[i + 1].prefix &&
-            record.name == records_[ranks_[i + 1].record].name) {
-            continue;
-        }
-        fill_(filler.append(ranks_[i].prefix, record.name), record);
+    std::sort(ranks_.begin(), ranks_.end(), [](Rank const& a, Rank const& b) {
+        return ranksBefore_(a, b) || (!ranksBefore_(b, a) && a.record > b.record);
+    });
+    auto const isSame = [](Rank const& a, Rank const& b) { return !ranksBefore_(a, b); };
+    Rank const* const firstRepeated = std::unique(ranks_.begin(), ranks_.end(), isSame);
+    if (firstRepeated != ranks_.end()) {
+        ranks_.shrink(static_cast<std::size_t>(firstRepeated - ranks_.begin()));
+        return;
     }
-    return value;
+    LastOrder& last = lastOrder;
+    if (ranks_.size() >= kFirstRemembered && ranks_.size() <= last.places.size()) {
+        last.count = ranks_.size();
+        std::transform(ranks_.begin(), ranks_.end(), last.places.begin(),
+                       [first](Rank const& rank) { return static_cast<std::uint8_t>(rank.record - first); });
+    }
+}
+
+std::shared_ptr<void> JsonBuilder::makeObject_(Record const* first, Record const* end)
+{
+    rankMembers_(first, end);
+    std::size_t nameBytes = 0;
+    for (Rank const& rank : ranks_) {
+        nameBytes += rank.record->name.size();
+    }
+    auto object = std::allocate_shared<SwJsonObject>(JsonAllocator<SwJsonObject>(arena_()));
+    SwJsonTree::MemberFiller filler(*object, ranks_.size(), nameBytes, arena_());
+    for (Rank const& rank : ranks_) {
+        if (fill_(filler.append(rank.prefix, rank.record->name), *rank.record)) {
+            filler.lastOwns();
+        }
+    }
+    return object;
 }
 
 }  // namespace sw_detail

@@ -77,12 +77,21 @@ void release(JsonChunk* chunk, std::size_t blocks) noexcept
     }
 }
 
+/// Blocks of one chunk that this thread gives back together.
+struct Returned {
+    JsonChunk* chunk = nullptr;
+    std::size_t blocks = 0;
+};
+[[gnu::tls_model("initial-exec")]] constinit thread_local Returned returned;
+
 void* withHeader(void* memory, JsonChunk* chunk)
 {
     return new (memory) Header{chunk} + 1;
 }
 
 }  // namespace
+
+[[gnu::tls_model("initial-exec")]] constinit thread_local int JsonReturn::depth = 0;
 
 void* JsonArena::take(std::size_t bytes)
 {
@@ -116,13 +125,26 @@ void* takeJsonMemory(JsonArena* arena, std::size_t bytes)
     return arena != nullptr ? arena->take(bytes) : withHeader(::operator new(bytes + sizeof(Header)), nullptr);
 }
 
+JsonReturn::~JsonReturn()
+{
+    if (--depth == 0 && returned.chunk != nullptr) {
+        release(std::exchange(returned.chunk, nullptr), std::exchange(returned.blocks, 0));
+    }
+}
+
 void giveJsonMemory(void* block) noexcept
 {
-    Header* const header = static_cast<Header*>(block) - 1;
-    if (header->chunk != nullptr) {
-        release(header->chunk, 1);
+    JsonChunk* const chunk = (static_cast<Header*>(block) - 1)->chunk;
+    if (chunk == nullptr) {
+        ::operator delete(static_cast<Header*>(block) - 1);
+    } else if (JsonReturn::depth == 0) {
+        release(chunk, 1);
     } else {
-        ::operator delete(header);
+        if (returned.chunk != chunk && returned.chunk != nullptr) {
+            release(returned.chunk, std::exchange(returned.blocks, 0));
+        }
+        returned.chunk = chunk;
+        ++returned.blocks;
     }
 }
 

@@ -1,33 +1,17 @@
-// The members of a JSON object: slabs of nodes that never move, linked in key order, and a sorted index
-// over them. The reader fills objects through operator[], frames copy and merge them.
+// The members of a JSON object: nodes that never move, linked in key order, and how a key is found among them.
+// The reader lays whole objects down, frames copy and merge them.
 #include "SwJsonObject.h"
 
 #include "sw_json_memory.h"
 #include "sw_json_tree.h"
 
 #include <algorithm>
+#include <bit>
+#include <functional>
+#include <memory>
 #include <new>
-#include <tuple>
-
-/// Room for `capacity` nodes, which follow directly.
-struct alignas(std::max_align_t) SwJsonObject::Slab {
-    Slab* next = nullptr;
-    std::size_t capacity = 0;
-    std::size_t used = 0;
-
-    void* room(std::size_t index) noexcept { return reinterpret_cast<char*>(this + 1) + index * sizeof(Node); }
-};
-
-/// Memory of an erased member.
-struct SwJsonObject::FreeNode {
-    FreeNode* next = nullptr;
-};
 
 namespace {
-
-/// Slabs grow from the first to the last of these numbers of members.
-constexpr std::size_t kFirstSlab = 2;
-constexpr std::size_t kLargestSlab = 128;
 
 /// Up to so many members are found by walking along them.
 constexpr std::size_t kUnindexed = 8;
@@ -35,20 +19,20 @@ constexpr std::size_t kUnindexed = 8;
 /// The largest leaf of the index. An insertion moves half of one on average.
 constexpr std::size_t kLeafEntries = 128;
 
-/// Four bytes as a number, the first on top; compilers make one load of it.
-std::uint32_t bigEndian32(char const* bytes) noexcept
+/// Whether a node or entry of that prefix stands before the key; `nameOf` gives its name, seldom needed.
+template <typename NameOf>
+bool standsBefore(std::uint64_t prefix, NameOf const& nameOf, std::uint64_t keyPrefix, std::string_view key)
 {
-    auto const byte = [bytes](std::size_t i) { return std::uint32_t{static_cast<unsigned char>(bytes[i])}; };
-    return byte(0) << 24U | byte(1) << 16U | byte(2) << 8U | byte(3);
+    return prefix != keyPrefix ? prefix < keyPrefix : nameOf() < key;
 }
 
 }  // namespace
 
 // By way of the empty object, so that its destructor runs when memory is exhausted half-way.
-SwJsonObject::SwJsonObject(std::initializer_list<value_type> members) : SwJsonObject()
+SwJsonObject::SwJsonObject(std::initializer_list<std::pair<std::string_view, SwJsonValue>> members) : SwJsonObject()
 {
-    for (value_type const& member : members) {
-        (*this)[member.first] = member.second;
+    for (auto const& [key, value] : members) {
+        (*this)[key] = value;
     }
 }
 
@@ -61,10 +45,11 @@ SwJsonObject::SwJsonObject(SwJsonObject const& other) : SwJsonObject()
 
 SwJsonObject::SwJsonObject(SwJsonObject&& other) noexcept
     : first_(std::exchange(other.first_, nullptr))
-    , slabs_(std::exchange(other.slabs_, nullptr))
-    , free_(std::exchange(other.free_, nullptr))
     , size_(std::exchange(other.size_, 0))
-    , flat_(std::move(other.flat_))
+    , nameBytes_(std::exchange(other.nameBytes_, 0))
+    , block_(std::exchange(other.block_, nullptr))
+    , blockEnd_(std::exchange(other.blockEnd_, nullptr))
+    , mayOwn_(std::exchange(other.mayOwn_, kAll))
     , leaves_(std::move(other.leaves_))
 {
 }
@@ -84,21 +69,20 @@ SwJsonObject& SwJsonObject::operator=(SwJsonObject&& other) noexcept
 
 SwJsonObject::~SwJsonObject()
 {
-    while (first_ != nullptr) {
-        dropFirst_();
-    }
-    while (slabs_ != nullptr) {
-        sw_detail::giveJsonMemory(std::exchange(slabs_, slabs_->next));
+    destroyMembers_();
+    if (block_ != nullptr) {
+        sw_detail::giveJsonMemory(block_);
     }
 }
 
 void SwJsonObject::swap(SwJsonObject& other) noexcept
 {
     std::swap(first_, other.first_);
-    std::swap(slabs_, other.slabs_);
-    std::swap(free_, other.free_);
     std::swap(size_, other.size_);
-    flat_.swap(other.flat_);
+    std::swap(nameBytes_, other.nameBytes_);
+    std::swap(block_, other.block_);
+    std::swap(blockEnd_, other.blockEnd_);
+    std::swap(mayOwn_, other.mayOwn_);
     leaves_.swap(other.leaves_);
 }
 
@@ -117,39 +101,40 @@ SwJsonValue const& SwJsonObject::operator[](std::string_view key) const
 
 SwJsonValue& SwJsonObject::operator[](std::string_view key)
 {
-    Place const place = locate_(key);
-    Node* const node = place.match != nullptr ? place.match : insert_(place, std::string(key));
-    return node->member.second;
+    return findOrInsert_(key)->member.second;
 }
 
-void SwJsonObject::insertOrAssign(std::string key, SwJsonValue value)
+void SwJsonObject::insertOrAssign(std::string_view key, SwJsonValue value)
 {
-    Place const place = locate_(key);
-    Node* const node = place.match != nullptr ? place.match : insert_(place, std::move(key));
-    node->member.second = std::move(value);
+    findOrInsert_(key)->member.second = std::move(value);
 }
 
 std::size_t SwJsonObject::erase(std::string_view key)
 {
-    Place const place = locate_(key);
+    std::uint64_t const prefix = SwJsonTree::prefixOf(key);
+    if (isPacked_()) {
+        if (findPacked_(prefix, key) == nullptr) {
+            return 0;
+        }
+        indexAll_();
+    }
+    Place const place = locate_(prefix, key);
     if (place.match == nullptr) {
         return 0;
     }
+    mayOwn_ = kAll;
     (place.before != nullptr ? place.before->next : first_) = place.match->next;
     if (isIndexed_()) {
-        Leaf& leaf = leafAt_(place.leaf);
+        Leaf& leaf = leaves_[place.leaf];
         leaf.erase(leaf.begin() + static_cast<std::ptrdiff_t>(place.at));
-        if (leaf.empty() && leaves_) {
-            leaves_->erase(leaves_->begin() + static_cast<std::ptrdiff_t>(place.leaf));
-            if (leaves_->empty()) {
-                leaves_.reset();
-            }
+        if (leaf.empty()) {
+            leaves_.erase(leaves_.begin() + static_cast<std::ptrdiff_t>(place.leaf));
         }
     }
     --size_;
-    // The memory goes to the free list only after the member is gone: its value may hold anything.
-    place.match->~Node();
-    free_ = new (place.match) FreeNode{free_};
+    nameBytes_ -= place.match->member.first.size();
+    // Only now that nothing leads to the member: its value may hold anything.
+    destroyNode_(place.match);
     return 1;
 }
 
@@ -158,184 +143,154 @@ std::vector<std::string> SwJsonObject::keys() const
     std::vector<std::string> names;
     names.reserve(size_);
     for (value_type const& member : *this) {
-        names.push_back(member.first);
+        names.emplace_back(member.first);
     }
     return names;
 }
 
-std::uint64_t SwJsonObject::prefixOf_(std::string_view key) noexcept
+/// Whether the members are exactly the first nodes of the block, in their order, and too many to walk along.
+bool SwJsonObject::isPacked_() const noexcept
 {
-    std::size_t const size = key.size();
-    if (size >= 8) {
-        return std::uint64_t{bigEndian32(key.data())} << 32U | bigEndian32(key.data() + 4);
-    }
-    if (size >= 4) {
-        // The last four bytes overlap the first ones; shifted out to the left, those bytes are gone.
-        std::uint32_t const last = size == 4 ? 0U : bigEndian32(key.data() + size - 4) << 8U * (8U - size);
-        return std::uint64_t{bigEndian32(key.data())} << 32U | last;
-    }
-    std::uint64_t prefix = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        prefix |= std::uint64_t{static_cast<unsigned char>(key[i])} << (56U - 8U * i);
-    }
-    return prefix;
+    return size_ > kUnindexed && !isIndexed_();
 }
 
-bool SwJsonObject::entryLess_(Entry const& entry, std::uint64_t prefix, std::string_view key) noexcept
+SwJsonObject::Node* SwJsonObject::findPacked_(std::uint64_t prefix, std::string_view key) const noexcept
 {
-    return entry.prefix != prefix ? entry.prefix < prefix : entry.node->member.first < key;
+    Node* const end = block_ + size_;
+    Node* const found = std::partition_point(block_, end, [&](Node const& node) {
+        return standsBefore(
+            node.prefix, [&] { return node.member.first; }, prefix, key);
+    });
+    return found != end && found->prefix == prefix && found->member.first == key ? found : nullptr;
 }
 
-std::size_t SwJsonObject::lowerBound_(Leaf const& leaf, std::uint64_t prefix, std::string_view key) noexcept
+SwJsonObject::Node* SwJsonObject::findNode_(std::string_view key) const noexcept
 {
-    auto const found =
-        std::lower_bound(leaf.begin(), leaf.end(), key,
-                         [prefix](Entry const& entry, std::string_view k) { return entryLess_(entry, prefix, k); });
-    return static_cast<std::size_t>(found - leaf.begin());
+    std::uint64_t const prefix = SwJsonTree::prefixOf(key);
+    return isPacked_() ? findPacked_(prefix, key) : locate_(prefix, key).match;
 }
 
-SwJsonObject::Place SwJsonObject::locateByWalking_(std::string_view key) const noexcept
+SwJsonObject::Place SwJsonObject::locateByWalking_(std::uint64_t prefix, std::string_view key) const noexcept
 {
     Place place;
     for (Node* node = first_; node != nullptr; node = node->next) {
-        int const order = node->member.first.compare(key);
-        if (order >= 0) {
-            place.match = order == 0 ? node : nullptr;
-            break;
+        if (node->prefix >= prefix) {
+            int const order = node->prefix > prefix ? 1 : node->member.first.compare(key);
+            if (order >= 0) {
+                place.match = order == 0 ? node : nullptr;
+                break;
+            }
         }
         place.before = node;
     }
     return place;
 }
 
-SwJsonObject::Place SwJsonObject::locate_(std::string_view key) const noexcept
+/// Not for packed members.
+SwJsonObject::Place SwJsonObject::locate_(std::uint64_t prefix, std::string_view key) const noexcept
 {
     if (!isIndexed_()) {
-        return locateByWalking_(key);
+        return locateByWalking_(prefix, key);
     }
+    auto const isBefore = [&](Entry const& entry) {
+        return standsBefore(
+            entry.prefix, [&] { return entry.node->member.first; }, prefix, key);
+    };
+    auto const isAt = [&](Entry const& entry) { return entry.prefix == prefix && entry.node->member.first == key; };
     Place place;
-    std::uint64_t const prefix = prefixOf_(key);
-    place.prefix = prefix;
-    if (leaves_) {
-        // The last leaf that begins at or before the key.
-        auto const after = std::partition_point(leaves_->begin() + 1, leaves_->end(), [&](Leaf const& leaf) {
-            Entry const& front = leaf.front();
-            return front.prefix != prefix ? front.prefix < prefix : front.node->member.first <= key;
-        });
-        place.leaf = static_cast<std::size_t>(after - leaves_->begin()) - 1;
-    }
-    Leaf const& leaf = leafAt_(place.leaf);
+    // The last leaf that begins at or before the key.
+    auto const after = std::partition_point(leaves_.begin() + 1, leaves_.end(), [&](Leaf const& leaf) {
+        return isBefore(leaf.front()) || isAt(leaf.front());
+    });
+    place.leaf = static_cast<std::size_t>(after - leaves_.begin()) - 1;
+    Leaf const& leaf = leaves_[place.leaf];
     // Members often arrive in order: look behind the last one first.
-    bool const atEnd = entryLess_(leaf.back(), prefix, key);
-    place.at = atEnd ? leaf.size() : lowerBound_(leaf, prefix, key);
-    if (!atEnd && leaf[place.at].prefix == prefix && leaf[place.at].node->member.first == key) {
-        place.match = leaf[place.at].node;
+    auto const found = isBefore(leaf.back()) ? leaf.end() : std::partition_point(leaf.begin(), leaf.end(), isBefore);
+    place.at = static_cast<std::size_t>(found - leaf.begin());
+    if (found != leaf.end() && isAt(*found)) {
+        place.match = found->node;
     }
     if (place.at > 0) {
         place.before = leaf[place.at - 1].node;
     } else if (place.leaf > 0) {
-        place.before = leafAt_(place.leaf - 1).back().node;
+        place.before = leaves_[place.leaf - 1].back().node;
     }
     return place;
 }
 
-SwJsonObject::Node* SwJsonObject::insert_(Place const& place, std::string key)
+SwJsonObject::Node* SwJsonObject::findOrInsert_(std::string_view key)
 {
-    void* const memory = takeMemory_();
-    Node* node = nullptr;
-    try {
-        node = new (memory) Node(std::move(key));
-        if (isIndexed_()) {
-            indexNode_(place, {place.prefix, node});
-        } else if (size_ == kUnindexed) {
-            flat_.reserve(4 * kUnindexed);
+    std::uint64_t const prefix = SwJsonTree::prefixOf(key);
+    mayOwn_ = kAll;
+    if (isPacked_()) {
+        if (Node* const node = findPacked_(prefix, key)) {
+            return node;
         }
-    } catch (...) {
-        if (node != nullptr) {
-            node->~Node();
-        }
-        free_ = new (memory) FreeNode{free_};
-        throw;
+        indexAll_();
+    }
+    Place const place = locate_(prefix, key);
+    return place.match != nullptr ? place.match : insert_(prefix, key, place);
+}
+
+SwJsonObject::Node* SwJsonObject::insert_(std::uint64_t prefix, std::string_view key, Place place)
+{
+    struct Free {
+        void operator()(void* memory) const { ::operator delete(memory); }
+    };
+    std::unique_ptr<void, Free> memory(::operator new(sizeof(Node) + key.size()));
+    char* const name = static_cast<char*>(memory.get()) + sizeof(Node);
+    key.copy(name, key.size());
+    Node* const node = new (memory.get()) Node(prefix, {name, key.size()});
+    if (size_ == kUnindexed && !isIndexed_()) {
+        indexAll_();
+        place = locate_(prefix, key);
+    }
+    if (isIndexed_()) {
+        indexNode_(place, {prefix, node});
     }
     Node*& link = place.before != nullptr ? place.before->next : first_;
     node->next = link;
     link = node;
     ++size_;
-    if (size_ > kUnindexed && !isIndexed_()) {
-        indexAll_();
-    }
+    nameBytes_ += key.size();
+    static_cast<void>(memory.release());
     return node;
 }
 
-/// The index of the members that there are; its memory is reserved.
-void SwJsonObject::indexAll_() noexcept
+/// The index of the members that there are.
+void SwJsonObject::indexAll_()
 {
+    std::vector<Leaf> leaves;
+    leaves.reserve((size_ + kLeafEntries - 1) / kLeafEntries);
     for (Node* node = first_; node != nullptr; node = node->next) {
-        flat_.push_back({prefixOf_(node->member.first), node});
+        if (leaves.empty() || leaves.back().size() == kLeafEntries) {
+            std::size_t const left = size_ - leaves.size() * kLeafEntries;
+            leaves.emplace_back().reserve(std::min(kLeafEntries, 2 * left));
+        }
+        leaves.back().push_back({node->prefix, node});
     }
-}
-
-void SwJsonObject::reserveIndex_(std::size_t members)
-{
-    if (members > kUnindexed) {
-        flat_.reserve(std::min(members, kLeafEntries));
-    }
-}
-
-/// A node in a slab that has room, not linked yet.
-SwJsonObject::Node* SwJsonObject::appendNode_(std::string_view key)
-{
-    Node* const node = new (slabs_->room(slabs_->used)) Node(key);
-    ++slabs_->used;
-    ++size_;
-    return node;
-}
-
-/// Indexes the last member, which is linked already. An object that turns out to have few members keeps
-/// none: equal names can make it smaller than what was reserved.
-void SwJsonObject::indexLast_(Entry entry)
-{
-    if (flat_.capacity() == 0 && !leaves_) {
-        return;
-    }
-    if (!leaves_ && flat_.size() < kLeafEntries) {
-        flat_.push_back(entry);
-        return;
-    }
-    Place place;
-    place.leaf = leaves_ ? leaves_->size() - 1 : 0;
-    place.at = leafAt_(place.leaf).size();
-    indexNode_(place, entry);
+    leaves_.swap(leaves);
 }
 
 void SwJsonObject::indexNode_(Place place, Entry entry)
 {
-    if (leafAt_(place.leaf).size() >= kLeafEntries) {
+    if (leaves_[place.leaf].size() >= kLeafEntries) {
         place = splitLeaf_(place);
     }
-    Leaf& leaf = leafAt_(place.leaf);
-    if (leaf.size() == leaf.capacity()) {
-        leaf.reserve(std::min(kLeafEntries, leaf.size() * 4));
-    }
+    Leaf& leaf = leaves_[place.leaf];
     leaf.insert(leaf.begin() + static_cast<std::ptrdiff_t>(place.at), entry);
 }
 
 SwJsonObject::Place SwJsonObject::splitLeaf_(Place place)
 {
-    if (!leaves_) {
-        auto leaves = std::make_unique<std::vector<Leaf>>();
-        leaves->push_back(std::move(flat_));
-        leaves_ = std::move(leaves);
-        flat_ = Leaf();
-    }
-    Leaf const& full = (*leaves_)[place.leaf];
+    Leaf const& full = leaves_[place.leaf];
     // Behind the last entry nothing moves over, so that members arriving in order fill every leaf.
     std::size_t const cut = place.at == full.size() ? full.size() : full.size() / 2;
     Leaf upper;
     upper.reserve(kLeafEntries);
     upper.assign(full.begin() + static_cast<std::ptrdiff_t>(cut), full.end());
-    leaves_->insert(leaves_->begin() + static_cast<std::ptrdiff_t>(place.leaf) + 1, std::move(upper));
-    (*leaves_)[place.leaf].resize(cut);
+    leaves_.insert(leaves_.begin() + static_cast<std::ptrdiff_t>(place.leaf) + 1, std::move(upper));
+    leaves_[place.leaf].resize(cut);
     if (place.at >= cut) {
         ++place.leaf;
         place.at -= cut;
@@ -343,38 +298,42 @@ SwJsonObject::Place SwJsonObject::splitLeaf_(Place place)
     return place;
 }
 
-void* SwJsonObject::takeMemory_()
-{
-    if (free_ != nullptr) {
-        return std::exchange(free_, free_->next);
-    }
-    if (slabs_ == nullptr || slabs_->used == slabs_->capacity) {
-        addSlab_(slabs_ == nullptr ? kFirstSlab : std::min(slabs_->capacity * 2, kLargestSlab));
-    }
-    return slabs_->room(slabs_->used++);
-}
-
-void SwJsonObject::addSlab_(std::size_t nodes, sw_detail::JsonArena* arena)
-{
-    void* const memory = sw_detail::takeJsonMemory(arena, sizeof(Slab) + nodes * sizeof(Node));
-    slabs_ = new (memory) Slab{slabs_, nodes, 0};
-}
-
 void SwJsonObject::copyMembers_(SwJsonObject const& other, std::vector<SwJsonCopy>& pending)
 {
-    if (other.empty()) {
+    SwJsonTree::MemberFiller filler(*this, other.size_, other.nameBytes_, nullptr);
+    for (Node const* node = other.first_; node != nullptr; node = node->next) {
+        if (SwJsonTree::copyFields(node->member.second, filler.append(node->prefix, node->member.first), pending)) {
+            filler.lastOwns();
+        }
+    }
+}
+
+void SwJsonObject::destroyMembers_() noexcept
+{
+    if (mayOwn_ == kAll) {
+        while (first_ != nullptr) {
+            dropFirst_();
+        }
         return;
     }
-    SwJsonTree::MemberFiller filler(*this, other.size_, nullptr);
-    for (value_type const& member : other) {
-        // Without an index nobody looks at the prefix.
-        std::uint64_t const prefix = other.size_ > kUnindexed ? prefixOf_(member.first) : 0;
-        SwJsonTree::copyFields(member.second, filler.append(prefix, member.first), pending);
+    std::size_t const group = SwJsonTree::nodesPerBit(*this);
+    for (std::uint64_t bits = mayOwn_; bits != 0; bits &= bits - 1) {
+        std::size_t const begin = static_cast<std::size_t>(std::countr_zero(bits)) * group;
+        std::destroy(block_ + begin, block_ + std::min(begin + group, size_));
+    }
+}
+
+void SwJsonObject::destroyNode_(Node* node) noexcept
+{
+    bool const isInBlock = !std::less<>()(node, block_) && std::less<>()(node, blockEnd_);
+    node->~Node();
+    if (!isInBlock) {
+        ::operator delete(node);
     }
 }
 
 void SwJsonObject::dropFirst_() noexcept
 {
-    Node* const node = std::exchange(first_, first_->next);
-    node->~Node();
+    mayOwn_ = kAll;
+    destroyNode_(std::exchange(first_, first_->next));
 }

@@ -1,4 +1,4 @@
-// The two containers of the JSON tree: an ordered map of members and a sequence of elements. See SwJson.h.
+// The ordered map of the JSON tree. See SwJson.h.
 #pragma once
 
 #include "SwJsonValue.h"
@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <initializer_list>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -25,27 +24,36 @@ struct SwJsonCopy {
     SwJsonValue* target = nullptr;
 };
 
+/// The name of a member: a view of bytes that stay as long as the member does. Becomes a std::string of its
+/// own where one is asked for.
+class SwJsonKey : public std::string_view {
+public:
+    explicit SwJsonKey(std::string_view bytes) noexcept : std::string_view(bytes) {}
+    operator std::string() const { return std::string(data(), size()); }
+    friend std::string operator+(std::string left, SwJsonKey right) { return std::move(left.append(right)); }
+    friend std::string operator+(SwJsonKey left, std::string_view right) { return std::string(left).append(right); }
+};
+
 /// Ordered map from byte-string keys to values, in plain byte order: "B" before "a" before "b".
 ///
-/// Members stand in blocks and never move, so that references and iterators stay valid until their own
-/// member is erased, through insertions and when the object itself is moved. From a few members on a sorted
-/// index over them holds the first bytes of each key as a number, which settles most comparisons without
-/// reading the key.
+/// Members never move, so that references and iterators stay valid until their own member is erased, through
+/// insertions and when the object itself is moved. What the reader or a copy lays down stands in one block,
+/// nodes in their order and the bytes of the names behind them, and is searched there; a member inserted later
+/// has memory of its own, and more than a few members are then found by a sorted index. Nodes and index
+/// hold the first bytes of each key as a number, which settles most comparisons without reading the key.
 class SwJsonObject {
 public:
-    using value_type = std::pair<std::string const, SwJsonValue>;
+    using value_type = std::pair<SwJsonKey const, SwJsonValue>;
 
 private:
     struct Node {
-        explicit Node(std::string_view key)
-            : member(std::piecewise_construct, std::forward_as_tuple(key), std::tuple<>())
-        {
-        }
-        explicit Node(std::string&& key)
-            : member(std::piecewise_construct, std::forward_as_tuple(std::move(key)), std::tuple<>())
+        Node(std::uint64_t keyPrefix, std::string_view key)
+            : prefix(keyPrefix)
+            , member(std::piecewise_construct, std::forward_as_tuple(key), std::tuple<>())
         {
         }
         Node* next = nullptr;
+        std::uint64_t prefix;  ///< the first eight bytes of the key, the first on top
         value_type member;
     };
 
@@ -89,7 +97,7 @@ public:
 
     SwJsonObject() noexcept = default;
     /// Of several members with one name the last counts.
-    SwJsonObject(std::initializer_list<value_type> members);
+    SwJsonObject(std::initializer_list<std::pair<std::string_view, SwJsonValue>> members);
     SwJsonObject(SwJsonObject const& other);
     SwJsonObject(SwJsonObject&& other) noexcept;
     SwJsonObject& operator=(SwJsonObject const& other);
@@ -101,10 +109,14 @@ public:
     SwJsonValue const& operator[](std::string_view key) const;
     /// The value under `key`, inserted as Null first when it is absent.
     SwJsonValue& operator[](std::string_view key);
-    void insertOrAssign(std::string key, SwJsonValue value);
+    void insertOrAssign(std::string_view key, SwJsonValue value);
 
     const_iterator find(std::string_view key) const { return const_iterator(findNode_(key)); }
-    iterator find(std::string_view key) { return iterator(findNode_(key)); }
+    iterator find(std::string_view key)
+    {
+        mayOwn_ = kAll;
+        return iterator(findNode_(key));
+    }
     bool contains(std::string_view key) const { return findNode_(key) != nullptr; }
     std::size_t size() const noexcept { return size_; }
     bool empty() const noexcept { return size_ == 0; }
@@ -115,7 +127,11 @@ public:
 
     const_iterator begin() const noexcept { return const_iterator(first_); }
     const_iterator end() const noexcept { return {}; }
-    iterator begin() noexcept { return iterator(first_); }
+    iterator begin() noexcept
+    {
+        mayOwn_ = kAll;
+        return iterator(first_);
+    }
     iterator end() noexcept { return {}; }
 
     /// The member names in order.
@@ -127,84 +143,45 @@ public:
 private:
     friend class SwJsonTree;
 
-    struct Slab;
-    struct FreeNode;
-    /// A member as the index sees it; `prefix` holds the first eight bytes of the key, the first on top.
+    /// A member as the index sees it.
     struct Entry {
         std::uint64_t prefix = 0;
         Node* node = nullptr;
     };
     using Leaf = std::vector<Entry>;
+    static constexpr std::uint64_t kAll = ~std::uint64_t{0};
     /// Where a key stands or would stand: among the members and, when there is one, in the index.
     struct Place {
         Node* match = nullptr;
         Node* before = nullptr;
-        std::uint64_t prefix = 0;
         std::size_t leaf = 0;
         std::size_t at = 0;
     };
 
-    static std::uint64_t prefixOf_(std::string_view key) noexcept;
-    static bool entryLess_(Entry const& entry, std::uint64_t prefix, std::string_view key) noexcept;
-    static std::size_t lowerBound_(Leaf const& leaf, std::uint64_t prefix, std::string_view key) noexcept;
-    Place locate_(std::string_view key) const noexcept;
-    Place locateByWalking_(std::string_view key) const noexcept;
-    bool isIndexed_() const noexcept { return !flat_.empty() || leaves_ != nullptr; }
-    Node* findNode_(std::string_view key) const noexcept { return locate_(key).match; }
-    Leaf& leafAt_(std::size_t leaf) noexcept { return leaves_ ? (*leaves_)[leaf] : flat_; }
-    Leaf const& leafAt_(std::size_t leaf) const noexcept { return leaves_ ? (*leaves_)[leaf] : flat_; }
+    bool isIndexed_() const noexcept { return !leaves_.empty(); }
+    bool isPacked_() const noexcept;
+    Node* findNode_(std::string_view key) const noexcept;
+    Node* findPacked_(std::uint64_t prefix, std::string_view key) const noexcept;
+    Node* findOrInsert_(std::string_view key);
+    Node* insert_(std::uint64_t prefix, std::string_view key, Place place);
+    Place locate_(std::uint64_t prefix, std::string_view key) const noexcept;
+    Place locateByWalking_(std::uint64_t prefix, std::string_view key) const noexcept;
     void indexNode_(Place place, Entry entry);
-    void indexLast_(Entry entry);
-    void indexAll_() noexcept;
-    void reserveIndex_(std::size_t members);
+    void indexAll_();
     Place splitLeaf_(Place place);
-    Node* insert_(Place const& place, std::string key);
-    Node* appendNode_(std::string_view key);
-    void* takeMemory_();
-    void addSlab_(std::size_t nodes, sw_detail::JsonArena* arena = nullptr);
     void copyMembers_(SwJsonObject const& other, std::vector<SwJsonCopy>& pending);
+    void destroyMembers_() noexcept;
+    void destroyNode_(Node* node) noexcept;
     void dropFirst_() noexcept;
 
-    Node* first_ = nullptr;     ///< the members, linked in the order of their keys
-    Slab* slabs_ = nullptr;     ///< their memory, the slab with room first
-    FreeNode* free_ = nullptr;  ///< memory of erased members
-    std::size_t size_ = 0;
-    Leaf flat_;                                  ///< the index while it is small; none for a few members
-    std::unique_ptr<std::vector<Leaf>> leaves_;  ///< the index of a large object, in leaves of bounded size
-};
-
-/// Growable sequence of values.
-class SwJsonArray {
-public:
-    using const_iterator = std::vector<SwJsonValue>::const_iterator;
-    using iterator = std::vector<SwJsonValue>::iterator;
-
-    SwJsonArray() noexcept = default;
-    SwJsonArray(std::initializer_list<SwJsonValue> items) : items_(items) {}
-    SwJsonArray(SwJsonArray const& other);
-    SwJsonArray(SwJsonArray&& other) noexcept = default;
-    SwJsonArray& operator=(SwJsonArray const& other);
-    SwJsonArray& operator=(SwJsonArray&& other) noexcept;
-    ~SwJsonArray() = default;
-
-    void append(SwJsonValue value) { items_.push_back(std::move(value)); }
-    std::size_t size() const noexcept { return items_.size(); }
-    bool empty() const noexcept { return items_.empty(); }
-    bool isEmpty() const noexcept { return items_.empty(); }
-    /// The item at `index`, which must be below size().
-    SwJsonValue const& operator[](std::size_t index) const { return items_[index]; }
-    SwJsonValue& operator[](std::size_t index) { return items_[index]; }
-    void clear() { items_.clear(); }
-
-    const_iterator begin() const noexcept { return items_.begin(); }
-    const_iterator end() const noexcept { return items_.end(); }
-    iterator begin() noexcept { return items_.begin(); }
-    iterator end() noexcept { return items_.end(); }
-
-    friend bool operator==(SwJsonArray const& a, SwJsonArray const& b);
-    friend bool operator!=(SwJsonArray const& a, SwJsonArray const& b) { return !(a == b); }
-
-private:
-    friend class SwJsonTree;
-    std::vector<SwJsonValue> items_;
+    Node* first_ = nullptr;      ///< the members, linked in the order of their keys
+    std::size_t size_ = 0;       ///< number of members
+    std::size_t nameBytes_ = 0;  ///< the length of all names together
+    Node* block_ = nullptr;      ///< the nodes that were laid down at once, null without such
+    Node* blockEnd_ = nullptr;
+    /// Which members may own memory: bit by bit the nodes of the block, each bit for an equal number of them. All
+    /// as soon as somebody might have changed a value. The others need no destruction, and nobody looks at
+    /// them again.
+    std::uint64_t mayOwn_ = kAll;
+    std::vector<Leaf> leaves_;  ///< the sorted index, in leaves of bounded size; empty without one
 };

@@ -3,6 +3,7 @@
 #include "SwJson.h"
 #include "sw_diagnostic.h"
 #include "sw_json_builder.h"
+#include "sw_json_number.h"
 #include "sw_json_scan.h"
 #include "sw_numbers.h"
 
@@ -54,6 +55,13 @@ bool addLiteral(JsonBuilder& tree, std::string_view text)
         return true;
     }
     return false;
+}
+
+/// Whether the text begins as a literal or number does: most do not.
+bool mayBeCoerced(std::string_view text)
+{
+    char const first = text.empty() ? '\0' : text.front();
+    return isDigit(first) || first == '-' || first == '.' || first == 't' || first == 'f' || first == 'n';
 }
 
 /// A string value takes the kind that its text looks like: configurations write numbers and switches as
@@ -123,12 +131,12 @@ void addDecryptedScalar(JsonBuilder& tree, std::string const& plain)
     }
 }
 
-/// One reading of one value: cursor, open containers and the first problem.
+/// One reading of one value: the open containers and the first problem. Each step takes the cursor and gives the
+/// new one, null after a problem; so it stays in a register of the processor.
 class Reader {
 public:
-    Reader(SwString const& text, std::size_t cursor, SwString const& key)
+    Reader(SwString const& text, SwString const& key)
         : begin_(text.c_str())
-        , at_(begin_ + std::min(cursor, text.size()))
         , end_(begin_ + text.size())
         , key_(key)
         , hasKey_(!key.isEmpty())
@@ -136,246 +144,245 @@ public:
     {
     }
 
-    /// Reads the value into `root`; false when there is a problem.
-    bool read(SwJsonValue& root)
+    /// Reads the value at `cursor` into `root` and moves the cursor behind it, or to where reading stopped;
+    /// false when there is a problem.
+    bool read(std::size_t& cursor, SwJsonValue& root)
     {
-        bool valueFollows = true;
-        while (valueFollows) {
-            if (!readValue_()) {
-                return false;
-            }
-            valueFollows = false;
-            while (!valueFollows && tree_.isOpen()) {
-                if (!(tree_.isInObject() ? nextMember_(valueFollows) : nextElement_(valueFollows))) {
-                    return false;
-                }
-            }
+        char const* const stop = readAll_(begin_ + std::min(cursor, size_()));
+        cursor = static_cast<std::size_t>((stop != nullptr ? stop : stopped_) - begin_);
+        if (stop == nullptr) {
+            return false;
         }
         root = tree_.takeRoot();
         return true;
     }
 
-    std::size_t cursor() const { return static_cast<std::size_t>(at_ - begin_); }
     std::size_t problemIndex() const { return static_cast<std::size_t>(problem_.at - begin_); }
     std::string_view problemMessage() const { return problem_.message; }
 
 private:
-    bool fail_(std::string_view message)
+    std::size_t size_() const { return static_cast<std::size_t>(end_ - begin_); }
+
+    char const* fail_(char const* at, std::string_view message)
     {
-        problem_ = {at_, message};
-        return false;
+        problem_ = {at, message};
+        return stopAt_(at);
+    }
+    /// The problem is noted already.
+    char const* stopAt_(char const* at)
+    {
+        stopped_ = at;
+        return nullptr;
     }
 
-    /// Reads a scalar, or opens a container.
-    bool readValue_()
+    char const* readAll_(char const* at)
     {
-        at_ = skipSpace(at_, end_);
-        if (at_ == end_) {
-            return fail_("Unexpected end of JSON input");
-        }
-        switch (*at_) {
-        case '{':
-            ++at_;
-            tree_.openObject();
-            justOpened_ = true;
-            return true;
-        case '[':
-            ++at_;
-            tree_.openArray();
-            justOpened_ = true;
-            return true;
-        case '"':
-            return readStringValue_();
-        default:
-            return readBareValue_();
+        for (;;) {
+            at = skipSpace(at, end_);
+            if (at == end_) {
+                return fail_(at, "Unexpected end of JSON input");
+            }
+            bool const opens = *at == '{' || *at == '[';
+            if (opens) {
+                tree_.open(*at == '{');
+                ++at;
+            } else {
+                at = *at == '"' ? readStringValue_(at) : readBareValue_(at);
+            }
+            bool isFirst = opens;
+            bool valueFollows = false;
+            while (!valueFollows) {
+                if (at == nullptr || !tree_.isOpen()) {
+                    return at;
+                }
+                at = tree_.isInObject() ? nextMember_(at, isFirst, valueFollows)
+                                        : nextElement_(at, isFirst, valueFollows);
+                isFirst = false;
+            }
         }
     }
 
     /// Reads up to the value of the next member; without one the object ends here.
-    bool nextMember_(bool& valueFollows)
+    char const* nextMember_(char const* at, bool isFirst, bool& valueFollows)
     {
-        at_ = skipSpace(at_, end_);
-        if (!justOpened_) {
-            if (at_ == end_) {
-                return fail_("Unterminated JSON object");
+        at = skipSpace(at, end_);
+        if (!isFirst) {
+            if (*at == ',') {
+                at = skipSpace(at + 1, end_);
+            } else if (*at != '}') {
+                return fail_(at, at == end_ ? "Unterminated JSON object" : "Expected ',' or '}' in object");
             }
-            if (*at_ == '}') {
-                return close_();
+        }
+        if (*at != '"') {
+            // Also after a comma: a trailing one is accepted.
+            if (*at == '}') {
+                return close_(at);
             }
-            if (*at_ != ',') {
-                return fail_("Expected ',' or '}' in object");
-            }
-            at_ = skipSpace(at_ + 1, end_);
-        }
-        justOpened_ = false;
-        if (at_ == end_) {
-            return fail_("Unterminated JSON object");
-        }
-        // Also after a comma: a trailing one is accepted.
-        if (*at_ == '}') {
-            return close_();
-        }
-        if (*at_ != '"') {
-            return fail_("Expected string key in object");
+            return fail_(at, at == end_ ? "Unterminated JSON object" : "Expected string key in object");
         }
         std::string_view name;
-        if (!readString_(name)) {
-            return false;
+        at = readString_(at, name);
+        if (at == nullptr) {
+            return nullptr;
         }
-        at_ = skipSpace(at_, end_);
-        if (at_ == end_ || *at_ != ':') {
-            return fail_("Expected ':' after object key");
+        at = skipSpace(at, end_);
+        if (*at != ':') {
+            return fail_(at, "Expected ':' after object key");
         }
-        ++at_;
         tree_.name(name);
         valueFollows = true;
-        return true;
+        return at + 1;
     }
 
     /// Reads up to the next element; without one the array ends here.
-    bool nextElement_(bool& valueFollows)
+    char const* nextElement_(char const* at, bool isFirst, bool& valueFollows)
     {
-        if (!justOpened_) {
-            at_ = skipSpace(at_, end_);
-            if (at_ == end_) {
-                return fail_("Unterminated JSON array");
+        if (!isFirst) {
+            at = skipSpace(at, end_);
+            if (*at == ']') {
+                return close_(at);
             }
-            if (*at_ == ']') {
-                return close_();
+            if (*at != ',') {
+                return fail_(at, at == end_ ? "Unterminated JSON array" : "Expected ',' or ']' in array");
             }
-            if (*at_ != ',') {
-                return fail_("Expected ',' or ']' in array");
-            }
-            ++at_;
+            ++at;
         }
-        justOpened_ = false;
         // Only directly behind the bracket or comma; white space there makes it a missing value.
-        if (at_ == end_) {
-            return fail_("Unterminated JSON array");
+        if (at == end_) {
+            return fail_(at, "Unterminated JSON array");
         }
-        at_ = skipSpace(at_, end_);
-        if (at_ != end_ && *at_ == ']') {
-            return close_();
+        at = skipSpace(at, end_);
+        if (*at == ']') {
+            return close_(at);
         }
         valueFollows = true;
-        return true;
+        return at;
     }
 
-    bool close_()
+    char const* close_(char const* at)
     {
-        ++at_;
         tree_.close();
-        justOpened_ = false;
-        return true;
+        return at + 1;
     }
 
     /// A string whose bytes stay: in the text itself or, with escapes, kept.
-    bool readString_(std::string_view& text)
+    char const* readString_(char const* at, std::string_view& text)
     {
-        if (!sw_detail::scanString(at_, end_, text, scratch_, problem_)) {
-            return false;
+        if (!sw_detail::scanString(at, end_, text, scratch_, problem_)) {
+            return stopAt_(at);
         }
         if (text.data() == scratch_.data()) {
             text = tree_.keep(text);
         }
-        return true;
+        return at;
     }
 
-    bool readStringValue_()
+    char const* readStringValue_(char const* at)
     {
         std::string_view text;
-        if (!readString_(text)) {
-            return false;
+        at = readString_(at, text);
+        if (at == nullptr) {
+            return nullptr;
         }
-        if (!hasKey_) {
+        if (hasKey_) {
+            return addDecryptedString_(at, text);
+        }
+        if (mayBeCoerced(text)) {
             addCoerced(tree_, text);
-            return true;
+        } else {
+            tree_.addString(text);
         }
+        return at;
+    }
+
+    char const* addDecryptedString_(char const* at, std::string_view text)
+    {
         SwString plain;
         try {
             plain = SwString(std::string(text)).decryptAES(key_);
         } catch (...) {
-            return fail_("Unable to decrypt string value");
+            return fail_(at, "Unable to decrypt string value");
         }
         addCoerced(tree_, tree_.keep(plain.toStdString()));
-        return true;
+        return at;
     }
 
-    bool readBareValue_()
+    char const* readBareValue_(char const* at)
     {
-        if (hasKey_ && readEncryptedToken_()) {
-            return true;
+        if (hasKey_) {
+            if (char const* const stop = readEncryptedToken_(at)) {
+                return stop;
+            }
         }
-        switch (*at_) {
+        if (isDigit(*at) || *at == '-') {
+            return readNumber_(at);
+        }
+        switch (*at) {
         case 't':
         case 'f':
-            return readLetters_("Invalid boolean literal");
+            return readLetters_(at, "Invalid boolean literal");
         case 'n':
-            return readLetters_("Invalid literal, expected 'null'");
+            return readLetters_(at, "Invalid literal, expected 'null'");
         default:
-            return readNumber_();
+            // With a key every other byte is read as a number, which it is not.
+            return hasKey_ ? readNumber_(at) : fail_(at, "Invalid JSON token");
         }
     }
 
     /// The run of letters here, which must be one of the literals that its first letter announces.
-    bool readLetters_(std::string_view message)
+    char const* readLetters_(char const* at, std::string_view message)
     {
-        char const* const start = at_;
-        while (isLetter(*at_)) {
-            ++at_;
+        char const* const start = at;
+        while (isLetter(*at)) {
+            ++at;
         }
-        return addLiteral(tree_, std::string_view(start, static_cast<std::size_t>(at_ - start))) || fail_(message);
+        bool const isLiteral = addLiteral(tree_, std::string_view(start, static_cast<std::size_t>(at - start)));
+        return isLiteral ? at : fail_(at, message);
     }
 
-    bool readNumber_()
+    char const* readNumber_(char const* at)
     {
-        // With a key any byte leads here and fails as a number; without one it is named a bad token.
-        if (!hasKey_ && *at_ != '-' && !isDigit(*at_)) {
-            return fail_("Invalid JSON token");
-        }
         sw_detail::JsonNumber number;
-        if (!sw_detail::scanNumber(at_, number, problem_)) {
-            return false;
+        if (!sw_detail::scanNumber(at, end_, number, problem_)) {
+            return stopAt_(at);
         }
         if (number.isDouble) {
             tree_.addDouble(number.real);
         } else {
             tree_.addInt(number.whole);
         }
-        return true;
+        return at;
     }
 
-    /// Takes the bytes up to a delimiter as cipher text of a scalar; false when there are none.
-    bool readEncryptedToken_()
+    /// Takes the bytes up to a delimiter as cipher text of a scalar; null when there are none.
+    char const* readEncryptedToken_(char const* at)
     {
-        char const* stop = at_;
+        char const* stop = at;
         while (stop != end_ && *stop != ']' && *stop != '}' && *stop != ',' && !isSpace(*stop)) {
             ++stop;
         }
-        if (stop == at_) {
-            return false;
+        if (stop == at) {
+            return nullptr;
         }
         SwString plain;
         try {
-            plain = SwString(std::string(at_, stop)).decryptAES(key_);
+            plain = SwString(std::string(at, stop)).decryptAES(key_);
         } catch (...) {
             // Read on as if there were no key.
-            return false;
+            return nullptr;
         }
-        at_ = stop;
         addDecryptedScalar(tree_, plain.toStdString());
-        return true;
+        return stop;
     }
 
     char const* begin_;
-    char const* at_;
     char const* end_;
     SwString const& key_;
     bool hasKey_;
-    bool justOpened_ = false;
     JsonBuilder tree_;
     std::string scratch_;
     sw_detail::JsonProblem problem_;
+    char const* stopped_ = nullptr;
 };
 
 }  // namespace
@@ -398,11 +405,9 @@ SwJsonDocument SwJsonDocument::fromJson(SwString const& text, SwString const& ke
 
 SwJsonValue SwJsonDocument::parseJson(SwString const& text, std::size_t& cursor, SwString const& key, SwString& error)
 {
-    Reader reader(text, cursor, key);
+    Reader reader(text, key);
     SwJsonValue root;
-    bool const read = reader.read(root);
-    cursor = reader.cursor();
-    if (!read) {
+    if (!reader.read(cursor, root)) {
         reportError(error, text, reader.problemIndex(), reader.problemMessage());
         return {};
     }

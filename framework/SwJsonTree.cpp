@@ -27,9 +27,9 @@ void SwJsonTree::copyTree(SwJsonValue const& source, SwJsonValue& target)
 void SwJsonTree::copyItems(SwJsonArray const& source, SwJsonArray& target, std::vector<SwJsonCopy>& pending)
 {
     // Sized at once: the list points at elements of the target.
-    target.items_.resize(source.items_.size());
-    for (std::size_t i = 0; i < source.items_.size(); ++i) {
-        copyFields(source.items_[i], target.items_[i], pending);
+    resize(target, source.size(), nullptr);
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        copyFields(source[i], target[i], pending);
     }
 }
 
@@ -108,16 +108,13 @@ bool SwJsonTree::equalPending(std::vector<Pair>& pending)
 
 void SwJsonTree::release(SwJsonValue& value) noexcept
 {
-    // Every destroyed container passes here: the plain way to the variable, without a call.
-    [[gnu::tls_model("initial-exec")]] static thread_local int levels = 0;
-    if (levels >= kPlainLevels) {
+    if (sw_detail::JsonReturn::depth >= kPlainLevels) {
         releaseDeep(value);
         return;
     }
-    ++levels;
+    sw_detail::JsonReturn const level;
     value.object_.reset();
     value.array_.reset();
-    --levels;
 }
 
 /// The value whose container is to be released before the container it stands in; null when there is
@@ -137,11 +134,11 @@ SwJsonValue* SwJsonTree::nextToRelease(Containers& containers) noexcept
     }
     if (containers.array.use_count() == 1) {
         std::shared_ptr<SwJsonArray>(containers.array).reset();
-        std::vector<SwJsonValue>& items = containers.array->items_;
-        while (!items.empty() && !items.back().hasContainer()) {
-            items.pop_back();
+        SwJsonArray& array = *containers.array;
+        while (!array.empty() && !array.items_[array.size_ - 1].hasContainer()) {
+            array.items_[--array.size_].~SwJsonValue();
         }
-        return !items.empty() ? &items.back() : nullptr;
+        return !array.empty() ? &array.items_[array.size_ - 1] : nullptr;
     }
     return nullptr;
 }
@@ -149,7 +146,8 @@ SwJsonValue* SwJsonTree::nextToRelease(Containers& containers) noexcept
 /// The value that nextToRelease gave.
 SwJsonValue& SwJsonTree::slotOf(Containers& containers) noexcept
 {
-    return containers.object ? containers.object->first_->member.second : containers.array->items_.back();
+    return containers.object ? containers.object->first_->member.second
+                             : containers.array->items_[containers.array->size_ - 1];
 }
 
 /// Goes down the tree without a stack: the way back up is kept in the very values whose containers were

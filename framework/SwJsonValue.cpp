@@ -2,6 +2,7 @@
 // configuration and payload live in them. What goes through a whole tree stands in SwJsonTree.cpp.
 #include "SwJsonValue.h"
 
+#include "SwJsonArray.h"
 #include "SwJsonObject.h"
 #include "sw_json_tree.h"
 
@@ -84,24 +85,4 @@ bool operator==(SwJsonArray const& a, SwJsonArray const& b)
 {
     std::vector<SwJsonTree::Pair> pending;
     return SwJsonTree::equalItems(a, b, pending) && SwJsonTree::equalPending(pending);
-}
-
-SwJsonArray::SwJsonArray(SwJsonArray const& other) : SwJsonArray()
-{
-    std::vector<SwJsonCopy> pending;
-    SwJsonTree::copyItems(other, *this, pending);
-    SwJsonTree::copyPending(pending);
-}
-
-SwJsonArray& SwJsonArray::operator=(SwJsonArray const& other)
-{
-    return *this = SwJsonArray(other);
-}
-
-SwJsonArray& SwJsonArray::operator=(SwJsonArray&& other) noexcept
-{
-    // Taken out first: `other` may stand inside an element that this array gives up.
-    SwJsonArray taken(std::move(other));
-    items_.swap(taken.items_);
-    return *this;
 }

@@ -19,7 +19,8 @@ class SwJsonValue {
 public:
     enum Type : std::int32_t { Null = 0, Bool = 1, Int = 2, Double = 3, String = 4, Object = 5, Array = 6 };
 
-    SwJsonValue() noexcept = default;
+    // Not defaulted: a value made with () would then be cleared twice, once as so many plain bytes.
+    SwJsonValue() noexcept {}
     SwJsonValue(std::nullptr_t) noexcept {}
     SwJsonValue(bool value) noexcept : type_(Bool), bool_(value) {}
     /// Any integer type; an unsigned value above the signed range wraps to its two's complement.

@@ -32,6 +32,19 @@ void* takeJsonMemory(JsonArena* arena, std::size_t bytes);
 /// Gives back a block that takeJsonMemory gave, whether or not its arena is still there.
 void giveJsonMemory(void* block) noexcept;
 
+/// While one stands, the blocks that this thread gives back are counted and go back chunk by chunk: a tree has
+/// thousands of them, and each by itself would cost an atomic operation. They nest.
+class JsonReturn {
+public:
+    JsonReturn() noexcept { ++depth; }
+    JsonReturn(JsonReturn const&) = delete;
+    JsonReturn& operator=(JsonReturn const&) = delete;
+    ~JsonReturn();
+
+    /// How many stand one in the other on this thread. The plain way to the variable, without a call.
+    [[gnu::tls_model("initial-exec")]] static constinit thread_local int depth;
+};
+
 /// Allocator over both for shared containers. Only allocation looks at the arena.
 template <typename T>
 struct JsonAllocator {
