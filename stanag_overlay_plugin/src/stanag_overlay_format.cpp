@@ -21,6 +21,7 @@
 #include <locale>
 #include <sstream>
 #include <string_view>
+#include <unordered_map>
 
 namespace stanag_overlay {
 
@@ -340,15 +341,27 @@ bool isOutOfRange(SwJsonValue const& value, FormatSpec const& spec)
 
 // ---- memory ----
 
+// The entry of that key. A map finds only by a std::string, which takes memory for a long name: the entries of a
+// block are few, and looking along them costs no more than a hash.
+template <typename Map>
+auto findKey(Map& map, std::string_view key)
+{
+    constexpr std::size_t kFew = 24;
+    if (map.size() > kFew) {
+        return map.find(std::string(key));
+    }
+    return std::find_if(map.begin(), map.end(), [key](auto const& entry) { return entry.first == key; });
+}
+
 // Inclusive: the text is still shown when exactly the hold time has passed.
-std::string const& heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, std::string const& key,
+std::string const& heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, std::string_view key,
                                  OverlayRuntime const& runtime, std::uint64_t nowNs)
 {
     if (spec == nullptr) {
         return cfg.missingPlaceholder;
     }
     if (spec->holdLastNs != 0) {
-        auto const held = runtime.heldValues.find(key);
+        auto const held = findKey(runtime.heldValues, key);
         if (held != runtime.heldValues.end() && held->second.timeNs != 0 &&
             nowNs - held->second.timeNs <= spec->holdLastNs) {
             return held->second.text;
@@ -359,61 +372,53 @@ std::string const& heldOrMissing(FormatSpec const* spec, OverlayCfg const& cfg, 
 
 // The text that the refresh limit keeps on the picture, null when a new one is due. Exclusive: a new text
 // is taken when exactly the period has passed.
-std::string const* refreshLimitedValue(FormatSpec const& spec, std::string const& key, OverlayRuntime const& runtime,
+std::string const* refreshLimitedValue(FormatSpec const& spec, std::string_view key, OverlayRuntime const& runtime,
                                        std::uint64_t nowNs)
 {
     if (spec.refreshEveryNs == 0) {
         return nullptr;
     }
-    auto const shown = runtime.refreshValues.find(key);
+    auto const shown = findKey(runtime.refreshValues, key);
     bool const waits = shown != runtime.refreshValues.end() && shown->second.timeNs != 0 &&
                        nowNs - shown->second.timeNs < spec.refreshEveryNs;
     return waits ? &shown->second.text : nullptr;
 }
 
-void remember(TimedText& entry, std::string_view text, std::uint64_t nowNs)
+void remember(std::unordered_map<std::string, TimedText>& entries, std::string_view key, std::string_view text,
+              std::uint64_t nowNs)
 {
+    auto const found = findKey(entries, key);
+    TimedText& entry = found != entries.end() ? found->second : entries[std::string(key)];
     entry.text = text;
     entry.timeNs = nowNs;
 }
 
 // Held is what is shown, not what came.
-void rememberHeldValue(FormatSpec const& spec, std::string const& key, std::string_view shown, OverlayRuntime& runtime,
+void rememberHeldValue(FormatSpec const& spec, std::string_view key, std::string_view shown, OverlayRuntime& runtime,
                        std::uint64_t nowNs)
 {
     if (spec.holdLastNs != 0) {
-        remember(runtime.heldValues[key], shown, nowNs);
+        remember(runtime.heldValues, key, shown, nowNs);
     }
 }
 
-SwJsonObject::value_type const* memberOf(SwJsonObject const* root, std::string_view key)
+FormatSpec const* formatOf(OverlayCfg const& cfg, std::string_view key)
 {
-    if (root == nullptr) {
-        return nullptr;
-    }
-    auto const member = root->find(key);
-    return member == root->end() ? nullptr : &*member;
-}
-
-FormatSpec const* formatOf(OverlayCfg const& cfg, std::string const& key)
-{
-    auto const entry = cfg.formats.find(key);
+    auto const entry = findKey(cfg.formats, key);
     return entry == cfg.formats.end() ? nullptr : &entry->second;
 }
 
-// As OverlayTextFormatter::lookupFormatted. A member that is present lends its key to the lookups: no name is
-// copied out of the template then.
-void appendFormatted(std::string& out, SwJsonObject const* root, std::string_view name, OverlayCfg const& cfg,
+// As OverlayTextFormatter::lookupFormatted.
+void appendFormatted(std::string& out, SwJsonObject const* root, std::string_view key, OverlayCfg const& cfg,
                      OverlayRuntime& runtime, std::uint64_t nowNs)
 {
-    SwJsonObject::value_type const* const member = memberOf(root, name);
-    if (member == nullptr) {
-        std::string const missing(name);
-        out += heldOrMissing(formatOf(cfg, missing), cfg, missing, runtime, nowNs);
+    FormatSpec const* const spec = formatOf(cfg, key);
+    auto const member = root == nullptr ? SwJsonObject::const_iterator() : root->find(key);
+    if (member == SwJsonObject::const_iterator()) {
+        out += heldOrMissing(spec, cfg, key, runtime, nowNs);
         return;
     }
-    auto const& [key, value] = *member;
-    FormatSpec const* const spec = formatOf(cfg, key);
+    SwJsonValue const& value = member->second;
     if (spec == nullptr) {
         appendValue(out, value, cfg.decimals, cfg.trimTrailingZeros);
         return;
@@ -439,7 +444,7 @@ void appendFormatted(std::string& out, SwJsonObject const* root, std::string_vie
             appendValue(out, value, spec->decimals, spec->trimTrailingZeros);
         }
         if (spec->refreshEveryNs != 0) {
-            remember(runtime.refreshValues[key], std::string_view(out).substr(start), nowNs);
+            remember(runtime.refreshValues, key, std::string_view(out).substr(start), nowNs);
         }
     }
     rememberHeldValue(*spec, key, std::string_view(out).substr(start), runtime, nowNs);
