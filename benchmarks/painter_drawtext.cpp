@@ -9,6 +9,7 @@ namespace {
 std::vector<DrawtextBlock> blocksOf(Scene const& scene)
 {
     std::vector<DrawtextBlock> blocks;
+    blocks.reserve(kBlocks);
     for (int block = 0; block < kBlocks; ++block) {
         blocks.push_back({"", scene.left(block), scene.top(block), scene.textSize(), scene.margin()});
     }
