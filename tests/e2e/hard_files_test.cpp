@@ -131,7 +131,7 @@ TEST_F(HardFiles, AFileThatMayNotGrowLeavesNothing)
 TEST_F(HardFiles, WithoutFontsTheCureIsNamed)
 {
     fs::create_directory(file("fonts"));
-    e2e::writeFile(file("fonts/DejaVuSans.ttf"), std::string("\0\1\0\0 no font at all", 22));
+    e2e::writeFile(file("fonts/DejaVuSans.ttf"), "no font at all");
     e2e::writeFile(file("fonts.conf"),
                    "<?xml version=\"1.0\"?><!DOCTYPE fontconfig SYSTEM \"fonts.dtd\"><fontconfig><dir>" +
                        file("fonts") + "</dir><cachedir>" + file("cache") + "</cachedir></fontconfig>");

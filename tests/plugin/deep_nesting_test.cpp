@@ -50,18 +50,17 @@ TEST(DeepNesting, UnderEveryKeyOfTheConfiguration)
             std::string const deep = nested(objects);
             std::vector<std::string> configs{deep, R"({"overlay":)" + deep + "}", R"({"other":)" + deep + "}",
                                              deep.substr(0, deep.size() / 2)};
-            for (std::string const& key : blockKeys) {
-                configs.push_back(R"({"overlay":[{")" + key + "\":" + deep + "}]}");
-            }
-            for (std::string const& key : conditionKeys) {
-                configs.push_back(R"({"overlay":[{"condition":{"key":"v",")" + key + "\":" + deep + "}}]}");
-            }
-            for (std::string const& key : formatKeys) {
-                configs.push_back(R"({"overlay":[{"formats":{"v":{")" + key + "\":" + deep + "}}}]}");
-            }
-            for (char const* const key : {"x", "y"}) {
-                configs.push_back(R"({"overlay":[{"position":{")" + std::string(key) + "\":" + deep + "}}]}");
-            }
+            auto const addUnder = [&](std::string const& before, std::vector<std::string> const& keys,
+                                      std::string const& after) {
+                for (std::string const& key : keys) {
+                    configs.push_back(before);
+                    configs.back().append("\"").append(key).append("\":").append(deep).append(after);
+                }
+            };
+            addUnder(R"({"overlay":[{)", blockKeys, "}]}");
+            addUnder(R"({"overlay":[{"condition":{"key":"v",)", conditionKeys, "}}]}");
+            addUnder(R"({"overlay":[{"formats":{"v":{)", formatKeys, "}}}]}");
+            addUnder(R"({"overlay":[{"position":{)", {"x", "y"}, "}}]}");
             configs.push_back(R"({"overlay":[{"formats":{"v":{"invalidValues":[)" + deep + "]}}}]}");
             TestHost host;
             host.deliver(kOneBlockTelemetry);

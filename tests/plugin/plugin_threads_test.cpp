@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -65,9 +66,7 @@ TEST(PluginThreads, EachInstanceDrawsItsOwnTexts)
     SwAny const shared(jsonObject(R"({"shared":{"list":[1,2,{"x":"text"}]},"heading_deg":271.5,"time":1700000000})"));
     SwAny const text(std::string(R"({"alt":120})"));
     std::vector<std::unique_ptr<Seat>> seats;
-    for (int number = 0; number < kThreads; ++number) {
-        seats.push_back(std::make_unique<Seat>());
-    }
+    std::generate_n(std::back_inserter(seats), kThreads, [] { return std::make_unique<Seat>(); });
     recording::journal().clear();
     atOnce(seats, [&](Seat& seat, int number) {
         seat.plugin.init(seat.host.init());

@@ -12,7 +12,6 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -44,7 +43,7 @@ Outcome readClip(std::string const& bytes)
     try {
         media::Demuxer demuxer("clip", [&](std::uint8_t* to, std::size_t room) {
             std::size_t const count = std::min(room, bytes.size() - place);
-            std::memcpy(to, bytes.data() + place, count);
+            std::copy_n(bytes.data() + place, count, to);
             place += count;
             return count;
         });
