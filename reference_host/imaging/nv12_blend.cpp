@@ -49,51 +49,67 @@ struct WholeAccess {
     }
 };
 
-/// Likewise the first bytes of a vector; the others read as 0 and are not written.
-struct PartAccess {
-    std::size_t bytes;
+enum class Part { First, Rest };
 
+/// Likewise the first `count` bytes of a vector, or the rest of it; the others read as 0 and are not written.
+template <Part part>
+struct PartAccess {
+    std::size_t count;
+
+    template <class D>
+    HWY_INLINE auto mask(D d) const
+    {
+        auto const first = hn::FirstN(d, count);
+        if constexpr (part == Part::Rest) {
+            return hn::Not(first);
+        } else {
+            return first;
+        }
+    }
     template <class D>
     HWY_INLINE hn::Vec<D> load(D d, std::uint8_t const* from) const
     {
-        return hn::MaskedLoad(hn::FirstN(d, bytes), d, from);
+        return hn::MaskedLoad(mask(d), d, from);
     }
     template <class D>
     HWY_INLINE void store(hn::Vec<D> v, D d, std::uint8_t* to) const
     {
-        hn::BlendedStore(v, hn::FirstN(d, bytes), d, to);
+        hn::BlendedStore(v, mask(d), d, to);
     }
 };
 
 /// Calls `vector(access, tag, i)` for each vector of the `bytes` from `first` on, and where the last one cannot be
 /// taken in part, `single(i)` for each step of `unit` bytes that is left.
-template <std::size_t unit, class Vector, class Single>
+template <std::ptrdiff_t unit, class Vector, class Single>
 HWY_INLINE void walk(std::uint8_t const* first, std::size_t bytes, Vector const& vector, Single const& single)
 {
     Bytes const d8;
-    std::size_t const step = hn::Lanes(d8);
-    std::size_t i = 0;
+    auto const step = static_cast<std::ptrdiff_t>(hn::Lanes(d8));
+    auto const end = static_cast<std::ptrdiff_t>(bytes);
+    std::ptrdiff_t i = 0;
     if constexpr (kHasByteMasks) {
-        // A vector that straddles two cache lines costs twice: a long run begins with a short one.
-        std::size_t const head = (step - reinterpret_cast<std::uintptr_t>(first) % step) % step;
-        if (head != 0 && head % unit == 0 && bytes >= head + 2 * step) {
-            vector(PartAccess{head}, d8, 0);
-            i = head;
+        // A vector that straddles two cache lines costs twice: a long run begins with the end of a vector that lies
+        // in one line. Of what stands before the run nothing is read or written.
+        auto const before = static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(first)) & (step - 1);
+        if (before != 0 && before % unit == 0 && end >= 3 * step) {
+            vector(PartAccess<Part::Rest>{static_cast<std::size_t>(before)}, d8, -before);
+            i = step - before;
         }
     }
-    for (; i + step <= bytes; i += step) {
+    for (; i + step <= end; i += step) {
         vector(WholeAccess(), d8, i);
     }
     if constexpr (kHasByteMasks) {
-        if (i < bytes) {
-            vector(PartAccess{bytes - i}, d8, i);
+        if (i < end) {
+            vector(PartAccess<Part::First>{static_cast<std::size_t>(end - i)}, d8, i);
         }
     } else {
         ShortBytes const dShort;
-        for (std::size_t const shortStep = hn::Lanes(dShort); i + shortStep <= bytes; i += shortStep) {
+        auto const shortStep = static_cast<std::ptrdiff_t>(hn::Lanes(dShort));
+        for (; i + shortStep <= end; i += shortStep) {
             vector(WholeAccess(), dShort, i);
         }
-        for (; i < bytes; i += unit) {
+        for (; i < end; i += unit) {
             single(i);
         }
     }
@@ -186,8 +202,8 @@ void blendLumaSpans(PlanePlace const& place, Span const* spans, std::size_t coun
     forEachSpan(place, spans, count, coverage, [&](std::uint8_t* luma, std::uint8_t const* covered, std::size_t bytes) {
         walk<1>(
             luma, bytes,
-            [&](auto access, auto d8, std::size_t i) { blendLumaVector(access, d8, luma + i, covered + i, level); },
-            [&](std::size_t i) { luma[i] = blendInk(luma[i], level, covered[i]); });
+            [&](auto access, auto d8, std::ptrdiff_t i) { blendLumaVector(access, d8, luma + i, covered + i, level); },
+            [&](std::ptrdiff_t i) { luma[i] = blendInk(luma[i], level, covered[i]); });
     });
 }
 
@@ -198,10 +214,10 @@ void blendChromaSpans(PlanePlace const& place, Span const* spans, std::size_t co
                 [&](std::uint8_t* chroma, std::uint8_t const* covered, std::size_t bytes) {
                     walk<2>(
                         chroma, bytes,
-                        [&](auto access, auto d8, std::size_t i) {
+                        [&](auto access, auto d8, std::ptrdiff_t i) {
                             blendChromaVector(access, d8, chroma + i, covered + i, cb, cr);
                         },
-                        [&](std::size_t i) {
+                        [&](std::ptrdiff_t i) {
                             chroma[i] = blendInk(chroma[i], cb, covered[i]);
                             chroma[i + 1] = blendInk(chroma[i + 1], cr, covered[i + 1]);
                         });
@@ -239,7 +255,7 @@ HWY_INLINE void blendHalfTintVector(Access access, D8 d8, std::uint8_t* HWY_REST
     access.store(hn::AverageRound(access.load(d8, bytes), over), d8, bytes);
 }
 
-template <std::size_t unit, class Vector>
+template <std::ptrdiff_t unit, class Vector>
 HWY_INLINE void blendTintRows(std::uint8_t* first, std::ptrdiff_t stride, std::size_t bytes, std::size_t rows,
                               Tint const& tint, Vector const& vector)
 {
@@ -250,8 +266,8 @@ HWY_INLINE void blendTintRows(std::uint8_t* first, std::ptrdiff_t stride, std::s
             fetch(to + static_cast<std::ptrdiff_t>(kRowsAhead) * stride, bytes);
         }
         walk<unit>(
-            to, bytes, [&](auto access, auto d8, std::size_t i) { vector(access, d8, to + i); },
-            [&](std::size_t i) {
+            to, bytes, [&](auto access, auto d8, std::ptrdiff_t i) { vector(access, d8, to + i); },
+            [&](std::ptrdiff_t i) {
                 to[i] = blendLevel(to[i], tint.even, tint.weight);
                 if constexpr (unit == 2) {
                     to[i + 1] = blendLevel(to[i + 1], tint.odd, tint.weight);
@@ -260,7 +276,7 @@ HWY_INLINE void blendTintRows(std::uint8_t* first, std::ptrdiff_t stride, std::s
     }
 }
 
-template <std::size_t unit>
+template <std::ptrdiff_t unit>
 HWY_INLINE void blendTint(std::uint8_t* first, std::ptrdiff_t stride, std::size_t bytes, std::size_t rows,
                           Tint const& tint)
 {
@@ -293,10 +309,10 @@ void layCoverage(std::uint8_t* to, std::ptrdiff_t toStride, std::uint8_t const* 
         auto const* const over = from + static_cast<std::ptrdiff_t>(row) * fromStride;
         walk<1>(
             under, width,
-            [&](auto access, auto d8, std::size_t i) {
+            [&](auto access, auto d8, std::ptrdiff_t i) {
                 access.store(hn::Max(access.load(d8, under + i), access.load(d8, over + i)), d8, under + i);
             },
-            [&](std::size_t i) { under[i] = under[i] < over[i] ? over[i] : under[i]; });
+            [&](std::ptrdiff_t i) { under[i] = under[i] < over[i] ? over[i] : under[i]; });
     }
 }
 
@@ -319,8 +335,8 @@ void halveCoverage(std::uint8_t const* upper, std::uint8_t const* lower, std::si
 {
     walk<2>(
         upper, 2 * pairs,
-        [&](auto access, auto d8, std::size_t i) { halveVector(access, d8, upper + i, lower + i, to + i); },
-        [&](std::size_t i) { to[i] = to[i + 1] = meanOfFour(upper[i], upper[i + 1], lower[i], lower[i + 1]); });
+        [&](auto access, auto d8, std::ptrdiff_t i) { halveVector(access, d8, upper + i, lower + i, to + i); },
+        [&](std::ptrdiff_t i) { to[i] = to[i + 1] = meanOfFour(upper[i], upper[i + 1], lower[i], lower[i + 1]); });
 }
 
 #endif
