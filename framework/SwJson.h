@@ -17,19 +17,29 @@
 #include "SwString.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
+namespace sw_detail {
+struct JsonDocumentMemory;
+}  // namespace sw_detail
+
 /// A document: root value, reader and writer.
 class SwJsonDocument {
 public:
-    SwJsonDocument() = default;
-    explicit SwJsonDocument(SwJsonValue root) : root_(std::move(root)) {}
+    SwJsonDocument() noexcept;
+    explicit SwJsonDocument(SwJsonValue root);
+    SwJsonDocument(SwJsonDocument const& other);
+    SwJsonDocument(SwJsonDocument&& other) noexcept;
+    SwJsonDocument& operator=(SwJsonDocument const& other);
+    SwJsonDocument& operator=(SwJsonDocument&& other) noexcept;
+    ~SwJsonDocument();
 
     SwJsonValue const& root() const noexcept { return root_; }
     /// Gives the root away; the document's own root is Null afterwards.
-    SwJsonValue takeRoot() { return std::move(root_); }
+    SwJsonValue takeRoot();
     bool isNull() const noexcept { return root_.isNull(); }
     bool isObject() const noexcept { return root_.isObject(); }
     bool isArray() const noexcept { return root_.isArray(); }
@@ -69,4 +79,6 @@ public:
 
 private:
     SwJsonValue root_;
+    /// Of a large document that was read: while nobody could change the tree, it goes as a whole.
+    std::unique_ptr<sw_detail::JsonDocumentMemory> memory_;
 };

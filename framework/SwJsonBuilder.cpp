@@ -71,6 +71,14 @@ SwJsonValue JsonBuilder::takeRoot()
     return root;
 }
 
+std::unique_ptr<JsonDocumentMemory> JsonBuilder::takeMemory()
+{
+    if (!isLarge_ || !isWhole_) {
+        return nullptr;
+    }
+    return std::make_unique<JsonDocumentMemory>(JsonDocumentMemory{chunks_.takeBlocks(), std::move(owners_)});
+}
+
 /// Makes the waiting value in a Null slot; whether it owns memory.
 inline bool JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
 {
@@ -87,7 +95,13 @@ inline bool JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
         SwJsonTree::setDouble(slot, record.real);
         return false;
     case SwJsonValue::String:
-        return SwJsonTree::setString(slot, {record.text, record.size});
+        if (!SwJsonTree::setString(slot, {record.text, record.size})) {
+            return false;
+        }
+        if (isLarge_) {
+            owners_.push_back(&slot);
+        }
+        return true;
     case SwJsonValue::Object:
         SwJsonTree::setObject(slot, std::static_pointer_cast<SwJsonObject>(std::move(finished_[record.size])));
         return true;
@@ -139,6 +153,7 @@ void JsonBuilder::sortRanks_(Record const* first)
     auto const isSame = [](Rank const& a, Rank const& b) { return !ranksBefore_(a, b); };
     Rank const* const firstRepeated = std::unique(ranks_.begin(), ranks_.end(), isSame);
     if (firstRepeated != ranks_.end()) {
+        isWhole_ = false;
         ranks_.shrink(static_cast<std::size_t>(firstRepeated - ranks_.begin()));
         return;
     }

@@ -98,10 +98,13 @@ void* JsonArena::take(std::size_t bytes)
     constexpr std::size_t kAlign = alignof(std::max_align_t);
     std::size_t const whole = (bytes + sizeof(Header) + kAlign - 1) / kAlign * kAlign;
     if (whole > kLargestBlock) {
-        return withHeader(::operator new(whole), nullptr);
+        void*& block = blocks_.large.emplace_back();
+        block = withHeader(::operator new(whole), nullptr);
+        return block;
     }
     if (chunk_ == nullptr || whole > kChunkBytes - used_) {
         retire_();
+        blocks_.chunks.emplace_back();
         chunk_ = ChunkStore::instance().take();
         chunk_->inUse.store(kHeldByArena, std::memory_order_relaxed);
         used_ = sizeof(JsonChunk);
@@ -116,7 +119,24 @@ void* JsonArena::take(std::size_t bytes)
 void JsonArena::retire_() noexcept
 {
     if (chunk_ != nullptr) {
+        blocks_.chunks.back() = {chunk_, taken_};
         release(std::exchange(chunk_, nullptr), kHeldByArena - taken_);
+    }
+}
+
+JsonBlocks JsonArena::takeBlocks()
+{
+    retire_();
+    return std::move(blocks_);
+}
+
+void JsonBlocks::giveBack() noexcept
+{
+    for (auto const& [chunk, blocks] : std::exchange(chunks, {})) {
+        release(chunk, blocks);
+    }
+    for (void* const block : std::exchange(large, {})) {
+        giveJsonMemory(block);
     }
 }
 

@@ -157,6 +157,8 @@ public:
         return true;
     }
 
+    /// What the root owns; see JsonBuilder.
+    std::unique_ptr<sw_detail::JsonDocumentMemory> takeMemory() { return tree_.takeMemory(); }
     std::size_t problemIndex() const { return static_cast<std::size_t>(problem_.at - begin_); }
     std::string_view problemMessage() const { return problem_.message; }
 
@@ -389,8 +391,13 @@ private:
 
 SwJsonDocument SwJsonDocument::fromJson(SwString const& text, SwString const& key, SwString& error)
 {
+    SwJsonDocument document;
     std::size_t cursor = 0;
-    SwJsonDocument document(parseJson(text, cursor, key, error));
+    Reader reader(text, key);
+    if (!reader.read(cursor, document.root_)) {
+        reportError(error, text, reader.problemIndex(), reader.problemMessage());
+        return {};
+    }
     if (error.isEmpty()) {
         char const* const end = text.c_str() + text.size();
         if (skipSpace(text.c_str() + cursor, end) != end) {
@@ -398,7 +405,11 @@ SwJsonDocument SwJsonDocument::fromJson(SwString const& text, SwString const& ke
         }
     }
     if (!error.isEmpty()) {
-        document.root_ = SwJsonValue();
+        return {};
+    }
+    // A single long string owns no block.
+    if (document.root_.hasContainer()) {
+        document.memory_ = reader.takeMemory();
     }
     return document;
 }

@@ -2,6 +2,9 @@
 // depth of the tree, so that a million levels fit on the smallest thread.
 #include "sw_json_tree.h"
 
+#include <cstddef>
+#include <new>
+
 namespace {
 
 /// How many levels are destroyed the plain way, by the destructors of containers calling each other. It
@@ -115,6 +118,17 @@ void SwJsonTree::release(SwJsonValue& value) noexcept
     sw_detail::JsonReturn const level;
     value.object_.reset();
     value.array_.reset();
+}
+
+void SwJsonTree::releaseAll(SwJsonValue& root, sw_detail::JsonDocumentMemory& memory) noexcept
+{
+    // Nobody counts the references any more: what they count stands in the blocks.
+    alignas(Containers) std::byte forgotten[sizeof(Containers)];
+    new (forgotten) Containers{std::move(root.object_), std::move(root.array_)};
+    for (SwJsonValue* const owner : memory.owners) {
+        std::string().swap(owner->string_);
+    }
+    memory.blocks.giveBack();
 }
 
 /// The value whose container is to be released before the container it stands in; null when there is

@@ -86,6 +86,9 @@ public:
 
     /// The one value that was added; everything that was opened has to be closed.
     SwJsonValue takeRoot();
+    /// Then also what its tree owns, as long as nobody can have changed the tree; null for small texts and
+    /// for trees of which a part is gone already.
+    std::unique_ptr<JsonDocumentMemory> takeMemory();
 
 private:
     /// A value in waiting. A String is `size` bytes of text; a container is one of the finished ones and
@@ -128,7 +131,9 @@ private:
     std::array<std::byte, 6144> firstRoom_;
     std::pmr::monotonic_buffer_resource room_;
     bool isLarge_;
+    bool isWhole_ = true;  ///< no container was replaced by a later member of its name
     JsonArena chunks_;
+    std::vector<SwJsonValue*> owners_;  ///< in a large text: values whose strings have memory of their own
     std::string_view name_;
     JsonStack<Record> records_;
     JsonStack<Level> levels_;

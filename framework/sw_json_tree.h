@@ -159,6 +159,8 @@ public:
 
     /// Lets go of the container of a value, with everything that only it holds.
     static void release(SwJsonValue& value) noexcept;
+    /// The same for the root of a document that nobody could change, without a walk through its tree.
+    static void releaseAll(SwJsonValue& root, sw_detail::JsonDocumentMemory& memory) noexcept;
 
 private:
     static constexpr std::size_t kBits = 64;

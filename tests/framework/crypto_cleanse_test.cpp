@@ -9,7 +9,6 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -48,13 +47,11 @@ bool holdsSecret(void* block)
 
 [[gnu::noinline]] void* take(std::size_t size)
 {
-    std::size_t const rounded = (size + alignof(std::max_align_t)) / alignof(std::max_align_t);
-    void* const block = std::aligned_alloc(alignof(std::max_align_t), rounded * alignof(std::max_align_t));
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
     // Zeroed: what an earlier owner left behind is not this owner's fault.
-    return std::memset(block, 0, malloc_usable_size(block));
+    if (void* const block = std::calloc(1, size + 1)) {
+        return block;
+    }
+    throw std::bad_alloc();
 }
 
 template <typename Function>
@@ -138,9 +135,7 @@ int EVP_DigestFinal_ex(EVP_MD_CTX* context, unsigned char* out, unsigned int* si
 TEST(SwCryptoCleanse, TheWatchSeesWhatIsLeftBehind)
 {
     Watch const watch;
-    {
-        std::string const leftBehind(kPlain);
-    }
+    delete new std::string(kPlain);
     EXPECT_EQ(g_dirtyBlocks, 1U);
     // Whoever takes a key of a pass phrase has to cleanse it.
     SwCrypto::deriveKey(kPhrase);

@@ -211,6 +211,55 @@ TEST(SwJsonObjectMemory, CopiesMayEndOnOtherThreads)
     EXPECT_EQ(object.size(), 300U);
 }
 
+TEST(SwJsonObjectMemory, LargeDocumentsGoInEveryWay)
+{
+    std::string const members = mixedText(60);
+    struct Row {
+        char const* name;
+        std::string text;
+    };
+    std::string many = "[";
+    std::string repeated = "{";
+    for (int i = 0; i < 60; ++i) {
+        many += members + ",";
+        repeated += "\"name " + std::to_string(i % 7) + "\":" + members + ",";
+    }
+    Row const rows[] = {
+        {"many containers", many + "]"},
+        {"containers replaced by later ones", repeated + "}"},
+        {"one replaced deep inside", "[" + many + "],{\"a\":[[1]],\"a\":[\"a text beyond the short form\"]}]"},
+        {"blocks larger than a chunk takes", "{\"a\":" + mixedText(5000) + ",\"b\":[" + mixedText(900) + "]}"},
+        {"one long string", quoted(std::string(100000, 's'))},
+        {"long strings in an array",
+         "[" + quoted(std::string(20000, 's')) + ",[" + quoted(std::string(20000, 't')) + "]]"},
+        {"blanks around a little", std::string(20000, ' ') + members},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.name);
+        SwString error;
+        std::string const expected = framework_test::readText(row.text);
+        for (int round = 0; round < 3; ++round) {
+            SwJsonDocument document = SwJsonDocument::fromJson(row.text, SwString(), error);
+            SwJsonDocument const copy = document;
+            SwJsonDocument moved = std::move(document);
+            EXPECT_TRUE(document.isNull());  // NOLINT: what a move leaves is part of the contract
+            EXPECT_EQ(treeText(copy.root()), expected);
+            SwJsonDocument assigned = SwJsonDocument::fromJson(row.text, SwString(), error);
+            assigned = std::move(moved);
+            EXPECT_EQ(treeText(assigned.root()), expected);
+            moved = copy;
+            EXPECT_TRUE(moved.root() == copy.root());
+            SwJsonDocument given = SwJsonDocument::fromJson(row.text, SwString(), error);
+            SwJsonValue const root = given.takeRoot();
+            EXPECT_TRUE(given.isNull());
+            EXPECT_TRUE(root == copy.root());
+            std::thread([elsewhere = std::move(assigned)]() mutable { elsewhere = SwJsonDocument(); }).join();
+        }
+        EXPECT_TRUE(SwJsonDocument::fromJson(row.text + "x", SwString(), error).isNull());
+        EXPECT_EQ(error.toStdString(), "Unexpected characters at the end of JSON.");
+    }
+}
+
 TEST(SwJsonObjectMemory, SameNamesInSameOrderAgainAndAgain)
 {
     // The reader remembers the order of the last object; none of these may be taken for another.
