@@ -9,6 +9,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -47,11 +48,13 @@ bool holdsSecret(void* block)
 
 [[gnu::noinline]] void* take(std::size_t size)
 {
-    // Zeroed: what an earlier owner left behind is not this owner's fault.
-    if (void* const block = std::calloc(1, size + 1)) {
-        return block;
+    std::size_t const rounded = (size + alignof(std::max_align_t)) / alignof(std::max_align_t);
+    void* const block = std::aligned_alloc(alignof(std::max_align_t), rounded * alignof(std::max_align_t));
+    if (block == nullptr) {
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    // Zeroed: what an earlier owner left behind is not this owner's fault.
+    return std::memset(block, 0, malloc_usable_size(block));
 }
 
 template <typename Function>
@@ -135,7 +138,9 @@ int EVP_DigestFinal_ex(EVP_MD_CTX* context, unsigned char* out, unsigned int* si
 TEST(SwCryptoCleanse, TheWatchSeesWhatIsLeftBehind)
 {
     Watch const watch;
-    delete new std::string(kPlain);
+    {
+        std::string const leftBehind(kPlain);
+    }
     EXPECT_EQ(g_dirtyBlocks, 1U);
     // Whoever takes a key of a pass phrase has to cleanse it.
     SwCrypto::deriveKey(kPhrase);
