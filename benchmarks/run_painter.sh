@@ -18,12 +18,5 @@ load=$(cut -d' ' -f1 /proc/loadavg)
     echo "Command: \`benchmarks/run_painter.sh BUILD_DIR $seconds\`. Processor time of one thread."
     echo
     cat "$work/painter.md"
-} >"$work/section"
+} | "$root/scripts/write-section" "$root/benchmarks/README.md" painter
 cp "$work"/painter.svg "$work"/{ours,drawtext,libass,textoverlay}.png "$root/benchmarks/pictures/"
-
-# Only what stands between the markers is replaced.
-awk -v section="$work/section" '
-    /^<!-- painter:begin/ { print; while ((getline line < section) > 0) print line; inside = 1; next }
-    /^<!-- painter:end/   { inside = 0 }
-    !inside               { print }' "$root/benchmarks/README.md" >"$work/readme"
-cat "$work/readme" >"$root/benchmarks/README.md"
