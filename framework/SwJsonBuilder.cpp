@@ -82,6 +82,7 @@ std::unique_ptr<JsonDocumentMemory> JsonBuilder::takeMemory()
 /// Makes the waiting value in a Null slot; whether it owns memory.
 inline bool JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
 {
+    bool owns = false;
     switch (record.type) {
     case SwJsonValue::Null:
         return false;
@@ -95,13 +96,12 @@ inline bool JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
         SwJsonTree::setDouble(slot, record.real);
         return false;
     case SwJsonValue::String:
-        if (!SwJsonTree::setString(slot, {record.text, record.size})) {
-            return false;
-        }
-        if (isLarge_) {
+        owns = record.size > std::string().capacity();
+        if (owns && isLarge_) {
             owners_.push_back(&slot);
         }
-        return true;
+        SwJsonTree::setString(slot, {record.text, record.size});
+        return owns;
     case SwJsonValue::Object:
         SwJsonTree::setObject(slot, std::static_pointer_cast<SwJsonObject>(std::move(finished_[record.size])));
         return true;
@@ -173,6 +173,9 @@ std::shared_ptr<void> JsonBuilder::makeObject_(Record const* first, Record const
         nameBytes += rank.record->name.size();
     }
     auto object = std::allocate_shared<SwJsonObject>(JsonAllocator<SwJsonObject>(arena_()));
+    if (ranks_.empty()) {
+        return object;
+    }
     SwJsonTree::MemberFiller filler(*object, ranks_.size(), nameBytes, arena_());
     for (Rank const& rank : ranks_) {
         if (fill_(filler.append(rank.prefix, rank.record->name), *rank.record)) {

@@ -300,6 +300,9 @@ SwJsonObject::Place SwJsonObject::splitLeaf_(Place place)
 
 void SwJsonObject::copyMembers_(SwJsonObject const& other, std::vector<SwJsonCopy>& pending)
 {
+    if (other.empty()) {
+        return;
+    }
     SwJsonTree::MemberFiller filler(*this, other.size_, other.nameBytes_, nullptr);
     for (Node const* node = other.first_; node != nullptr; node = node->next) {
         if (SwJsonTree::copyFields(node->member.second, filler.append(node->prefix, node->member.first), pending)) {

@@ -32,12 +32,10 @@ public:
         slot.type_ = SwJsonValue::Double;
         slot.double_ = value;
     }
-    /// Whether the string has memory of its own.
-    static bool setString(SwJsonValue& slot, std::string_view text)
+    static void setString(SwJsonValue& slot, std::string_view text)
     {
         slot.string_.assign(text);
         slot.type_ = SwJsonValue::String;
-        return slot.string_.capacity() > std::string().capacity();
     }
     static void setObject(SwJsonValue& slot, std::shared_ptr<SwJsonObject>&& object) noexcept
     {
@@ -81,18 +79,16 @@ public:
     /// Lays the members of an empty object down in order, in memory taken at once.
     class MemberFiller {
     public:
-        /// Room for so many members, whose names have so many bytes together.
+        /// Room for so many members, at least one, whose names have so many bytes together.
         MemberFiller(SwJsonObject& object, std::size_t members, std::size_t nameBytes, sw_detail::JsonArena* arena)
             : object_(object)
             , link_(&object.first_)
+            , node_(static_cast<SwJsonObject::Node*>(
+                  sw_detail::takeJsonMemory(arena, members * sizeof(SwJsonObject::Node) + nameBytes)))
         {
-            if (members > 0) {
-                node_ = static_cast<SwJsonObject::Node*>(
-                    sw_detail::takeJsonMemory(arena, members * sizeof(SwJsonObject::Node) + nameBytes));
-                object.block_ = node_;
-                object.blockEnd_ = node_ + members;
-                name_ = reinterpret_cast<char*>(object.blockEnd_);
-            }
+            object.block_ = node_;
+            object.blockEnd_ = node_ + members;
+            name_ = reinterpret_cast<char*>(object.blockEnd_);
         }
         MemberFiller(MemberFiller const&) = delete;
         MemberFiller& operator=(MemberFiller const&) = delete;
@@ -123,8 +119,8 @@ public:
     private:
         SwJsonObject& object_;
         SwJsonObject::Node** link_;
-        SwJsonObject::Node* node_ = nullptr;  ///< where the next one will stand
-        char* name_ = nullptr;                ///< and its name
+        SwJsonObject::Node* node_;  ///< where the next one will stand
+        char* name_ = nullptr;      ///< and its name
         std::uint64_t mayOwn_ = 0;
     };
 
