@@ -1,7 +1,12 @@
 // Reads and writes the same JSON with the framework and with three well-known libraries in one run, so that
 // the numbers may be compared as ratios: a telemetry payload of 46 members, and a configuration of 1 MB.
 // What each library writes from its own tree of the same text is as compact as it can.
+//   json_benchmark [--table=FILE] [options of Google Benchmark]
+#include "Picture.h"
 #include "SwJson.h"
+
+#include "rapid_exact.h"
+#include "ratio_table.h"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
@@ -12,57 +17,64 @@
 
 #include <array>
 #include <cstdio>
+#include <fstream>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
-constexpr std::array<char const*, 46> kKeys = {"source_ns",
-                                               "camera_index",
-                                               "camera_name",
-                                               "camera_model_name",
-                                               "camera_type",
-                                               "utc_timestamp_us",
-                                               "hfov_deg",
-                                               "vfov_deg",
-                                               "zoom_ratio",
-                                               "pan_deg",
-                                               "tilt_deg",
-                                               "roll_deg",
-                                               "pitch_deg",
-                                               "yaw_deg",
-                                               "heading_deg",
-                                               "sensor_lat_deg",
-                                               "sensor_lon_deg",
-                                               "sensor_alt_m",
-                                               "frame_center_lat_deg",
-                                               "frame_center_lon_deg",
-                                               "frame_center_elev_m",
-                                               "target_lrf_lat_deg",
-                                               "target_lrf_lon_deg",
-                                               "target_lrf_elev_m",
-                                               "measured_slant_range_m",
-                                               "laser_range_enabled",
-                                               "velocity_north_mps",
-                                               "velocity_east_mps",
-                                               "velocity_down_mps",
-                                               "azimuth_rate_dps",
-                                               "elevation_rate_dps",
-                                               "roll_rate_dps",
-                                               "nav_sat_count",
-                                               "positioning_method_source",
-                                               "platform_status",
-                                               "gimbal_mode_raw",
-                                               "laser_prf_code",
-                                               "quat_x",
-                                               "quat_y",
-                                               "quat_z",
-                                               "quat_w",
-                                               "gimbal_model_code",
-                                               "part_number",
-                                               "serial_number",
-                                               "software_version",
-                                               "ordalis.follow_me_enabled_command"};
+using Keys = zelvo::ZelvoPicture::BaseMetadata::Keys;
+
+/// In the order in which the host declares them and fills its payloads.
+std::array<std::string const*, 46> const kKeys{{
+    &Keys::sourceNs,
+    &Keys::cameraIndex,
+    &Keys::cameraName,
+    &Keys::cameraModelName,
+    &Keys::cameraType,
+    &Keys::utcTimestampUs,
+    &Keys::hfovDeg,
+    &Keys::vfovDeg,
+    &Keys::zoomRatio,
+    &Keys::panDeg,
+    &Keys::tiltDeg,
+    &Keys::rollDeg,
+    &Keys::pitchDeg,
+    &Keys::yawDeg,
+    &Keys::headingDeg,
+    &Keys::sensorLatDeg,
+    &Keys::sensorLonDeg,
+    &Keys::sensorAltM,
+    &Keys::frameCenterLatDeg,
+    &Keys::frameCenterLonDeg,
+    &Keys::frameCenterElevM,
+    &Keys::targetLrfLatDeg,
+    &Keys::targetLrfLonDeg,
+    &Keys::targetLrfElevM,
+    &Keys::measuredSlantRangeM,
+    &Keys::laserRangeEnabled,
+    &Keys::velocityNorthMps,
+    &Keys::velocityEastMps,
+    &Keys::velocityDownMps,
+    &Keys::azimuthRateDps,
+    &Keys::elevationRateDps,
+    &Keys::rollRateDps,
+    &Keys::navSatCount,
+    &Keys::positioningMethodSource,
+    &Keys::platformStatus,
+    &Keys::gimbalModeRaw,
+    &Keys::laserPrfCode,
+    &Keys::quatX,
+    &Keys::quatY,
+    &Keys::quatZ,
+    &Keys::quatW,
+    &Keys::gimbalModelCode,
+    &Keys::partNumber,
+    &Keys::serialNumber,
+    &Keys::softwareVersion,
+    &Keys::followMeEnabledCommand,
+}};
 
 /// One flat payload in the order in which a host fills it: mostly decimal numbers, some codes and texts.
 std::string payloadText()
@@ -70,7 +82,7 @@ std::string payloadText()
     std::mt19937 random(46);
     std::string text = "{";
     for (std::size_t i = 0; i < kKeys.size(); ++i) {
-        std::string const key = kKeys[i];
+        std::string const& key = *kKeys[i];
         char value[64];
         if (key.find("name") != std::string::npos || key.find("number") != std::string::npos ||
             key.find("version") != std::string::npos) {
@@ -99,7 +111,7 @@ std::string configurationText()
     std::mt19937 random(1);
     std::string text = "{\n  \"overlay\": [";
     for (int block = 0; text.size() < 1000000; ++block) {
-        std::string const key = kKeys[random() % kKeys.size()];
+        std::string const& key = *kKeys[random() % kKeys.size()];
         text += block == 0 ? "\n" : ",\n";
         text += "    {\n      \"formatString\": \"Bloc " + std::to_string(block) + "\\nvaleur %{" + key + "} m\",\n";
         text += "      \"textColor\": \"#FFCC" + std::to_string(10 + random() % 90) + "\",\n";
@@ -157,6 +169,15 @@ void readRapid(benchmark::State& state, int which)
         rapidjson::Document document;
         document.Parse(text.data(), text.size());
         benchmark::DoNotOptimize(document);
+    }
+    setBytes(state, text.size());
+}
+
+void readRapidExactly(benchmark::State& state, int which)
+{
+    std::string const& text = textOf(which);
+    for (auto _ : state) {
+        parseWithRapidExactly(text);
     }
     setBytes(state, text.size());
 }
@@ -233,19 +254,20 @@ void copyNlohmann(benchmark::State& state, int which)
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+std::vector<std::string> registerAll()
 {
-    char const* const names[] = {"payload", "configuration"};
+    std::vector<std::string> names;
+    char const* const texts[] = {"payload", "configuration"};
     for (int which = 0; which < 2; ++which) {
         auto const add = [&](std::string name, void (*run)(benchmark::State&, int)) {
-            name.append("/").append(names[which]);
-            benchmark::RegisterBenchmark(name.c_str(), run, which)->Repetitions(9)->ReportAggregatesOnly();
+            name.append("/").append(texts[which]);
+            benchmark::RegisterBenchmark(name.c_str(), run, which);
+            names.push_back(name);
         };
         add("read/framework", readFramework);
         add("read/nlohmann", readNlohmann);
         add("read/rapidjson_dom", readRapid);
+        add("read/rapidjson_dom_exact", readRapidExactly);
         add("read/simdjson_dom", readSimd);
         add("write/framework", writeFramework);
         add("write/nlohmann", writeNlohmann);
@@ -253,10 +275,46 @@ int main(int argc, char** argv)
         add("copy/framework", copyFramework);
         add("copy/nlohmann", copyNlohmann);
     }
+    return names;
+}
+
+/// `what` of both texts against the opponent.
+void addRows(std::vector<RatioRow>& rows, std::string const& what, std::string const& opponent, double atLeast)
+{
+    for (std::string const text : {"payload", "configuration"}) {
+        rows.push_back({what + " the " + text + ", against " + opponent, what + "/framework/" + text,
+                        what + "/" + opponent + "/" + text, atLeast});
+    }
+}
+
+std::vector<RatioRow> ratioRows()
+{
+    std::vector<RatioRow> rows;
+    addRows(rows, "read", "nlohmann", 3.0);
+    addRows(rows, "read", "rapidjson_dom", 1.0);
+    addRows(rows, "read", "rapidjson_dom_exact", 0.0);
+    addRows(rows, "read", "simdjson_dom", 0.0);
+    addRows(rows, "write", "nlohmann", 0.0);
+    addRows(rows, "write", "rapidjson", 0.0);
+    addRows(rows, "copy", "nlohmann", 0.0);
+    return rows;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::string const tableFile = takeTableOption(argc, argv);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
     }
-    benchmark::RunSpecifiedBenchmarks();
+    std::vector<std::string> const names = registerAll();
+    MedianReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    if (!tableFile.empty()) {
+        std::ofstream table(tableFile);
+        writeRatios(table, reporter, ratioRows());
+    }
     return 0;
 }

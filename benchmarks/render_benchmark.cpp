@@ -199,24 +199,6 @@ std::vector<RatioRow> const kRows{
     {"frame without the host's copy, against drawtext", "frame/moved/keys:46", "drawtext", 0.0},
 };
 
-/// Takes --table=FILE out of the arguments; "" without one.
-std::string takeTableOption(int& argc, char** argv)
-{
-    std::string const option = "--table=";
-    std::string file;
-    int kept = 0;
-    for (int i = 0; i < argc; ++i) {
-        std::string const argument = argv[i];
-        if (argument.compare(0, option.size(), option) == 0) {
-            file = argument.substr(option.size());
-        } else {
-            argv[kept++] = argv[i];
-        }
-    }
-    argc = kept;
-    return file;
-}
-
 std::vector<GrowthRow> const kGrowth{
     {"keys that no block names, host's copy left out", "frame/moved/keys:46", "frame/moved/keys:460", 10.0},
     {"ten times more of them", "frame/moved/keys:460", "frame/moved/keys:4600", 10.0},

@@ -36,6 +36,23 @@ MedianReporter::Median const* MedianReporter::find(std::string const& name) cons
     return found == medians_.end() ? nullptr : &found->second;
 }
 
+std::string takeTableOption(int& argc, char** argv)
+{
+    std::string const option = "--table=";
+    std::string file;
+    int kept = 0;
+    for (int i = 0; i < argc; ++i) {
+        std::string const argument = argv[i];
+        if (argument.compare(0, option.size(), option) == 0) {
+            file = argument.substr(option.size());
+        } else {
+            argv[kept++] = argv[i];
+        }
+    }
+    argc = kept;
+    return file;
+}
+
 void writeRatios(std::ostream& out, MedianReporter const& medians, std::vector<RatioRow> const& rows)
 {
     out << "| what | times faster | target | met | ours, us | opponent, us |\n"

@@ -25,6 +25,9 @@ private:
     std::map<std::string, Median> medians_;
 };
 
+/// Takes --table=FILE, where the table shall go, out of the arguments; "" without one.
+std::string takeTableOption(int& argc, char** argv);
+
 /// What one line of the table compares.
 struct RatioRow {
     std::string title;

@@ -1,0 +1,12 @@
+// The exact opponent.
+#include "rapid_exact.h"
+
+#include <benchmark/benchmark.h>
+#include <rapidjson/document.h>
+
+void parseWithRapidExactly(std::string const& text)
+{
+    rapidjson::Document document;
+    document.Parse<rapidjson::kParseFullPrecisionFlag>(text.data(), text.size());
+    benchmark::DoNotOptimize(document);
+}
