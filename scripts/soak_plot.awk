@@ -6,12 +6,13 @@ function thousands(count,    text) {
     while (match(text, /[0-9][0-9][0-9][0-9]( |$)/)) text = substr(text, 1, RSTART) " " substr(text, RSTART + 1)
     return text
 }
-function curve(column, color, name,    n, points) {
+# The label stands `below` pixels lower than the end of its curve.
+function curve(column, color, name, below,    n, points) {
     for (n = 2; n <= NR; ++n) {
         points = points sprintf("%.1f,%.1f ", x(frame[n]), y(value[n, column]))
     }
     printf "<polyline points=\"%s\" fill=\"none\" stroke=\"%s\" stroke-width=\"2\"/>\n", points, color
-    printf "<text x=\"%.1f\" y=\"%.1f\" fill=\"%s\">%s</text>\n", left + width + 8, y(value[NR, column]) + 4, color, name
+    printf "<text x=\"%.1f\" y=\"%.1f\" fill=\"%s\">%s</text>\n", left + width + 8, y(value[NR, column]) + 4 + below, color, name
 }
 NR > 1 {
     frame[NR] = $1
@@ -36,8 +37,8 @@ END {
         printf "<text x=\"%.1f\" y=\"%d\" text-anchor=\"middle\">%s</text>\n", x(frames * n / 5), top + height + 18, thousands(frames * n / 5)
     }
     printf "<text x=\"%d\" y=\"%d\" text-anchor=\"middle\">frames</text>\n", left + width / 2, top + height + 38
-    curve(4, "#9a62b5", "resident")
-    curve(3, "#2a7de1", "heap")
-    curve(2, "#e0803a", "operator new")
+    curve(4, "#9a62b5", "resident", 0)
+    curve(3, "#2a7de1", "heap", -5)
+    curve(2, "#e0803a", "operator new", 5)
     print "</svg>"
 }
