@@ -281,9 +281,13 @@ std::vector<std::string> registerAll()
 /// `what` of both texts against the opponent.
 void addRows(std::vector<RatioRow>& rows, std::string const& what, std::string const& opponent, double atLeast)
 {
-    for (std::string const text : {"payload", "configuration"}) {
-        rows.push_back({what + " the " + text + ", against " + opponent, what + "/framework/" + text,
-                        what + "/" + opponent + "/" + text, atLeast});
+    for (char const* const text : {"/payload", "/configuration"}) {
+        RatioRow row;
+        row.title.append(what).append(" the ").append(text + 1).append(", against ").append(opponent);
+        row.ours.append(what).append("/framework").append(text);
+        row.opponent.append(what).append("/").append(opponent).append(text);
+        row.atLeast = atLeast;
+        rows.push_back(row);
     }
 }
 
