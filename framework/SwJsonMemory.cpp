@@ -82,7 +82,7 @@ struct Returned {
     JsonChunk* chunk = nullptr;
     std::size_t blocks = 0;
 };
-[[gnu::tls_model("initial-exec")]] constinit thread_local Returned returned;
+constinit thread_local Returned returned;
 
 void* withHeader(void* memory, JsonChunk* chunk)
 {
@@ -91,7 +91,7 @@ void* withHeader(void* memory, JsonChunk* chunk)
 
 }  // namespace
 
-[[gnu::tls_model("initial-exec")]] constinit thread_local int JsonReturn::depth = 0;
+constinit thread_local int JsonReturn::depth = 0;
 
 void* JsonArena::take(std::size_t bytes)
 {

@@ -63,8 +63,8 @@ public:
     JsonReturn& operator=(JsonReturn const&) = delete;
     ~JsonReturn();
 
-    /// How many stand one in the other on this thread. The plain way to the variable, without a call.
-    [[gnu::tls_model("initial-exec")]] static constinit thread_local int depth;
+    /// How many stand one in the other on this thread.
+    static constinit thread_local int depth;
 };
 
 /// Allocator over both for shared containers. Only allocation looks at the arena.
