@@ -168,8 +168,11 @@ std::string StanagOverlayPlugin::getConfigList()
 
 void StanagOverlayPlugin::setConfig(std::string config)
 {
-    overlays_ = parser_.parse(config);
-    runtimes_ = std::vector<OverlayRuntime>(overlays_.size());
+    // Both are made before either is taken: when memory runs out, the old blocks stay with their own memory.
+    std::vector<OverlayCfg> overlays = parser_.parse(config);
+    std::vector<OverlayRuntime> runtimes(overlays.size());
+    overlays_ = std::move(overlays);
+    runtimes_ = std::move(runtimes);
 }
 
 void StanagOverlayPlugin::render(RenderContext& context)

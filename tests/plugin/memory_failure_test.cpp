@@ -81,7 +81,58 @@ std::size_t allocationsOfAFrame()
     return live_memory::allocations() - before;
 }
 
+/// What frame 2, which lacks "v", draws after frame 1 had it, when memory runs out at allocation number `failing`
+/// of the new configuration in between; without one the first configuration stays.
+std::string drawnAfterReplacing(std::string const& replacement, std::size_t failing = 0,
+                                std::size_t* allocations = nullptr)
+{
+    test_clock::setNowNs(1000);
+    TestHost host;
+    host.deliver(R"({"v":7,"w":1})");
+    StanagOverlayPlugin plugin;
+    plugin.init(host.init());
+    // Both blocks still show frame 1's text in frame 2: one because it is not due, one because it holds the value.
+    plugin.setConfig(R"({"overlay":[{"formatString":"old %v","updateEveryNFrames":100},
+        {"formatString":"old held %v","formats":{"v":{"holdLastMs":1000}}}]})");
+    plugin.render(host.nextFrame(1));
+    std::size_t const before = live_memory::allocations();
+    if (!replacement.empty()) {
+        live_memory::failAllocation(failing);
+        try {
+            plugin.setConfig(replacement);
+        } catch (std::bad_alloc const&) {
+        }
+        live_memory::failAllocation(0);
+    }
+    if (allocations != nullptr) {
+        *allocations = live_memory::allocations() - before;
+    }
+    host.deliver(R"({"w":1})");
+    return hostRequests(plugin, host.nextFrame(2), {"drawText"});
+}
+
 }  // namespace
+
+TEST(MemoryFailure, AtAnyAllocationOfAConfigurationLeavesTheOldPluginOrTheNewOne)
+{
+    // As many blocks as before: their number does not show that they are others.
+    std::string const replacement = R"({"overlay":[
+        {"formatString":"new %v","textSize":30,"updateEveryNFrames":100},
+        {"formatString":"new held %v","textSize":30,"formats":{"v":{"holdLastMs":1000}}}]})";
+    std::size_t allocations = 0;
+    std::string const before = drawnAfterReplacing("");
+    std::string const after = drawnAfterReplacing(replacement, 0, &allocations);
+    EXPECT_EQ(before, R"(drawText 10 10 16 0 0 "old 7" on 1920x1080
+drawText 10 10 16 0 0 "old held 7" on 1920x1080
+)");
+    EXPECT_EQ(after, R"(drawText 10 10 30 0 0 "new --" on 1920x1080
+drawText 10 10 30 0 0 "new held --" on 1920x1080
+)");
+    EXPECT_GT(allocations, 10U);
+    for (std::size_t failing = 1; failing <= allocations; ++failing) {
+        EXPECT_EQ(drawnAfterReplacing(replacement, failing), before) << "allocation " << failing;
+    }
+}
 
 TEST(MemoryFailure, AtAnyAllocationOfAFrameLeavesNothingWrong)
 {
