@@ -47,9 +47,8 @@ ZelvoPicture::ZelvoPicture(unsigned width, unsigned height) : impl_(std::make_un
     std::size_t const lumaBytes = yStride * height;
     std::size_t const chromaBytes = uvStride * ((height + 1) / 2);
     impl_->byteCount = lumaBytes + chromaBytes;
-    auto* const bytes =
-        static_cast<std::uint8_t*>(::operator new[](impl_->byteCount, std::align_val_t{imaging::kRowAlignment}));
-    impl_->bytes.reset(bytes);
+    impl_->bytes = imaging::takePictureMemory(impl_->byteCount);
+    auto* const bytes = impl_->bytes.get();
     std::memset(bytes, kBlackLuma, lumaBytes);
     std::memset(bytes + lumaBytes, kGreyChroma, chromaBytes);
     impl_->planes = MappedNV12{bytes,

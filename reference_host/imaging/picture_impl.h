@@ -5,9 +5,9 @@
 #include "Picture.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <vector>
 
 namespace imaging {
@@ -15,9 +15,15 @@ namespace imaging {
 /// Rows are padded to this many bytes, and planes begin at a multiple of it.
 inline constexpr std::size_t kRowAlignment = 64;
 
-struct AlignedDelete {
-    void operator()(std::uint8_t* bytes) const noexcept { ::operator delete[](bytes, std::align_val_t{kRowAlignment}); }
+/// Memory of one picture; gives it back the way it was taken.
+struct PictureDelete {
+    std::size_t mappedBytes = 0;  ///< 0: from `operator new`
+    void operator()(std::uint8_t* bytes) const noexcept;
 };
+using PictureMemory = std::unique_ptr<std::uint8_t[], PictureDelete>;
+
+/// Room for so many bytes, at a multiple of kRowAlignment. Throws std::bad_alloc.
+PictureMemory takePictureMemory(std::size_t bytes);
 
 /// Pictures waiting in the pool; shared with the pictures that are out, which return to it or, when the
 /// pool is gone, are freed.
@@ -32,7 +38,7 @@ struct zelvo::ZelvoPicture::Impl {
     unsigned width = 0;
     unsigned height = 0;
     std::size_t byteCount = 0;  ///< both planes with their padding
-    std::unique_ptr<std::uint8_t[], imaging::AlignedDelete> bytes;
+    imaging::PictureMemory bytes;
     MappedNV12 planes;
 };
 

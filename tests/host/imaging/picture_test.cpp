@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,10 +39,30 @@ TEST_P(Pictures, HavePaddedAlignedBlackPlanes)
 
 INSTANTIATE_TEST_SUITE_P(Sizes, Pictures,
                          testing::Values(Size{1, 1, 64, 64}, Size{64, 2, 64, 64}, Size{65, 3, 128, 128},
-                                         Size{1919, 5, 1920, 1920}, Size{1921, 7, 1984, 1984}),
+                                         Size{1919, 5, 1920, 1920}, Size{1921, 7, 1984, 1984},
+                                         // From two megabytes on pictures stand in huge pages.
+                                         Size{1920, 1080, 1920, 1920}, Size{1999, 1001, 2048, 2048}),
                          [](auto const& row) {
                              return std::to_string(row.param.width) + "x" + std::to_string(row.param.height);
                          });
+
+std::size_t addressSpacePages()
+{
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages;
+}
+
+TEST(Picture, GivesLargeMemoryBackWhole)
+{
+    std::size_t const before = addressSpacePages();
+    constexpr int kPictures = 200;
+    for (int i = 0; i < kPictures; ++i) {
+        zelvo::ZelvoPicture const picture(1920, 1080);
+    }
+    // Ordinary pages have at least 4096 bytes; one picture has three megabytes.
+    EXPECT_LT(addressSpacePages(), before + std::size_t{kPictures} * 3000000 / 4096 / 10);
+}
 
 TEST(Picture, WithoutPixelsHasNoPlanesAndNoTarget)
 {
