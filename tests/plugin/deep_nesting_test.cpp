@@ -15,15 +15,16 @@ namespace {
 
 /// A recursion with as little as three bytes a level would run out of the thread's stack.
 constexpr std::size_t kLevels = 100000;
+constexpr std::size_t kMillionLevels = 1000000;
 
-std::string nested(bool objects)
+std::string nested(bool objects, std::size_t levels = kLevels)
 {
     std::string text;
-    for (std::size_t level = 0; level < kLevels; ++level) {
+    for (std::size_t level = 0; level < levels; ++level) {
         text += objects ? R"({"a":)" : "[";
     }
     text += "1";
-    text.append(kLevels, objects ? '}' : ']');
+    text.append(levels, objects ? '}' : ']');
     return text;
 }
 
@@ -33,6 +34,54 @@ std::string drawnText(StanagOverlayPlugin& plugin, TestHost& host)
 }
 
 }  // namespace
+
+TEST(DeepNesting, AMillionLevelsAsConfiguration)
+{
+    framework_test::runOnSmallStack([] {
+        for (bool const objects : {false, true}) {
+            std::string const deep = nested(objects, kMillionLevels);
+            struct Row {
+                char const* before;
+                char const* after;
+                char const* drawn;
+            };
+            for (Row const& row : {
+                     Row{R"({"overlay":)", "}", ""},
+                     Row{R"({"overlay":[{"formatString":"v=%v","condition":{"key":"v","value":)", "}}]}", ""},
+                     Row{R"({"overlay":[{"formatString":"v=%v","formats":{"v":)", "}}]}",
+                         "drawText 10 10 16 0 0 \"v=7\" on 1920x1080\n"},
+                     Row{R"({"overlay":[{"formatString":"v=%v","formats":{"v":{"invalidValues":[)", ",7]}}}]}",
+                         "drawText 10 10 16 0 0 \"v=--\" on 1920x1080\n"},
+                 }) {
+                SCOPED_TRACE(row.before);
+                TestHost host;
+                host.deliver(kOneBlockTelemetry);
+                StanagOverlayPlugin plugin;
+                plugin.init(host.init());
+                plugin.setConfig(row.before + deep + row.after);
+                EXPECT_EQ(drawnText(plugin, host), row.drawn);
+            }
+        }
+    });
+}
+
+TEST(DeepNesting, AMillionLevelsAsPayload)
+{
+    framework_test::runOnSmallStack([] {
+        for (bool const objects : {false, true}) {
+            std::string const text = R"({"deep":)" + nested(objects, kMillionLevels) + R"(,"v":7})";
+            for (SwAny const& payload : {SwAny(text), SwAny(jsonObject(text))}) {
+                TestHost host;
+                host.deliver(payload);
+                StanagOverlayPlugin plugin;
+                plugin.init(host.init());
+                plugin.setConfig(R"({"overlay":[{"formatString":"v=%v %deep","formats":{"deep":{"decimals":2,
+                    "invalidValues":["x"],"minValue":1,"holdLastMs":1000}}}]})");
+                EXPECT_EQ(drawnText(plugin, host), "drawText 10 10 16 0 0 \"v=7 --\" on 1920x1080\n");
+            }
+        }
+    });
+}
 
 TEST(DeepNesting, UnderEveryKeyOfTheConfiguration)
 {
