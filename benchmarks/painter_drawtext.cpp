@@ -8,10 +8,13 @@ namespace {
 
 std::vector<DrawtextBlock> blocksOf(Scene const& scene)
 {
+    // A constant text is the filter's own; a changing one comes with each picture.
+    Texts const texts = scene.isChanging ? Texts() : textsOf(scene, 0);
     std::vector<DrawtextBlock> blocks;
     blocks.reserve(kBlocks);
     for (int block = 0; block < kBlocks; ++block) {
-        blocks.push_back({"", scene.left(block), scene.top(block), scene.textSize(), scene.margin()});
+        blocks.push_back({texts[static_cast<std::size_t>(block)], scene.left(block), scene.top(block), scene.textSize(),
+                          scene.margin()});
     }
     return blocks;
 }

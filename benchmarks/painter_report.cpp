@@ -34,6 +34,35 @@ std::string fixed(double value, int digits)
     return text.str();
 }
 
+/// What we want of a ratio of two painters' times in one scene: at least so much, or at most.
+struct Target {
+    char const* scene;
+    char const* dividend;
+    char const* divisor;
+    char const* bound;
+    double value;
+};
+
+constexpr std::array<Target, 6> kTargets{{{"S constant", "drawtext", kOurs, "at least", 25.0},
+                                          {"S constant, ring", "drawtext", kOurs, "at least", 25.0},
+                                          {"S constant", kOurs, kLimit, "at most", 2.5},
+                                          {"S constant, ring", kOurs, kLimit, "at most", 2.5},
+                                          {"S changing", "drawtext", kOurs, "at least", 10.0},
+                                          {"S changing, ring", "drawtext", kOurs, "at least", 10.0}}};
+
+void writeTargets(std::ostream& out, std::vector<Timing> const& timings)
+{
+    out << "| scene | ratio | is | target | met |\n| --- | --- | ---: | ---: | --- |\n";
+    for (auto const& target : kTargets) {
+        double const ratio =
+            medianOf(timings, target.scene, target.dividend) / medianOf(timings, target.scene, target.divisor);
+        bool const isMet = std::string(target.bound) == "at least" ? ratio >= target.value : ratio <= target.value;
+        out << "| " << target.scene << " | " << target.dividend << " to " << target.divisor << " | " << fixed(ratio, 2)
+            << " | " << target.bound << " " << fixed(target.value, 1) << " | " << (isMet ? "yes" : "no") << " |\n";
+    }
+    out << "\n";
+}
+
 }  // namespace
 
 double medianOf(std::vector<Timing> const& timings, std::string const& scene, std::string const& painter)
@@ -48,6 +77,7 @@ void writeTable(std::string const& path, std::vector<Timing> const& timings)
     auto const scenes = distinct(timings, &Timing::scene);
     auto const painters = distinct(timings, &Timing::painter);
     std::ofstream out(path);
+    writeTargets(out, timings);
     auto const header = [&](char const* what) {
         out << "| " << what << " |";
         for (auto const& painter : painters) {
