@@ -60,7 +60,7 @@ private:
         double const end = last->seconds - first + 1.0 / av_q2d(clip_.demuxer().frameRate());
         if (options_.atSeconds >= end) {
             throw std::runtime_error(options_.input + ": has no picture at " + secondsText(options_.atSeconds) +
-                                     "; it ends at " + secondsText(end));
+                                     ": it ends at " + secondsText(end) + "; give an earlier time");
         }
         return std::move(*last);
     }

@@ -16,9 +16,13 @@ constexpr std::string_view kTimeKey = "t";
     throw std::runtime_error(name + ":" + std::to_string(line) + ": " + reason);
 }
 
-/// A reader's message may quote the text around the error: control characters would break the one line.
+/// A reader's message within a longer one. It may quote the text around the error: control characters would break
+/// the one line.
 std::string oneLine(std::string message)
 {
+    if (message.ends_with('.')) {
+        message.pop_back();
+    }
     std::replace_if(
         message.begin(), message.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
     return message;
@@ -29,7 +33,7 @@ Packet parseLine(std::string_view line, std::string const& name, std::size_t num
     SwString error;
     SwJsonDocument document = SwJsonDocument::fromJson(SwString(std::string(line)), SwString(), error);
     if (!error.isEmpty()) {
-        fail(name, number, "not a JSON object: " + oneLine(error.toStdString()));
+        fail(name, number, "not a JSON object: " + oneLine(error.toStdString()) + "; mend the JSON there");
     }
     SwJsonValue root = document.takeRoot();
     if (!root.isObject()) {

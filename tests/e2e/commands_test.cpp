@@ -147,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"no_picture_at",
                    {"frame", "@a.ts", "-c", "@c.json", "--at", "0.8", "-o", "@o.png"},
                    1,
-                   "@a.ts: has no picture at 0.800 s; it ends at 0.800 s"},
+                   "@a.ts: has no picture at 0.800 s: it ends at 0.800 s; give an earlier time"},
         RefusalRow{"no_telemetry_file",
                    {"keys", "@a.ts", "--telemetry", "@none.jsonl"},
                    1,

@@ -54,7 +54,9 @@ TEST(JsonLines, Rows)
         {"time that is true", "{\"t\":true}",
          "f.jsonl:1: \"t\" is not a number; give the seconds from the start of the video, like \"t\": 1.5"},
         {"two objects on a line", "{\"t\":0} {\"t\":1}",
-         "f.jsonl:1: not a JSON object: Unexpected characters at the end of JSON."},
+         "f.jsonl:1: not a JSON object: Unexpected characters at the end of JSON; mend the JSON there"},
+        {"a cut object", "{\"t\":0}\n{\"a\":1",
+         "f.jsonl:2: not a JSON object: Unterminated JSON object (index 6) near \"{\"a\":1\"; mend the JSON there"},
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
