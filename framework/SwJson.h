@@ -8,6 +8,7 @@
 //     Bool true, "0.1" is the Double nearest to the float 0.1; member names are never touched
 //   - integers outside 64 bits and doubles outside the double range (too small included) are errors
 //   - bytes of 0x80 and above are not checked to be UTF-8
+//   - half a surrogate pair is an error: "\ud800"
 //   - with a key, string values and bare tokens are decrypted while reading
 #pragma once
 

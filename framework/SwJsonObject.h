@@ -41,6 +41,9 @@ public:
 /// nodes in their order and the bytes of the names behind them, and is searched there; a member inserted later
 /// has memory of its own, and more than a few members are then found by a sorted index. Nodes and index
 /// hold the first bytes of each key as a number, which settles most comparisons without reading the key.
+///
+/// Several threads may call the const operations of one object at the same time. find() and begin() of an object
+/// that is not const note that a value may change: they need the object for one thread, like every change.
 class SwJsonObject {
 public:
     using value_type = std::pair<SwJsonKey const, SwJsonValue>;

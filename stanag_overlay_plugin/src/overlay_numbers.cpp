@@ -123,7 +123,7 @@ bool isWhole(double value)
 
 bool parseWholeNumber(std::string const& text, long double& out)
 {
-    // The usual short integers, at a tenth of the cost. Zero takes the long way: it may have a sign.
+    // The usual short integers have a quicker way. Zero takes the long way: it may have a sign.
     std::int64_t integer = 0;
     auto const [stop, error] = std::from_chars(text.data(), text.data() + text.size(), integer);
     if (error == std::errc() && stop == text.data() + text.size() && integer != 0) {
