@@ -255,5 +255,84 @@ TEST(HeldValues, AKeyThatOccursTwiceIsLookedUpTwice)
     EXPECT_EQ(history.held(), "7@9");
 }
 
+// Beyond 24 entries they are found by their hash, and names beyond 15 bytes take memory for it.
+class ManyKeys : public testing::Test {
+protected:
+    static constexpr int kKeys = 40;
+
+    ManyKeys()
+    {
+        cfg_.missingPlaceholder = "(block)";
+        for (int i = 0; i < kKeys; ++i) {
+            FormatSpec format = spec(1000, 500);
+            format.missingPlaceholder = placeholder(i);
+            cfg_.formats[key(i)] = format;
+            cfg_.formatString += "%" + key(i) + " ";
+        }
+        cfg_.formatString += "%key_without_a_format";
+    }
+
+    static std::string key(int i) { return (i % 2 == 0 ? "k" : "a_name_of_more_than_15_bytes_") + std::to_string(i); }
+    static std::string placeholder(int i) { return "(" + std::to_string(i) + ")"; }
+
+    /// The values are `first` + i under the i-th key, every `step`-th key from the first on; 0 for no key at all.
+    std::string shown(std::uint64_t nowNs, int first, int step)
+    {
+        SwJsonObject root{{"other", 1}};
+        for (int i = 0; step != 0 && i < kKeys; i += step) {
+            root[key(i)] = first + i;
+        }
+        return OverlayTextFormatter().expandTemplate(cfg_.formatString, &root, cfg_, runtime_, nowNs, {});
+    }
+
+    /// What that gives when the even keys show `even` + i and the odd ones `odd` + i, 0 for their placeholder.
+    static std::string expected(int even, int odd)
+    {
+        std::string out;
+        for (int i = 0; i < kKeys; ++i) {
+            int const first = i % 2 == 0 ? even : odd;
+            out += (first == 0 ? placeholder(i) : std::to_string(first + i)) + " ";
+        }
+        return out + "(block)";
+    }
+
+    OverlayCfg cfg_;
+    OverlayRuntime runtime_;
+};
+
+TEST_F(ManyKeys, EachIsHeldAndLimitedOnItsOwn)
+{
+    std::uint64_t const t = 5;
+    EXPECT_EQ(shown(t, 0, 0), expected(0, 0));
+    EXPECT_EQ(runtime_.heldValues.size(), 0U);
+    EXPECT_EQ(shown(t, 100, 1), expected(100, 100));
+    EXPECT_EQ(runtime_.heldValues.size(), 40U);
+    EXPECT_EQ(runtime_.refreshValues.size(), 40U);
+    EXPECT_EQ(shown(t + 499 * kMs, 200, 1), expected(100, 100)) << "the refresh period is exclusive";
+    EXPECT_EQ(shown(t + 500 * kMs, 300, 2), expected(300, 100)) << "odd keys are held";
+    EXPECT_EQ(shown(t + 1499 * kMs, 0, 0), expected(300, 100)) << "the hold period is inclusive";
+    EXPECT_EQ(shown(t + 1499 * kMs + 1, 0, 0), expected(300, 0));
+    EXPECT_EQ(shown(t + 1500 * kMs + 1, 0, 0), expected(0, 0));
+    EXPECT_EQ(shown(t + 1600 * kMs, 400, 1), expected(400, 400));
+    EXPECT_EQ(runtime_.heldValues.size(), 40U);
+    EXPECT_EQ(runtime_.refreshValues.size(), 40U);
+    EXPECT_EQ(runtime_.heldValues.at(key(39)).text, "439");
+    EXPECT_EQ(runtime_.refreshValues.at(key(38)).timeNs, t + 1600 * kMs);
+}
+
+TEST_F(ManyKeys, EachHasItsOwnFormat)
+{
+    for (int i = 0; i < kKeys; ++i) {
+        cfg_.formats.at(key(i)).decimals = i;
+    }
+    SwJsonObject root;
+    std::string text;
+    for (int i = 0; i < kKeys; ++i) {
+        root[key(i)] = 7;
+        text += (i == 0 ? "7" : "7." + std::string(static_cast<std::size_t>(i), '0')) + " ";
+    }
+    EXPECT_EQ(OverlayTextFormatter().expandTemplate(cfg_.formatString, &root, cfg_, runtime_, 5, {}), text + "(block)");
+}
+
 }  // namespace
 }  // namespace stanag_overlay
