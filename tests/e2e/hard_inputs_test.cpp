@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <sys/mount.h>
 #include <vector>
 
 namespace {
@@ -288,53 +287,6 @@ TEST_F(HardInputs, FullDeviceIsSaidInOneLine)
         EXPECT_EQ(printed.exitCode, 1);
         EXPECT_EQ(printed.err,
                   "stanag-overlay: standard output cannot be written: No space left on device; free some space\n");
-    }
-}
-
-/// A file system of 64 kB in a folder; not there when the system does not allow mounting.
-class SmallDisk {
-public:
-    explicit SmallDisk(std::string path) : path_(std::move(path))
-    {
-        std::filesystem::create_directory(path_);
-        mounted_ = mount("tmpfs", path_.c_str(), "tmpfs", 0, "size=64k") == 0;
-    }
-    ~SmallDisk()
-    {
-        if (mounted_) {
-            umount2(path_.c_str(), MNT_DETACH);
-        }
-    }
-    SmallDisk(SmallDisk const&) = delete;
-    SmallDisk& operator=(SmallDisk const&) = delete;
-
-    /// Where there is no small disk, /dev/full stands in for the file.
-    std::string file(std::string const& name) const
-    {
-        std::string path = path_ + "/" + name;
-        if (!mounted_) {
-            std::filesystem::create_symlink("/dev/full", path);
-        }
-        return path;
-    }
-    bool empty() const { return !mounted_ || std::filesystem::is_empty(path_); }
-
-private:
-    std::string path_;
-    bool mounted_ = false;
-};
-
-TEST_F(HardInputs, FullDiskLeavesNoHalfFile)
-{
-    e2e::makeClip({file("a.ts"), 320, 240, 60, "mpeg2video", 90000, {headings(60)}});
-    SmallDisk const disk(file("disk"));
-    for (char const* const name : {"o.ts", "o.mp4", "o.mkv"}) {
-        SCOPED_TRACE(name);
-        std::string const output = disk.file(name);
-        Result const result = burn("a.ts", output);
-        EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.err, "stanag-overlay: " + output + kDiskFull);
-        EXPECT_TRUE(disk.empty());
     }
 }
 

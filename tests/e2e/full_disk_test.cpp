@@ -1,0 +1,67 @@
+// A disk that fills up while a clip is written: one line that names place and cure, and nothing left on the disk. A
+// program of its own, so that it is seen when it was skipped.
+#include "../host/media/temp_folder.h"
+#include "clips.h"
+#include "run_program.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <sys/mount.h>
+
+namespace {
+
+/// A file system of 64 kB in a folder.
+class SmallDisk {
+public:
+    explicit SmallDisk(std::string path) : path_(std::move(path))
+    {
+        std::filesystem::create_directory(path_);
+        error_ = mount("tmpfs", path_.c_str(), "tmpfs", 0, "size=64k") == 0 ? 0 : errno;
+    }
+    ~SmallDisk()
+    {
+        if (error_ == 0) {
+            umount2(path_.c_str(), MNT_DETACH);
+        }
+    }
+    SmallDisk(SmallDisk const&) = delete;
+    SmallDisk& operator=(SmallDisk const&) = delete;
+
+    /// Why there is no small disk; 0 when there is one.
+    int error() const { return error_; }
+    std::string file(std::string const& name) const { return path_ + "/" + name; }
+    bool empty() const { return std::filesystem::is_empty(path_); }
+
+private:
+    std::string path_;
+    int error_ = 0;
+};
+
+TEST(FullDisk, LeavesNoHalfFile)
+{
+    media_test::TempFolder const folder;
+    SmallDisk const disk(folder.file("disk"));
+    if (disk.error() != 0) {
+        GTEST_SKIP() << "no small disk can be mounted here: " << std::strerror(disk.error())
+                     << "; run as root. A file that may not grow is tested in e2e_hard_files_test all the same.";
+    }
+    e2e::makeClip({folder.file("a.ts"), 320, 240, 200, "mpeg2video"});
+    e2e::writeFile(folder.file("c.json"), R"({"overlay":[]})");
+    for (char const* const name : {"o.ts", "o.mp4", "o.mkv"}) {
+        SCOPED_TRACE(name);
+        std::string const output = disk.file(name);
+        e2e::Result const result = e2e::run(
+            {"burn", folder.file("a.ts"), "-c", folder.file("c.json"), "-o", output, "--video-codec", "mpeg2video"});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err, "stanag-overlay: " + output +
+                                  ": cannot be written: No space left on device; free some space or choose another "
+                                  "folder\n");
+        EXPECT_TRUE(disk.empty());
+    }
+}
+
+}  // namespace
