@@ -1,4 +1,5 @@
-// A frame allocates nothing once its words, glyphs and lines are known. Counted by replacing operator new.
+// A frame allocates nothing once its words, glyphs and lines are known. Counted by replacing operator new and, where no
+// sanitizer has done so, the C library's allocation, which the text libraries use.
 #include "Painter.h"
 #include "imaging_access.h"
 
@@ -7,6 +8,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <ostream>
 #include <string>
@@ -36,6 +38,31 @@ std::atomic<long> allocations{0};
 constexpr std::size_t kOrdinary = alignof(std::max_align_t);
 
 }  // namespace
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+extern "C" {
+// The C library's own, under the names that are not replaced.
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+
+void* malloc(std::size_t size)
+{
+    ++allocations;
+    return __libc_malloc(size);
+}
+void* calloc(std::size_t count, std::size_t size)
+{
+    ++allocations;
+    return __libc_calloc(count, size);
+}
+void* realloc(void* memory, std::size_t size)
+{
+    ++allocations;
+    return __libc_realloc(memory, size);
+}
+}
+#endif
 
 void* operator new(std::size_t size)
 {
