@@ -173,12 +173,14 @@ std::vector<std::string> registerFrames()
         addNamed("frame/object/keys:" + std::to_string(keys), {PayloadKind::Object, kSixBlocks, 1, keys - 46});
         addNamed("frame/text/keys:" + std::to_string(keys), {PayloadKind::Text, kSixBlocks, 1, keys - 46});
     }
-    for (std::size_t const blocks : {1U, 2U, 4U, 8U, 16U, 32U, 64U}) {
-        addNamed("frame/object/blocks:" + std::to_string(blocks), {PayloadKind::Object, blocks});
-    }
-    for (std::size_t const producers : {2U, 4U, 8U, 16U}) {
-        addNamed("frame/object/producers:" + std::to_string(producers),
-                 {PayloadKind::Object, kSixBlocks, 1, 0, producers});
+    for (auto const& [prefix, kind] :
+         {std::pair{"frame/object", PayloadKind::Object}, std::pair{"frame/text", PayloadKind::Text}}) {
+        for (std::size_t const blocks : {1U, 2U, 4U, 8U, 16U, 32U, 64U}) {
+            addNamed(prefix + ("/blocks:" + std::to_string(blocks)), {kind, blocks});
+        }
+        for (std::size_t const producers : {2U, 4U, 8U, 16U}) {
+            addNamed(prefix + ("/producers:" + std::to_string(producers)), {kind, kSixBlocks, 1, 0, producers});
+        }
     }
     benchmark::RegisterBenchmark("host/copy of the payload", copyPayload);
     names.emplace_back("host/copy of the payload");
@@ -206,6 +208,12 @@ std::vector<GrowthRow> const kGrowth{
     {"blocks, 8 to 64", "frame/object/blocks:8", "frame/object/blocks:64", 8.0},
     {"producers, 2 to 4", "frame/object/producers:2", "frame/object/producers:4", 2.0},
     {"producers, 4 to 16", "frame/object/producers:4", "frame/object/producers:16", 4.0},
+    {"keys in a text that no block names", "frame/text", "frame/text/keys:460", 10.0},
+    {"ten times more of them in a text", "frame/text/keys:460", "frame/text/keys:4600", 10.0},
+    {"blocks, text payload, 1 to 8", "frame/text/blocks:1", "frame/text/blocks:8", 8.0},
+    {"blocks, text payload, 8 to 64", "frame/text/blocks:8", "frame/text/blocks:64", 8.0},
+    {"producers, text payload, 2 to 4", "frame/text/producers:2", "frame/text/producers:4", 2.0},
+    {"producers, text payload, 4 to 16", "frame/text/producers:4", "frame/text/producers:16", 4.0},
 };
 
 }  // namespace
