@@ -145,6 +145,15 @@ void changeNumbers(std::string& text, unsigned seed)
     }
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(Count, SeesTheCLibrarysOwnCalls)
+{
+    long const before = allocations;
+    std::free(strdup("a copy made within the C library"));
+    EXPECT_EQ(allocations - before, 1);
+}
+#endif
+
 TEST_F(Frames, ConstantTextAllocatesNothing)
 {
     std::string const text = "Lat 48.858370\u00B0  Lon 2.294481\u00B0\nsecond line \u0639\u0644\u0645 \u65E5";
