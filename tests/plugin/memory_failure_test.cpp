@@ -1,5 +1,5 @@
-// Memory that runs out at any single allocation: the host gets std::bad_alloc, nothing leaks, and with memory again
-// the next frame is drawn as if nothing had happened.
+// Memory that runs out at any single allocation: the host gets std::bad_alloc, but for a payload that cannot be taken,
+// which counts as empty; nothing leaks, and with memory again the next frame is drawn as if nothing had happened.
 #include "StanagOverlayPlugin.h"
 
 #include "live_memory.h"
@@ -156,7 +156,7 @@ TEST(MemoryFailure, AtAnyAllocationOfAFrameLeavesNothingWrong)
         ASSERT_EQ(live_memory::newBytes(), bytes);
         thrown += reachedHost ? 1 : 0;
     }
-    // Only while a payload's text is read does a failure stay inside: that payload then counts as empty.
+    // Only while a payload is copied, converted or read does a failure stay inside: it then counts as empty.
     EXPECT_GT(thrown, allocations / 2);
     EXPECT_LT(thrown, allocations);
 }
