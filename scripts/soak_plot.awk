@@ -1,6 +1,6 @@
-# Draws "frame,new,heap,resident" (bytes) as an SVG: megabytes against frames. Called by scripts/soak.
+# Draws "frame,new,heap,resident" (bytes) as an SVG: MiB against frames. Called by scripts/soak.
 function x(frame) { return left + width * frame / frames }
-function y(bytes) { return top + height * (1 - bytes / (ceiling * 1e6)) }
+function y(bytes) { return top + height * (1 - bytes / (ceiling * mib)) }
 function thousands(count,    text) {
     text = sprintf("%d", count)
     while (match(text, /[0-9][0-9][0-9][0-9]( |$)/)) text = substr(text, 1, RSTART) " " substr(text, RSTART + 1)
@@ -22,16 +22,17 @@ NR > 1 {
     }
 }
 END {
+    mib = 1024 * 1024
     left = 50; top = 40; width = 600; height = 220
     frames = frame[NR]
-    ceiling = 10 * (int(most / 1e7) + 1)
+    ceiling = 10 * (int(most / (10 * mib)) + 1)
     printf "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" ", left + width + 160, top + height + 50
     print "font-family=\"DejaVu Sans, sans-serif\" font-size=\"12\">"
     print "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>"
-    printf "<text x=\"10\" y=\"22\" font-size=\"14\">Megabytes held while every frame brings new telemetry keys</text>\n"
+    printf "<text x=\"10\" y=\"22\" font-size=\"14\">MiB held while every frame brings new telemetry keys</text>\n"
     for (n = 0; n <= ceiling; n += ceiling / 5) {
-        printf "<line x1=\"%d\" x2=\"%d\" y1=\"%.1f\" y2=\"%.1f\" stroke=\"#e4e4e4\"/>", left, left + width, y(n * 1e6), y(n * 1e6)
-        printf "<text x=\"%d\" y=\"%.1f\" text-anchor=\"end\">%g</text>\n", left - 6, y(n * 1e6) + 4, n
+        printf "<line x1=\"%d\" x2=\"%d\" y1=\"%.1f\" y2=\"%.1f\" stroke=\"#e4e4e4\"/>", left, left + width, y(n * mib), y(n * mib)
+        printf "<text x=\"%d\" y=\"%.1f\" text-anchor=\"end\">%g</text>\n", left - 6, y(n * mib) + 4, n
     }
     for (n = 0; n <= 5; ++n) {
         printf "<text x=\"%.1f\" y=\"%d\" text-anchor=\"middle\">%s</text>\n", x(frames * n / 5), top + height + 18, thousands(frames * n / 5)
