@@ -30,7 +30,7 @@ void RandomOverlays::chooseKeys()
 // Objects compare eight bytes at once: names that share them, begin each other, or differ by zero bytes only.
 std::string RandomOverlays::name()
 {
-    std::string const number = std::to_string(below(400));
+    std::string number = std::to_string(below(400));
     switch (below(6)) {
     case 0:
         return number;
