@@ -36,7 +36,7 @@ public:
     /// Draws the blocks on the frame's writable copy. A frame without telemetry, picture, render target or
     /// mapping is left as it is. Throws std::runtime_error "LazyDetachedPicture has no readable picture"
     /// when the picture vanishes meanwhile; exceptions of the host's objects pass through, the pen is then
-    /// not restored.
+    /// not restored. A registered conversion that throws only makes its payload empty.
     void render(RenderContext& context) override;
 
 private:
