@@ -128,7 +128,8 @@ void Fonts::open(std::string const& family)
 {
     std::string const name = family.empty() ? kDefaultFamily : family;
     if (library_ == nullptr && FT_Init_FreeType(&library_) != 0) {
-        throw std::runtime_error("no font can be opened for family '" + name + "': FreeType does not start; free some memory");
+        throw std::runtime_error("no font can be opened for family '" + name +
+                                 "': FreeType does not start; free some memory");
     }
     auto const wanted = patternFor(name);
     FcResult result = FcResultNoMatch;
