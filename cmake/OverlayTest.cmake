@@ -8,7 +8,7 @@ function(overlay_test name label)
         OVERLAY_SOURCE_DIR="${PROJECT_SOURCE_DIR}" OVERLAY_RECORDED_DATA="${OVERLAY_RECORDED_DATA}")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES LABELS ${label} SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\]" TIMEOUT 600
-        ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan_suppressions.txt:print_suppressions=0")
+        ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan_suppressions.txt:print_suppressions=0;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan_suppressions.txt")
     if(label STREQUAL "unit")
         add_dependencies(unit_tests ${name})
     endif()
