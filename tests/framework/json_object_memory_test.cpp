@@ -151,8 +151,8 @@ TEST(SwJsonObjectMemory, PlacesOfLaidDownMembersStay)
     EXPECT_EQ(kept->first, "1020");
     EXPECT_EQ(value->toInt(), 20);
     EXPECT_EQ(first->first, "1000");
-    moved = std::move(moved);  // NOLINT: a move onto itself is what is tested
-    EXPECT_EQ(&moved["1020"], value);
+    moved = std::move(moved);          // NOLINT: a move onto itself is what is tested
+    EXPECT_EQ(&moved["1020"], value);  // NOLINT(bugprone-use-after-move)
     EXPECT_EQ(moved.size(), 46U + 500U - 2U);
 }
 

@@ -42,9 +42,9 @@ constexpr std::size_t kOrdinary = alignof(std::max_align_t);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 extern "C" {
 // The C library's own, under the names that are not replaced.
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_malloc(std::size_t size);                     // NOLINT(bugprone-reserved-identifier)
+void* __libc_calloc(std::size_t count, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void* __libc_realloc(void* memory, std::size_t size);      // NOLINT(bugprone-reserved-identifier)
 
 void* malloc(std::size_t size)
 {
