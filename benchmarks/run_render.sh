@@ -18,11 +18,4 @@ trap 'rm -rf "$work"' EXIT
     echo "Command: \`benchmarks/run_render.sh BUILD_DIR\`. Medians of processor time."
     echo
     cat "$work/table"
-} >"$work/section"
-
-# Only what stands between the markers is replaced.
-awk -v section="$work/section" '
-    /^<!-- render:begin/ { print; while ((getline line < section) > 0) print line; inside = 1; next }
-    /^<!-- render:end/   { inside = 0 }
-    !inside              { print }' "$root/benchmarks/README.md" >"$work/readme"
-cat "$work/readme" >"$root/benchmarks/README.md"
+} | "$root/scripts/write-section" "$root/benchmarks/README.md" render
