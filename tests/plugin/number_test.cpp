@@ -1,6 +1,8 @@
 // Readings and narrowings of numbers, against named rows and against the standard conversions.
 #include "overlay_numbers.h"
 
+#include "comma_locale.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -418,9 +420,8 @@ protected:
     char do_decimal_point() const override { return ','; }
 };
 
-TEST(Number, TheGlobalLocaleDoesNotMatter)
+void expectNumbersWithAPoint()
 {
-    std::locale const before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
     long double number = 0.0L;
     EXPECT_TRUE(parseWholeNumber("1.5", number));
     EXPECT_EQ(number, 1.5L);
@@ -428,7 +429,25 @@ TEST(Number, TheGlobalLocaleDoesNotMatter)
     double real = 0.0;
     EXPECT_TRUE(parseLeadingDouble("1.5,", real));
     EXPECT_EQ(real, 1.5);
+    EXPECT_TRUE(parseLeadingDouble("1,5", real));
+    EXPECT_EQ(real, 1.0);
+    unsigned long whole = 0;
+    EXPECT_TRUE(tryParseUnsignedString(".5", whole));
+    EXPECT_EQ(whole, 0U);
+    EXPECT_FALSE(tryParseUnsignedString(",5", whole));
+}
+
+TEST(Number, TheGlobalLocaleDoesNotMatter)
+{
+    std::locale const before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+    expectNumbersWithAPoint();
     std::locale::global(before);
+}
+
+TEST(Number, TheCLocaleOfTheProcessDoesNotMatter)
+{
+    CommaCLocale const comma;
+    expectNumbersWithAPoint();
 }
 
 }  // namespace
