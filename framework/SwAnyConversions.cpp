@@ -3,6 +3,7 @@
 #include "sw_any_registry.h"
 #include "sw_diagnostic.h"
 #include "sw_numbers.h"
+#include "sw_text.h"
 
 #include <limits>
 #include <sstream>
@@ -32,21 +33,6 @@ SwString jsonValueText(SwJsonValue const& value)
         return text;
     }
     return value.toString();
-}
-
-/// The value of a hexadecimal digit, -1 for any other byte.
-int hexDigitValue(char digit)
-{
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    if (digit >= 'a' && digit <= 'f') {
-        return digit - 'a' + 10;
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return -1;
 }
 
 /// The bytes of hexadecimal text, up to the first pair that is incomplete or holds another byte.

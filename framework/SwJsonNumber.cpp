@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 
 namespace sw_detail {
 
@@ -38,10 +37,9 @@ bool doubleOfToken(char const* start, char const* end, double& result)
     if (read.ec == std::errc() && read.ptr == end && std::abs(result) > std::numeric_limits<double>::min()) {
         return true;
     }
-    static locale_t const classic = newlocale(LC_ALL_MASK, "C", nullptr);
     char* stop = nullptr;
     errno = 0;
-    result = strtod_l(start, &stop, classic);
+    result = strtod_l(start, &stop, classicLocale());
     return stop == end && errno != ERANGE;
 }
 

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
-#include <locale.h>
 
 using sw_detail::isDigit;
 using sw_detail::isLetter;
@@ -106,10 +105,9 @@ bool wholeInteger(std::string const& text, std::int64_t& number)
 /// The whole of a decrypted text as a double, as strtod reads it in the "C" locale.
 bool wholeDouble(std::string const& text, double& number)
 {
-    static locale_t const classic = newlocale(LC_ALL_MASK, "C", nullptr);
     char* stop = nullptr;
     errno = 0;
-    number = strtod_l(text.c_str(), &stop, classic);
+    number = strtod_l(text.c_str(), &stop, sw_detail::classicLocale());
     return stop == text.c_str() + text.size() && errno == 0;
 }
 

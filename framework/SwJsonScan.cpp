@@ -34,20 +34,6 @@ void appendUtf8(std::uint32_t codePoint, std::string& out)
     put(0x80U | (codePoint & 0x3FU));
 }
 
-int hexValue(char digit)
-{
-    if (isDigit(digit)) {
-        return digit - '0';
-    }
-    if (digit >= 'a' && digit <= 'f') {
-        return digit - 'a' + 10;
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return -1;
-}
-
 /// Four hex digits at `at`; moves behind them, or to the problem.
 bool scanFourHexDigits(char const*& at, char const* end, std::uint32_t& unit, JsonProblem& problem)
 {
@@ -56,7 +42,7 @@ bool scanFourHexDigits(char const*& at, char const* end, std::uint32_t& unit, Js
     }
     unit = 0;
     for (char const* const stop = at + 4; at != stop; ++at) {
-        int const digit = hexValue(*at);
+        int const digit = hexDigitValue(*at);
         if (digit < 0) {
             return fail(problem, at, "Invalid hex digit in Unicode escape");
         }

@@ -4,15 +4,18 @@
 
 #include "SwCrypto.h"
 #include "sw_diagnostic.h"
+#include "sw_text.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <clocale>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 #include <optional>
+
+using sw_detail::hexDigitValue;
+using sw_detail::isDigit;
+using sw_detail::isSpace;
 
 namespace {
 
@@ -33,27 +36,6 @@ std::string workingText(std::string_view text)
     std::string working(trimmedView(text));
     working.erase(std::remove(working.begin(), working.end(), '_'), working.end());
     return working;
-}
-
-/// White space of isspace in the "C" locale.
-bool isSpace(char byte)
-{
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
-/// The value of a digit in bases up to 16, 16 for any other byte.
-unsigned digitValue(char byte)
-{
-    if (byte >= '0' && byte <= '9') {
-        return static_cast<unsigned>(byte - '0');
-    }
-    if (byte >= 'a' && byte <= 'f') {
-        return static_cast<unsigned>(byte - 'a') + 10U;
-    }
-    if (byte >= 'A' && byte <= 'F') {
-        return static_cast<unsigned>(byte - 'A') + 10U;
-    }
-    return 16U;
 }
 
 /// A number as sign and magnitude, before any range is applied.
@@ -79,8 +61,9 @@ std::size_t readDigits(std::string_view text, unsigned base, Magnitude& number)
 {
     std::size_t count = 0;
     for (; count < text.size(); ++count) {
-        unsigned const digit = digitValue(text[count]);
-        if (digit >= base) {
+        int const value = hexDigitValue(text[count]);
+        auto const digit = static_cast<unsigned>(value);
+        if (value < 0 || digit >= base) {
             break;
         }
         if (number.value > (std::numeric_limits<std::uint64_t>::max() - digit) / base) {
@@ -104,7 +87,7 @@ std::optional<Magnitude> readAutomaticBase(std::string_view text)
     number.negative = takeSign(text);
     unsigned base = 10;
     if (!text.empty() && text.front() == '0') {
-        bool const hexadecimal = text.size() > 2 && (text[1] == 'x' || text[1] == 'X') && digitValue(text[2]) < 16U;
+        bool const hexadecimal = text.size() > 2 && (text[1] == 'x' || text[1] == 'X') && hexDigitValue(text[2]) >= 0;
         base = hexadecimal ? 16 : 8;
         text.remove_prefix(hexadecimal ? 2 : 0);
     }
@@ -155,13 +138,6 @@ std::optional<std::int64_t> readInteger(std::string_view working)
     return number ? toSigned(*number) : std::nullopt;
 }
 
-/// The "C" locale as an object, for conversions that must not follow the process's locale.
-locale_t classicLocale()
-{
-    static locale_t const locale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return locale;
-}
-
 }  // namespace
 
 SwString SwString::operator+(SwString const& other) const
@@ -189,7 +165,7 @@ SwString SwString::mid(int position, int length) const
 SwString SwString::arg(SwString const& value) const
 {
     for (std::size_t at = text_.find('%'); at != std::string::npos; at = text_.find('%', at + 1)) {
-        if (at + 1 < text_.size() && text_[at + 1] >= '0' && text_[at + 1] <= '9') {
+        if (at + 1 < text_.size() && isDigit(text_[at + 1])) {
             std::string filled = text_;
             filled.replace(at, 2, value.text_);
             return filled;
@@ -237,7 +213,7 @@ bool SwString::parseNumericDouble(double& out) const
     }
     char* end = nullptr;
     errno = 0;
-    double const number = strtod_l(working.c_str(), &end, classicLocale());
+    double const number = strtod_l(working.c_str(), &end, sw_detail::classicLocale());
     if (end == working.c_str() || errno == ERANGE) {
         return false;
     }

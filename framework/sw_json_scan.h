@@ -3,6 +3,7 @@
 #pragma once
 
 #include "SwString.h"
+#include "sw_text.h"
 
 #include <bit>
 #include <cstdint>
@@ -16,19 +17,10 @@
 
 namespace sw_detail {
 
-/// White space of isspace in the "C" locale: vertical tab and form feed count.
-inline bool isSpace(char byte)
-{
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
 /// Quicker than isSpace, and false for every byte of compact text outside strings.
 inline bool mayBeSpace(char byte)
 {
     return static_cast<unsigned char>(byte) <= ' ';
-}
-inline bool isDigit(char byte)
-{
-    return byte >= '0' && byte <= '9';
 }
 /// A letter of isalpha in the "C" locale.
 inline bool isLetter(char byte)

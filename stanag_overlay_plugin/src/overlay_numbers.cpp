@@ -2,6 +2,8 @@
 // and the formatter, so that one text means the same number in all three.
 #include "overlay_numbers.h"
 
+#include "sw_text.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -9,7 +11,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
-#include <locale.h>
 
 namespace stanag_overlay {
 
@@ -22,23 +23,6 @@ static_assert(sizeof(unsigned long) == sizeof(std::uint64_t));
 constexpr double kTwoTo63 = 9223372036854775808.0;
 constexpr long double kTwoTo64 = 18446744073709551616.0L;
 
-// The process may run under any locale; numbers in configurations and payloads are written with a point.
-locale_t cLocale()
-{
-    static locale_t const kLocale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return kLocale;
-}
-
-bool isSpaceInC(char byte)
-{
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
-bool isHexDigit(char byte)
-{
-    return (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
-}
-
 enum class UnsignedReading : std::uint8_t { Whole, TextFollows, Failed };
 
 // strtoull with automatic base, independent of locale and of the binary prefix that newer C libraries add.
@@ -46,7 +30,7 @@ UnsignedReading readUnsigned(std::string const& text, unsigned long& out)
 {
     char const* at = text.data();
     char const* const end = at + text.size();
-    at = std::find_if_not(at, end, isSpaceInC);
+    at = std::find_if_not(at, end, sw_detail::isSpace);
     bool negative = false;
     if (at != end && (*at == '+' || *at == '-')) {
         negative = *at == '-';
@@ -54,7 +38,7 @@ UnsignedReading readUnsigned(std::string const& text, unsigned long& out)
     }
     int base = 10;
     if (at != end && *at == '0') {
-        bool const hexadecimal = end - at > 2 && (at[1] == 'x' || at[1] == 'X') && isHexDigit(at[2]);
+        bool const hexadecimal = end - at > 2 && (at[1] == 'x' || at[1] == 'X') && sw_detail::hexDigitValue(at[2]) >= 0;
         base = hexadecimal ? 16 : 8;
         at += hexadecimal ? 2 : 0;
     }
@@ -133,7 +117,7 @@ bool parseWholeNumber(std::string const& text, long double& out)
     char* end = nullptr;
     int const savedErrno = errno;
     errno = 0;
-    long double const number = strtold_l(text.c_str(), &end, cLocale());
+    long double const number = strtold_l(text.c_str(), &end, sw_detail::classicLocale());
     // Overflow and underflow both count as unreadable.
     bool const inRange = errno != ERANGE;
     errno = savedErrno;
@@ -150,7 +134,7 @@ bool parseLeadingDouble(std::string const& text, double& out)
     char* end = nullptr;
     int const savedErrno = errno;
     errno = 0;
-    double const number = strtod_l(text.c_str(), &end, cLocale());
+    double const number = strtod_l(text.c_str(), &end, sw_detail::classicLocale());
     bool const inRange = errno != ERANGE;
     errno = savedErrno;
     if (end == text.c_str() || !inRange) {
