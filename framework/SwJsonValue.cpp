@@ -4,21 +4,8 @@
 
 #include "SwJsonArray.h"
 #include "SwJsonObject.h"
+#include "sw_fixed_number.h"
 #include "sw_json_tree.h"
-
-#include <charconv>
-
-namespace {
-
-std::string fixedText(double number)
-{
-    // The largest double has 309 digits before the point; six after it, the point and a sign follow.
-    char buffer[320];
-    std::to_chars_result const end = std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::fixed, 6);
-    return std::string(buffer, end.ptr);
-}
-
-}  // namespace
 
 SwJsonValue::SwJsonValue(SwJsonObject object)
     : type_(Object)
@@ -48,8 +35,11 @@ std::string SwJsonValue::toString() const
         return bool_ ? "true" : "false";
     case Int:
         return std::to_string(int_);
-    case Double:
-        return fixedText(double_);
+    case Double: {
+        std::string text;
+        sw_detail::appendFixed(text, double_, 6);
+        return text;
+    }
     case Null:
         return "null";
     case Object:

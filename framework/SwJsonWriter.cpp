@@ -1,22 +1,15 @@
 // The JSON writer: value tree to text, compact or indented, in the clear or with encrypted scalars. Open
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
 #include "SwJson.h"
+#include "sw_fixed_number.h"
 #include "sw_json_scan.h"
 #include "sw_numbers.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <locale>
-#include <sstream>
 
 namespace {
-
-/// The product of two 64-bit numbers.
-__extension__ using Uint128 = unsigned __int128;
-
-/// The number of decimals of a Double with a fractional part.
-constexpr int kDecimals = 6;
 
 /// What is written first gathers here, so that small pieces cost no call and no look at the string's room.
 class TextSink {
@@ -129,67 +122,11 @@ void putInt(std::int64_t number, TextSink& out)
     out.advance(std::to_chars(room, room + kInt64Bytes, number).ptr);
 }
 
-/// Six decimals of a number with a fractional part, when that is possible in whole numbers: its magnitude
-/// below 2^53 and no binary digit of it below 2^-64 that could decide the rounding. Returns the end of the
-/// text, null when the long way has to be taken.
-char* fixedSixDecimals(double number, char* room)
-{
-    constexpr double kTwoTo53 = 9007199254740992.0;
-    constexpr double kTwoTo64 = 18446744073709551616.0;
-    constexpr std::uint64_t kMillion = 1000000U;
-    constexpr std::uint64_t kHalf = std::uint64_t{1} << 63U;
-    double const magnitude = std::abs(number);
-    if (magnitude >= kTwoTo53) {
-        return nullptr;
-    }
-    auto whole = static_cast<std::uint64_t>(magnitude);
-    // The fraction as a multiple of 2^-64; what lies below that is cut off.
-    double const scaled = (magnitude - static_cast<double>(whole)) * kTwoTo64;
-    auto const fraction = static_cast<std::uint64_t>(scaled);
-    auto const product = static_cast<Uint128>(fraction) * kMillion;
-    auto decimals = static_cast<std::uint64_t>(product >> 64U);
-    auto const rest = static_cast<std::uint64_t>(product);
-    bool const exact = static_cast<double>(fraction) == scaled;
-    // A cut-off digit adds less than a million to the rest, which matters only just below the half.
-    if (!exact && rest < kHalf && rest >= kHalf - kMillion) {
-        return nullptr;
-    }
-    // Halves go to the even neighbour, as in every correctly rounded output.
-    if (rest > kHalf || (rest == kHalf && (!exact || decimals % 2 != 0))) {
-        ++decimals;
-    }
-    whole += decimals / kMillion;
-    decimals %= kMillion;
-    *room = '-';
-    room += std::signbit(number) ? 1 : 0;
-    room = std::to_chars(room, room + 20, whole).ptr;
-    *room = '.';
-    for (int i = kDecimals; i > 0; --i) {
-        room[i] = static_cast<char>('0' + decimals % 10);
-        decimals /= 10;
-    }
-    return room + 1 + kDecimals;
-}
-
-/// A number with a fractional part as a new stream in fixed notation writes it.
+/// A number with a fractional part. With a point under every locale: a comma would end the number.
 void putFraction(double number, TextSink& out)
 {
-    // 2^52 is the largest number below which there are fractions: 16 digits, point, decimals and sign.
-    constexpr std::size_t kFractionBytes = 32;
-    // A new stream takes the global locale; in the classic one its text can be made without it.
-    if (std::locale() == std::locale::classic()) {
-        char* const room = out.room(kFractionBytes);
-        char* end = fixedSixDecimals(number, room);
-        if (end == nullptr) {
-            end = std::to_chars(room, room + kFractionBytes, number, std::chars_format::fixed, kDecimals).ptr;
-        }
-        out.advance(end);
-        return;
-    }
-    std::ostringstream stream;
-    stream.precision(kDecimals);
-    stream << std::fixed << number;
-    out.put(stream.str());
+    constexpr int kDecimals = 6;
+    out.advance(sw_detail::writeFixed(out.room(sw_detail::fixedLength(kDecimals)), number, kDecimals));
 }
 
 void putDouble(double number, TextSink& out)

@@ -6,10 +6,10 @@
 
 #include "overlay_numbers.h"
 
+#include "sw_fixed_number.h"
+
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -26,15 +26,6 @@
 namespace stanag_overlay {
 
 namespace {
-
-// A binary64 has at most this many digits after its point; those asked for beyond are zeros.
-constexpr int kMaxFractionDigits = 1074;
-// Sign, 309 digits before the point, the point and the digits after it.
-constexpr std::size_t kMaxFixedLength = 1 + 309 + 1 + kMaxFractionDigits;
-// Most decimals that whole-number arithmetic scales by.
-constexpr int kMaxScaledPrecision = 12;
-
-__extension__ using Uint128 = unsigned __int128;
 
 // ---- numbers ----
 
@@ -66,84 +57,13 @@ void appendStreamedFixed(std::string& out, double number, int precision)
     out += stream.str();
 }
 
-// A magnitude times 10^precision, rounded half to even on its exact value: a 53-bit significand times 10^12
-// has at most 93 bits, so nothing is lost. False for what is rare on a picture: numbers without fraction bits,
-// subnormal ones, and results beyond 64 bits.
-bool scaleAndRound(double magnitude, int precision, std::uint64_t& out)
-{
-    constexpr std::array<std::uint64_t, kMaxScaledPrecision + 1> kPowersOfTen = {
-        1,        10,        100,        1000,        10000,        100000,       1000000,
-        10000000, 100000000, 1000000000, 10000000000, 100000000000, 1000000000000};
-    constexpr int kSignificandBits = 52;
-    constexpr int kExponentBias = 1075;
-    constexpr int kProductBits = 93;
-    auto const bits = std::bit_cast<std::uint64_t>(magnitude);
-    auto const exponent = static_cast<int>(bits >> kSignificandBits);
-    int const shift = kExponentBias - exponent;
-    if (shift <= 0 || exponent == 0) {
-        return false;
-    }
-    if (shift > kProductBits) {
-        // Less than half a last digit.
-        out = 0;
-        return true;
-    }
-    std::uint64_t const hiddenBit = std::uint64_t{1} << kSignificandBits;
-    std::uint64_t const significand = (bits & (hiddenBit - 1)) | hiddenBit;
-    Uint128 const product = Uint128{significand} * kPowersOfTen[static_cast<std::size_t>(precision)];
-    Uint128 quotient = product >> shift;
-    Uint128 const remainder = product - (quotient << shift);
-    Uint128 const half = Uint128{1} << (shift - 1);
-    if (remainder > half || (remainder == half && (quotient & 1U) != 0)) {
-        ++quotient;
-    }
-    out = static_cast<std::uint64_t>(quotient);
-    return quotient == out;
-}
-
-// "%.*f" for numbers of the usual size. False, with nothing appended, for others.
-bool appendShortFixed(std::string& out, double number, int precision)
-{
-    std::uint64_t digits = 0;
-    if (precision > kMaxScaledPrecision || !scaleAndRound(std::fabs(number), precision, digits)) {
-        return false;
-    }
-    // Backwards: sign, at least one digit before the point, the point and the digits after it.
-    std::array<char, 24> buffer;
-    char* const end = buffer.data() + buffer.size();
-    char* at = end;
-    for (int written = 0; written <= precision || digits != 0; ++written) {
-        if (written == precision && precision > 0) {
-            *--at = '.';
-        }
-        *--at = static_cast<char>('0' + digits % 10);
-        digits /= 10;
-    }
-    if (std::signbit(number)) {
-        *--at = '-';
-    }
-    out.append(at, end);
-    return true;
-}
-
-void appendClassicFixed(std::string& out, double number, int precision)
-{
-    if (appendShortFixed(out, number, precision)) {
-        return;
-    }
-    std::array<char, kMaxFixedLength> buffer;
-    auto const written =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::fixed, precision);
-    out.append(buffer.data(), written.ptr);
-}
-
 // As SwJsonValue::toString.
 void appendPlainText(std::string& out, SwJsonValue const& value)
 {
     if (value.isString()) {
         out += value.stringRef();
     } else if (value.isDouble()) {
-        appendClassicFixed(out, value.toDouble(), 6);
+        sw_detail::appendFixed(out, value.toDouble(), 6);
     } else {
         out += value.toString();
     }
@@ -166,9 +86,9 @@ void formatNumber(std::string& out, SwJsonValue const& value, int decimals, bool
     }
     std::size_t const start = out.size();
     auto const narrowed = static_cast<double>(number);
-    int const digits = std::min(decimals, kMaxFractionDigits);
+    int const digits = std::min(decimals, sw_detail::kMaxFractionDigits);
     if (isGlobalLocaleClassic()) {
-        appendClassicFixed(out, narrowed, digits);
+        sw_detail::appendFixed(out, narrowed, digits);
     } else {
         appendStreamedFixed(out, narrowed, digits);
     }

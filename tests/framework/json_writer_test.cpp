@@ -1,5 +1,6 @@
 #include "SwJson.h"
 
+#include "comma_locale.h"
 #include "test_support.h"
 #include "tree_text.h"
 
@@ -129,19 +130,24 @@ TEST(SwJsonWriter, FractionsAgreeWithAStream)
     }
 }
 
-TEST(SwJsonWriter, FractionsFollowTheGlobalLocaleAndNothingElseDoes)
+// A decimal comma would make two numbers of one.
+TEST(SwJsonWriter, NumbersHaveAPointUnderEveryLocale)
 {
-    framework_test::CommaLocale const comma;
-    EXPECT_EQ(written(1234567.25), "1.234.567,250000");
-    EXPECT_EQ(written(2.5), "2,500000");
-    EXPECT_EQ(written(-1e-9), "-0,000000");
+    framework_test::CommaLocale const commaInStreams;
+    CommaCLocale const commaInTheCLibrary;
+    EXPECT_EQ(written(1234567.25), "1234567.250000");
+    EXPECT_EQ(written(2.5), "2.500000");
+    EXPECT_EQ(written(-1e-9), "-0.000000");
     EXPECT_EQ(written(1234567.0), "1234567");
     EXPECT_EQ(written(-0.0), "0");
     EXPECT_EQ(written(1e300), "9223372036854775807");
     EXPECT_EQ(written(std::numeric_limits<double>::infinity()), "9223372036854775807");
     EXPECT_EQ(written(std::numeric_limits<double>::quiet_NaN()), "nan");
     EXPECT_EQ(written(1234567), "1234567");
-    EXPECT_EQ(written(SwJsonArray{0.5, 1000}), "[0,500000,1000]");
+    EXPECT_EQ(written(SwJsonArray{0.5, 1000}), "[0.500000,1000]");
+    SwString error;
+    EXPECT_EQ(SwJsonDocument::fromJson(SwString(written(SwJsonArray{0.5, 1000})), SwString(), error).array().size(),
+              2U);
 }
 
 TEST(SwJsonWriter, EscapesEachByteByTheTable)
