@@ -2,7 +2,7 @@
 // the mean coverage of its pixels, in plain loops as FFmpeg's ass filter has them.
 #include "painter_scene.h"
 
-#include "color.h"
+#include "imaging/color.h"
 
 #include <ass/ass.h>
 

@@ -2,7 +2,7 @@
 #include "painter_scene.h"
 
 #include "Painter.h"
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <array>
 

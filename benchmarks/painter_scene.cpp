@@ -1,7 +1,7 @@
 // Texts and pictures of the scenes.
 #include "painter_scene.h"
 
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <array>
 #include <cstdio>

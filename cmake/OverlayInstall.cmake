@@ -15,7 +15,7 @@ install(TARGETS stanag_overlay_plugin LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR
 if(OVERLAY_HOST)
     install(TARGETS zelvo_tools EXPORT StanagOverlayTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
     target_include_directories(zelvo_tools INTERFACE $<INSTALL_INTERFACE:${overlay_include_dir}>)
-    install(FILES reference_host/imaging/imaging_access.h DESTINATION ${overlay_include_dir})
+    install(FILES reference_host/imaging/imaging_access.h DESTINATION ${overlay_include_dir}/imaging)
     if(TARGET stanag-overlay)
         install(TARGETS stanag-overlay RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     endif()

@@ -1,10 +1,10 @@
 // Any bytes as a transport stream: through demuxer, frame reader and telemetry decoder, as the program
 // takes a clip. Beyond not crashing: pictures are numbered without gaps, every side unit has its place in
 // time, and no packet is used that was not counted.
-#include "demuxer.h"
-#include "ffmpeg_types.h"
-#include "frame_reader.h"
-#include "telemetry.h"
+#include "media/demuxer.h"
+#include "media/ffmpeg_types.h"
+#include "media/frame_reader.h"
+#include "telemetry/telemetry.h"
 
 #include <algorithm>
 #include <cmath>

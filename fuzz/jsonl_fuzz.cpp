@@ -1,6 +1,6 @@
 // Any text as JSON Lines: it is read line by line, so that reading the lines apart gives the same packets
 // and fails at the same line.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Any bytes as a stream unit: what is decoded and encoded again decodes to the same payload.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include <cstddef>
 #include <cstdint>

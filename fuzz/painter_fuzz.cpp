@@ -5,7 +5,7 @@
 // endian), one byte each for opacity and radius of a box, then the text. What makes a run slow is bounded without
 // leaving a size out: pictures are small, large glyphs are rare and few.
 #include "Painter.h"
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // The smallest host: loads the plugin and lets it draw one frame of telemetry on a grey picture.
 //   minimal_host PATH_OF_PLUGIN_LIBRARY
 #include "IRenderPlugin.h"
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <class_loader/class_loader.hpp>
 

@@ -1,10 +1,10 @@
 // check: what of a configuration the plugin's forgiving parser would silently change, one line each.
-#include "commands.h"
-#include "config_check.h"
-#include "config_file.h"
-#include "messages.h"
-#include "standard_output.h"
-#include "telemetry_source.h"
+#include "check/config_check.h"
+#include "cli/commands.h"
+#include "cli/config_file.h"
+#include "cli/messages.h"
+#include "cli/standard_output.h"
+#include "clip/telemetry_source.h"
 
 #include <iterator>
 #include <set>
@@ -14,18 +14,16 @@ namespace {
 
 /// Findings about keys that the input does not deliver; none when it delivers nothing at all, which is
 /// said in one remark.
-std::vector<Finding> compareWithInput(SwJsonObject const& root, std::string const& input)
+std::vector<check::Finding> compareWithInput(SwJsonObject const& root, std::string const& input)
 {
     std::set<std::string> keys;
-    TelemetrySummary const summary = forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
+    clip::TelemetrySummary const summary = clip::forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
         for (auto const& [key, value] : packet.payload) {
             keys.insert(key);
         }
     });
-    for (std::string const& remark : telemetryRemarks(input, summary)) {
-        note(remark);
-    }
-    return keys.empty() ? std::vector<Finding>() : checkKeys(root, {keys.begin(), keys.end()});
+    noteAll(clip::telemetryRemarks(input, summary));
+    return keys.empty() ? std::vector<check::Finding>() : check::checkKeys(root, {keys.begin(), keys.end()});
 }
 
 }  // namespace
@@ -33,12 +31,12 @@ std::vector<Finding> compareWithInput(SwJsonObject const& root, std::string cons
 void runCheck(std::string const& configPath, std::string const& input)
 {
     ConfigFile const config = readConfig(configPath);
-    std::vector<Finding> findings = checkConfig(config.root);
+    std::vector<check::Finding> findings = check::checkConfig(config.root);
     if (!input.empty()) {
-        std::vector<Finding> const more = compareWithInput(config.root, input);
+        std::vector<check::Finding> const more = compareWithInput(config.root, input);
         findings.insert(findings.end(), more.begin(), more.end());
     }
-    for (Finding const& finding : findings) {
+    for (check::Finding const& finding : findings) {
         writeLine(config.path + ": " + finding.place + ": " + finding.text);
     }
     if (findings.empty()) {

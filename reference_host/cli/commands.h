@@ -3,8 +3,8 @@
 // std::runtime_error with one line for everything else.
 #pragma once
 
-#include <cstdint>
-#include <optional>
+#include "media/encoder.h"
+
 #include <string>
 
 namespace cli {
@@ -13,10 +13,8 @@ struct BurnOptions {
     std::string input;
     std::string config;
     std::string output;
-    std::string telemetry;   ///< empty: the clip's own
-    std::string videoCodec;  ///< empty: the best one for the container
-    std::optional<std::int64_t> bitRate;
-    std::optional<double> crf;
+    std::string telemetry;  ///< empty: the clip's own
+    media::EncoderChoice encoding;
     bool noProgress = false;
 };
 

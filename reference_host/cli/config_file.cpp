@@ -1,8 +1,8 @@
 // The plugin's parser is forgiving and silent, which suits a running video host; somebody at a terminal
 // wants to know. This unit stands between the file and setConfig.
-#include "config_file.h"
+#include "cli/config_file.h"
 
-#include "silent_cerr.h"
+#include "cli/silent_cerr.h"
 
 #include <algorithm>
 #include <cctype>

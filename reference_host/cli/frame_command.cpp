@@ -1,12 +1,11 @@
 // frame: one annotated picture of a clip as PNG.
-#include "annotated_clip.h"
-#include "commands.h"
-#include "config_file.h"
-#include "messages.h"
-#include "output_check.h"
-
-#include "imaging_access.h"
-#include "png_writer.h"
+#include "cli/commands.h"
+#include "cli/config_file.h"
+#include "cli/messages.h"
+#include "cli/output_check.h"
+#include "clip/annotated_clip.h"
+#include "imaging/imaging_access.h"
+#include "media/png_writer.h"
 
 #include <array>
 #include <cstdio>
@@ -29,16 +28,16 @@ constexpr double kSameMoment = 1e-6;
 /// all when the clip is over by then.
 class MomentSearch {
 public:
-    MomentSearch(FrameOptions const& options, AnnotatedClip& clip) : options_(options), clip_(clip) {}
+    MomentSearch(FrameOptions const& options, clip::AnnotatedClip& clip) : options_(options), clip_(clip) {}
 
-    ClipFrame find()
+    clip::ClipFrame find()
     {
         // The pictures before are shown to the plugin too, for what it holds from one to the next; texts
         // that are only recorded cost nothing.
         imaging::recordTexts(clip_.painter(), [](imaging::DrawnText const&) {});
-        std::optional<ClipFrame> shown;
+        std::optional<clip::ClipFrame> shown;
         double first = 0.0;
-        while (std::optional<ClipFrame> frame = clip_.next()) {
+        while (std::optional<clip::ClipFrame> frame = clip_.next()) {
             if (!shown) {
                 first = frame->seconds;
             } else if (frame->seconds - first > options_.atSeconds + kSameMoment) {
@@ -52,10 +51,10 @@ public:
     }
 
 private:
-    ClipFrame atTheEnd_(std::optional<ClipFrame> last, double first) const
+    clip::ClipFrame atTheEnd_(std::optional<clip::ClipFrame> last, double first) const
     {
         if (!last) {
-            throw noPictures(options_.input);
+            throw clip::noPictures(options_.input);
         }
         double const end = last->seconds - first + 1.0 / av_q2d(clip_.demuxer().frameRate());
         if (options_.atSeconds >= end) {
@@ -66,7 +65,7 @@ private:
     }
 
     FrameOptions const& options_;
-    AnnotatedClip& clip_;
+    clip::AnnotatedClip& clip_;
 };
 
 }  // namespace
@@ -75,14 +74,12 @@ void runFrame(FrameOptions const& options)
 {
     refuseToReplace(options.output, options.input, options.config, options.telemetry);
     ConfigFile const config = readConfig(options.config);
-    AnnotatedClip clip(options.input, options.telemetry, config.text);
-    ClipFrame const frame = MomentSearch(options, clip).find();
+    clip::AnnotatedClip clip(options.input, options.telemetry, config.text);
+    clip::ClipFrame const frame = MomentSearch(options, clip).find();
     imaging::recordTexts(clip.painter(), nullptr);
     auto const picture = clip.annotate(frame);
     media::writePng(options.output, imaging::planesOf(*picture), clip.traits().color);
-    for (std::string const& remark : clip.remarks()) {
-        note(remark);
-    }
+    noteAll(clip.remarks());
 }
 
 }  // namespace cli

@@ -1,6 +1,8 @@
 // JSON output of the commands. The framework's own writer rounds doubles to six decimals, which is right
 // for configurations and too coarse for telemetry.
-#include "json_line.h"
+#include "cli/json_line.h"
+
+#include "sw_utf8.h"
 
 #include <array>
 #include <charconv>
@@ -9,30 +11,6 @@
 
 namespace cli {
 namespace {
-
-/// The length of the UTF-8 sequence that begins `text`, 0 when it is not well formed (RFC 3629).
-std::size_t utf8Length(std::string_view text)
-{
-    auto const byte = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
-    unsigned char const lead = byte(0);
-    if (lead < 0x80) {
-        return 1;
-    }
-    std::size_t const length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
-        return 0;
-    }
-    for (std::size_t index = 1; index < length; ++index) {
-        if ((byte(index) & 0xC0U) != 0x80) {
-            return 0;
-        }
-    }
-    // Longer forms than needed, surrogates and numbers beyond the last code point.
-    unsigned char const second = byte(1);
-    bool const refused = (lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
-                         (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F);
-    return refused ? 0 : length;
-}
 
 void appendScalar(std::string& line, SwJsonValue const& value)
 {
@@ -87,20 +65,8 @@ SwJsonValue const* stepInto(std::string& line, OpenContainer& open)
 
 void appendJsonString(std::string& line, std::string_view text)
 {
-    std::string clean;
-    clean.reserve(text.size());
-    while (!text.empty()) {
-        std::size_t const length = utf8Length(text);
-        if (length == 0) {
-            clean += "\xEF\xBF\xBD";
-            text.remove_prefix(1);
-        } else {
-            clean += text.substr(0, length);
-            text.remove_prefix(length);
-        }
-    }
     line += '"';
-    line += SwJsonValue::escapeString(clean);
+    line += SwJsonValue::escapeString(sw_utf8::valid(text));
     line += '"';
 }
 

@@ -1,9 +1,9 @@
 // keys: one JSON line per telemetry packet.
-#include "commands.h"
-#include "json_line.h"
-#include "messages.h"
-#include "standard_output.h"
-#include "telemetry_source.h"
+#include "cli/commands.h"
+#include "cli/json_line.h"
+#include "cli/messages.h"
+#include "cli/standard_output.h"
+#include "clip/telemetry_source.h"
 
 #include <cstdint>
 
@@ -12,8 +12,8 @@ namespace cli {
 void runKeys(KeysOptions const& options)
 {
     std::uint64_t number = 0;
-    TelemetrySummary const summary =
-        forEachPacket(options.input, options.telemetry, [&number](telemetry::Packet const& packet) {
+    clip::TelemetrySummary const summary =
+        clip::forEachPacket(options.input, options.telemetry, [&number](telemetry::Packet const& packet) {
             std::string line = "{\"packet\": " + std::to_string(number++) + ", \"pts\": ";
             if (packet.timeSeconds) {
                 appendJsonNumber(line, *packet.timeSeconds);
@@ -27,10 +27,7 @@ void runKeys(KeysOptions const& options)
             writeLine(line + "}");
         });
     flushOutput();
-    for (std::string const& remark :
-         telemetryRemarks(options.telemetry.empty() ? options.input : options.telemetry, summary)) {
-        note(remark);
-    }
+    noteAll(clip::telemetryRemarks(options.telemetry.empty() ? options.input : options.telemetry, summary));
 }
 
 }  // namespace cli

@@ -1,14 +1,13 @@
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
 // code (0 done, 1 input or configuration unusable, 2 wrong usage).
-#include "commands.h"
-#include "messages.h"
-#include "silent_cerr.h"
-
-#include "encoder.h"
-#include "ffmpeg_types.h"
-#include "interrupt.h"
-
 #include "SwAny.h"
+#include "check/number_text.h"
+#include "cli/commands.h"
+#include "cli/messages.h"
+#include "cli/silent_cerr.h"
+#include "media/encoder.h"
+#include "media/ffmpeg_types.h"
+#include "media/interrupt.h"
 
 #include <CLI/CLI.hpp>
 
@@ -32,13 +31,6 @@ constexpr int kUsage = 2;
 /// What the chosen command will do.
 using Action = std::function<void()>;
 
-std::string numberText(double number)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.15g", number);
-    return text.data();
-}
-
 /// "2500000", "2500k" or "2.5M" in bits per second.
 std::int64_t parseBitRate(std::string const& text)
 {
@@ -56,7 +48,8 @@ std::int64_t parseBitRate(std::string const& text)
 void requireWithin(char const* option, double value, double least, double most)
 {
     if (!(value >= least && value <= most)) {
-        throw WrongUsage(std::string(option) + ": give a number from " + numberText(least) + " to " + numberText(most));
+        throw WrongUsage(std::string(option) + ": give a number from " + check::numberText(least) + " to " +
+                         check::numberText(most));
     }
 }
 
@@ -95,15 +88,17 @@ void addBurn(CLI::App& app, Action& action)
         ->required()
         ->type_name("OUTPUT");
     addTelemetry(*command, options->telemetry);
-    command->add_option("--video-codec", options->videoCodec, "encoder, for example libx264 or ffv1")
+    command->add_option("--video-codec", options->encoding.codecName, "encoder, for example libx264 or ffv1")
         ->type_name("NAME");
     auto* const rate = command->add_option("--bitrate", *bitRate, "bits per second, for example 4M")->type_name("N");
-    command->add_option("--crf", options->crf, "constant quality, lower is better")->type_name("N")->excludes(rate);
+    command->add_option("--crf", options->encoding.crf, "constant quality, lower is better")
+        ->type_name("N")
+        ->excludes(rate);
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     command->callback([&action, options, bitRate] {
         action = [options, bitRate] {
             if (!bitRate->empty()) {
-                options->bitRate = parseBitRate(*bitRate);
+                options->encoding.bitRate = parseBitRate(*bitRate);
             }
             runBurn(*options);
         };

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace cli {
 
@@ -18,5 +19,7 @@ struct ReaderGone : std::runtime_error {
 
 /// Writes "stanag-overlay: " and the text as one line.
 void note(std::string const& text);
+/// note() for each remark.
+void noteAll(std::vector<std::string> const& remarks);
 
 }  // namespace cli

@@ -1,7 +1,7 @@
-// Outputs that would replace an input; see the header.
-#include "output_check.h"
+// Outputs that would replace an input, whatever the names by which both are given.
+#include "cli/output_check.h"
 
-#include "output_file.h"
+#include "media/output_file.h"
 
 #include <filesystem>
 #include <stdexcept>

@@ -1,13 +1,12 @@
 // sample: a made flight as a transport stream with telemetry, for trying things out and for tests.
-#include "commands.h"
-#include "flight_model.h"
-#include "messages.h"
-
-#include "encoder.h"
-#include "imaging_access.h"
-#include "interrupt.h"
-#include "muxer.h"
-#include "telemetry.h"
+#include "cli/commands.h"
+#include "cli/messages.h"
+#include "flight/flight_model.h"
+#include "imaging/imaging_access.h"
+#include "media/encoder.h"
+#include "media/interrupt.h"
+#include "media/muxer.h"
+#include "telemetry/telemetry.h"
 
 #include <cmath>
 #include <cstring>
@@ -38,9 +37,9 @@ media::PacketPtr klvPacket(std::vector<std::uint8_t> const& bytes, std::int64_t 
 media::EncoderSettings settingsFor(SampleOptions const& options)
 {
     media::EncoderSettings settings;
-    settings.codecName = options.videoCodec;
-    settings.width = options.width;
-    settings.height = options.height;
+    settings.choice.codecName = options.videoCodec;
+    settings.picture.width = options.width;
+    settings.picture.height = options.height;
     settings.frameRate = av_d2q(options.framesPerSecond, 100000);
     settings.timeBase = kClock;
     return settings;

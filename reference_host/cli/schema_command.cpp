@@ -1,10 +1,9 @@
 // schema: the plugin's description of its configuration, with a clip's telemetry keys in it.
-#include "commands.h"
-#include "messages.h"
-#include "standard_output.h"
-#include "telemetry_source.h"
-
-#include "frame_renderer.h"
+#include "cli/commands.h"
+#include "cli/messages.h"
+#include "cli/standard_output.h"
+#include "clip/telemetry_source.h"
+#include "frame/frame_renderer.h"
 
 #include <memory>
 #include <utility>
@@ -31,14 +30,12 @@ void runSchema(std::string const& input)
     frame::FrameRenderer renderer;
     if (!input.empty()) {
         SwJsonObject keys;
-        TelemetrySummary const summary = forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
+        clip::TelemetrySummary const summary = clip::forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
             for (auto const& [key, value] : packet.payload) {
                 keys.insertOrAssign(key, value);
             }
         });
-        for (std::string const& remark : telemetryRemarks(input, summary)) {
-            note(remark);
-        }
+        noteAll(clip::telemetryRemarks(input, summary));
         showKeys(renderer, std::move(keys));
     }
     writeLine(renderer.plugin().getConfigList());

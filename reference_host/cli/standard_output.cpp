@@ -1,7 +1,7 @@
 // Checked writing to standard output: a result that is cut short must not look like a success.
-#include "standard_output.h"
+#include "cli/standard_output.h"
 
-#include "messages.h"
+#include "cli/messages.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,17 +1,16 @@
 // text: what would be drawn on each picture, as JSON lines; nothing is encoded.
-#include "annotated_clip.h"
-#include "commands.h"
-#include "config_file.h"
-#include "json_line.h"
-#include "messages.h"
-#include "standard_output.h"
-
-#include "imaging_access.h"
+#include "cli/commands.h"
+#include "cli/config_file.h"
+#include "cli/json_line.h"
+#include "cli/messages.h"
+#include "cli/standard_output.h"
+#include "clip/annotated_clip.h"
+#include "imaging/imaging_access.h"
 
 namespace cli {
 namespace {
 
-std::string textLine(ClipFrame const& frame, std::vector<imaging::DrawnText> const& draws)
+std::string textLine(clip::ClipFrame const& frame, std::vector<imaging::DrawnText> const& draws)
 {
     std::string line = "{\"frame\": " + std::to_string(frame.number) + ", \"pts\": ";
     appendJsonNumber(line, frame.seconds);
@@ -33,23 +32,21 @@ std::string textLine(ClipFrame const& frame, std::vector<imaging::DrawnText> con
 void runText(TextOptions const& options)
 {
     ConfigFile const config = readConfig(options.config);
-    AnnotatedClip clip(options.input, options.telemetry, config.text);
+    clip::AnnotatedClip clip(options.input, options.telemetry, config.text);
     std::vector<imaging::DrawnText> draws;
     imaging::recordTexts(clip.painter(), [&draws](imaging::DrawnText const& text) { draws.push_back(text); });
     bool any = false;
-    while (std::optional<ClipFrame> const frame = clip.next()) {
+    while (std::optional<clip::ClipFrame> const frame = clip.next()) {
         draws.clear();
         clip.annotate(*frame);
         writeLine(textLine(*frame, draws));
         any = true;
     }
     if (!any) {
-        throw noPictures(options.input);
+        throw clip::noPictures(options.input);
     }
     flushOutput();
-    for (std::string const& remark : clip.remarks()) {
-        note(remark);
-    }
+    noteAll(clip.remarks());
 }
 
 }  // namespace cli

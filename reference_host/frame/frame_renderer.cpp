@@ -1,10 +1,9 @@
-// One frame through the plugin; see the header.
-#include "frame_renderer.h"
-
-#include "imaging_access.h"
+// One frame through the plugin: context, telemetry as inputs, picture, painter.
+#include "frame/frame_renderer.h"
 
 #include "RenderContext.h"
 #include "SwAny.h"
+#include "imaging/imaging_access.h"
 
 #include <stdexcept>
 

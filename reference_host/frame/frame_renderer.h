@@ -1,13 +1,12 @@
 // The host's side of a frame: builds the render context, calls the plugin, gives back the picture.
 #pragma once
 
-#include "mapped_backend.h"
-#include "plugin_loader.h"
-#include "telemetry_timeline.h"
-
 #include "IRenderPlugin.h"
 #include "Painter.h"
 #include "Picture.h"
+#include "frame/mapped_backend.h"
+#include "frame/plugin_loader.h"
+#include "frame/telemetry_timeline.h"
 
 #include <cstdint>
 #include <memory>

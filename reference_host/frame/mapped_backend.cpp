@@ -1,7 +1,7 @@
-// Mapping of render targets for the plugin; see the header.
-#include "mapped_backend.h"
+// Mapping of render targets for the plugin: the planes of our own pictures.
+#include "frame/mapped_backend.h"
 
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 namespace frame {
 

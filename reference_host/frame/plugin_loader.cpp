@@ -1,5 +1,5 @@
 // Loading of the plugin through class_loader, as any host does it.
-#include "plugin_loader.h"
+#include "frame/plugin_loader.h"
 
 #include <class_loader/class_loader.hpp>
 #include <console_bridge/console.h>

@@ -1,5 +1,5 @@
-// The association of telemetry and pictures by presentation time; see the header.
-#include "telemetry_timeline.h"
+// The association of telemetry and pictures by presentation time.
+#include "frame/telemetry_timeline.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 // Finds the runs of a line by FriBidi; only lines with letters beyond the left-to-right alphabets come here.
-#include "bidi.h"
+#include "imaging/bidi.h"
 
-#include "utf8.h"
+#include "sw_utf8.h"
 
 #include <fribidi.h>
 
@@ -32,7 +32,7 @@ Decoded decode(std::string_view line)
 {
     Decoded decoded;
     for (std::size_t at = 0; at < line.size();) {
-        auto const next = codePointAt(line, at);
+        auto const next = sw_utf8::codePointAt(line, at);
         decoded.codePoints.push_back(next.value);
         decoded.offsets.push_back(at);
         at += next.bytes;
@@ -68,7 +68,8 @@ void reorder(std::vector<DirectedRun>& runs, std::vector<FriBidiLevel>& levels)
 bool mayReadRightToLeft(std::string_view line)
 {
     for (std::size_t i = 0; i < line.size(); ++i) {
-        if (static_cast<std::uint8_t>(line[i]) >= kFirstRightToLeftLead && isRightToLeft(codePointAt(line, i).value)) {
+        if (static_cast<std::uint8_t>(line[i]) >= kFirstRightToLeftLead &&
+            isRightToLeft(sw_utf8::codePointAt(line, i).value)) {
             return true;
         }
     }

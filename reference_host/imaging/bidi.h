@@ -1,8 +1,8 @@
 // The order in which the parts of a line with right-to-left letters stand.
 #pragma once
 
-#include "lru_cache.h"
-#include "shaper.h"
+#include "imaging/lru_cache.h"
+#include "imaging/shaper.h"
 
 #include <cstddef>
 #include <string>

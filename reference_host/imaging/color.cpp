@@ -1,5 +1,5 @@
 // RGB to YCbCr after ITU-R BT.601 and BT.709; used once for each draw.
-#include "color.h"
+#include "imaging/color.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // Pen colours as the luma and chroma of a picture.
 #pragma once
 
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <cstdint>
 

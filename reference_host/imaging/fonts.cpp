@@ -1,5 +1,5 @@
 // Opens fonts and finds the one for a character; between the shaper and the font files.
-#include "fonts.h"
+#include "imaging/fonts.h"
 
 #include <hb-ot.h>
 

@@ -1,8 +1,8 @@
 // Rasterised glyphs, kept by font, glyph, size, pen thickness and position between pixels.
 #pragma once
 
-#include "glyph_raster.h"
-#include "lru_cache.h"
+#include "imaging/glyph_raster.h"
+#include "imaging/lru_cache.h"
 
 namespace imaging {
 

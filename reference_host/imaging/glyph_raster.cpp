@@ -1,8 +1,8 @@
 // Loads and fills a glyph's outline with FreeType and strokes it; the glyph cache keeps what comes out.
-#include "glyph_raster.h"
+#include "imaging/glyph_raster.h"
 
-#include "outline_distance.h"
-#include "shaper.h"
+#include "imaging/outline_distance.h"
+#include "imaging/shaper.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H

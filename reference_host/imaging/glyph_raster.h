@@ -1,7 +1,7 @@
 // One glyph's outline as coverage.
 #pragma once
 
-#include "fonts.h"
+#include "imaging/fonts.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Composes the coverage of lines from their glyphs; between the text renderer and the pixel loops.
-#include "line_composer.h"
+#include "imaging/line_composer.h"
 
 #include <algorithm>
 

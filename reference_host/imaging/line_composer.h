@@ -1,9 +1,9 @@
 // Lines as one coverage picture: glyphs laid over each other, and the chroma coverage that follows.
 #pragma once
 
-#include "geometry.h"
-#include "nv12_blend.h"
-#include "typesetter.h"
+#include "imaging/geometry.h"
+#include "imaging/nv12_blend.h"
+#include "imaging/typesetter.h"
 
 #include <cstddef>
 #include <cstdint>

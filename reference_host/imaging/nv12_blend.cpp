@@ -3,10 +3,10 @@
 //
 // Bytes are never widened: a 16-bit lane holds two neighbouring bytes, and the lower and the upper byte are
 // computed each in the whole lane.
-#include "nv12_blend.h"
+#include "imaging/nv12_blend.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "nv12_blend.cpp"
+#define HWY_TARGET_INCLUDE "imaging/nv12_blend.cpp"
 #include <hwy/foreach_target.h>
 
 #include <hwy/highway.h>

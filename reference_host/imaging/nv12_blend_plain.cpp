@@ -1,5 +1,5 @@
 // The pixel loops as they are defined; the vector forms in nv12_blend.cpp are tested against these.
-#include "nv12_blend.h"
+#include "imaging/nv12_blend.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Flattens an outline and measures the pixels around each of its segments; used to stroke glyphs.
-#include "outline_distance.h"
+#include "imaging/outline_distance.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 // The painter as plugins and hosts see it: the pen, checks on what comes in, and the way to the renderers.
 #include "Painter.h"
 
-#include "color.h"
-#include "imaging_access.h"
-#include "painter_impl.h"
+#include "imaging/color.h"
+#include "imaging/imaging_access.h"
+#include "imaging/painter_impl.h"
 
 #include <algorithm>
 #include <optional>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Painter.h"
-#include "imaging_access.h"
-#include "rounded_box.h"
-#include "text_renderer.h"
+#include "imaging/imaging_access.h"
+#include "imaging/rounded_box.h"
+#include "imaging/text_renderer.h"
 
 struct Painter::Impl {
     Pen pen;

@@ -1,8 +1,8 @@
 // The host's picture: NV12 planes in memory with padded rows, and the render target through which a backend
 // reaches them.
 #include "Picture.h"
-#include "imaging_access.h"
-#include "picture_impl.h"
+#include "imaging/imaging_access.h"
+#include "imaging/picture_impl.h"
 
 #include <cstring>
 #include <limits>

@@ -1,6 +1,6 @@
 // Memory of pictures. A full-HD picture covers some 800 ordinary pages, and a block of text touches a new one on nearly
 // every row: more than the processor remembers the places of. In huge pages it is two.
-#include "picture_impl.h"
+#include "imaging/picture_impl.h"
 
 #include <new>
 #include <sys/mman.h>

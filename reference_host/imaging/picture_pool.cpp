@@ -1,6 +1,6 @@
 // The pool: pictures that were let go are kept on a shelf and handed out again for the same size.
-#include "imaging_access.h"
-#include "picture_impl.h"
+#include "imaging/imaging_access.h"
+#include "imaging/picture_impl.h"
 
 #include <algorithm>
 #include <cstring>

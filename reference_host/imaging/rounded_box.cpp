@@ -1,5 +1,5 @@
 // Draws background boxes: the straight inside as rectangles, corners and odd edges by coverage.
-#include "rounded_box.h"
+#include "imaging/rounded_box.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Picture.h"
-#include "color.h"
-#include "geometry.h"
-#include "nv12_blend.h"
+#include "imaging/color.h"
+#include "imaging/geometry.h"
+#include "imaging/nv12_blend.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,7 +1,7 @@
 // Splits a word by font and script and lets HarfBuzz shape each part; between the typesetter and the fonts.
-#include "shaper.h"
+#include "imaging/shaper.h"
 
-#include "utf8.h"
+#include "sw_utf8.h"
 
 #include <functional>
 #include <utility>
@@ -78,7 +78,7 @@ ShapedWord Shaper::shapeNow(std::string_view word, Direction direction)
 {
     codePoints_.clear();
     for (std::size_t at = 0; at < word.size();) {
-        auto const next = codePointAt(word, at);
+        auto const next = sw_utf8::codePointAt(word, at);
         codePoints_.push_back(next.value);
         at += next.bytes;
     }

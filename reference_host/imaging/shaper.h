@@ -1,8 +1,8 @@
 // Shaping: words to positioned glyphs, remembered by word.
 #pragma once
 
-#include "fonts.h"
-#include "lru_cache.h"
+#include "imaging/fonts.h"
+#include "imaging/lru_cache.h"
 
 #include <array>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Lays texts out line by line and draws them through the line cache; the painter's texts end up here.
-#include "text_renderer.h"
+#include "imaging/text_renderer.h"
 
 #include <algorithm>
 #include <functional>

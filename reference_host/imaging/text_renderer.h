@@ -1,14 +1,14 @@
 // Texts of one or more lines: measured, drawn, and remembered as long as they stay the same.
 #pragma once
 
-#include "color.h"
-#include "fonts.h"
-#include "geometry.h"
-#include "glyph_cache.h"
-#include "line_composer.h"
-#include "lru_cache.h"
-#include "shaper.h"
-#include "typesetter.h"
+#include "imaging/color.h"
+#include "imaging/fonts.h"
+#include "imaging/geometry.h"
+#include "imaging/glyph_cache.h"
+#include "imaging/line_composer.h"
+#include "imaging/lru_cache.h"
+#include "imaging/shaper.h"
+#include "imaging/typesetter.h"
 
 #include <array>
 #include <cstdint>

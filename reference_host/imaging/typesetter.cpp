@@ -1,7 +1,7 @@
 // Cuts a line into words and places their glyphs; between the text renderer and the shaper.
-#include "typesetter.h"
+#include "imaging/typesetter.h"
 
-#include "utf8.h"
+#include "sw_utf8.h"
 
 namespace imaging {
 namespace {
@@ -26,20 +26,20 @@ bool isExtension(std::string_view text, std::size_t offset)
     // No mark has a lead byte below that of U+0300.
     constexpr std::uint8_t kFirstMarkLead = 0xCC;
     return offset < text.size() && static_cast<std::uint8_t>(text[offset]) >= kFirstMarkLead &&
-           extendsCluster(codePointAt(text, offset).value);
+           extendsCluster(sw_utf8::codePointAt(text, offset).value);
 }
 
 /// Bytes of the word that `text` begins with: one character that stands alone, or all up to the next such one.
 std::size_t wordLength(std::string_view text)
 {
-    std::size_t end = codePointAt(text, 0).bytes;
+    std::size_t end = sw_utf8::codePointAt(text, 0).bytes;
     bool const alone = standsAlone(text[0]) && !isExtension(text, end);
     while (!alone && end < text.size()) {
         bool const extension = isExtension(text, end);
         if (standsAlone(text[end]) && !isExtension(text, end + 1)) {
             break;
         }
-        std::size_t const next = end + codePointAt(text, end).bytes;
+        std::size_t const next = end + sw_utf8::codePointAt(text, end).bytes;
         if (next > (extension ? kLongestCluster : kLongestWord)) {
             break;
         }

@@ -1,10 +1,10 @@
 // Setting one line: text to glyphs at pixel positions.
 #pragma once
 
-#include "bidi.h"
-#include "geometry.h"
-#include "glyph_cache.h"
-#include "shaper.h"
+#include "imaging/bidi.h"
+#include "imaging/geometry.h"
+#include "imaging/glyph_cache.h"
+#include "imaging/shaper.h"
 
 #include <cstdint>
 #include <string_view>

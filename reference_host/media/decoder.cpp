@@ -1,5 +1,5 @@
 // Decoding; between frame reader and NV12 conversion.
-#include "decoder.h"
+#include "media/decoder.h"
 
 #include <new>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // Turns compressed video packets into pictures; damaged packets are counted and passed over.
 #pragma once
 
-#include "ffmpeg_types.h"
+#include "media/ffmpeg_types.h"
 
 #include <cstdint>
 #include <string>

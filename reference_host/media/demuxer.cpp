@@ -1,7 +1,7 @@
-// Opening inputs and naming the role of each stream; see the header.
-#include "demuxer.h"
+// Opening inputs and naming the role of each stream; the first step of a clip.
+#include "media/demuxer.h"
 
-#include "interrupt.h"
+#include "media/interrupt.h"
 
 extern "C" {
 #include <libavutil/mem.h>

@@ -2,7 +2,7 @@
 // First step of the flow: demuxer -> frame reader -> decoder -> NV12.
 #pragma once
 
-#include "ffmpeg_types.h"
+#include "media/ffmpeg_types.h"
 
 #include <cstddef>
 #include <cstdint>

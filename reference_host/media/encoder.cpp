@@ -1,5 +1,5 @@
 // Encoding; between annotated picture and muxer.
-#include "encoder.h"
+#include "media/encoder.h"
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -86,16 +86,16 @@ void setQuality(AVCodecContext& context, AVCodec const& codec, EncoderSettings c
     if (hasOption(codec, "preset") && std::strcmp(codec.name, "libx264") == 0) {
         av_opt_set(context.priv_data, "preset", "veryfast", 0);
     }
-    if (settings.crf) {
+    if (settings.choice.crf) {
         if (!hasOption(codec, "crf")) {
             throw UnknownChoice(std::string("--crf: ") + codec.name + " has no constant quality; use --bitrate");
         }
-        std::string const value = std::to_string(*settings.crf);
+        std::string const value = std::to_string(*settings.choice.crf);
         if (av_opt_set(context.priv_data, "crf", value.c_str(), 0) < 0) {
             throw UnknownChoice("--crf " + value + ": " + codec.name + " does not take this; try 20");
         }
-    } else if (settings.bitRate) {
-        context.bit_rate = *settings.bitRate;
+    } else if (settings.choice.bitRate) {
+        context.bit_rate = *settings.choice.bitRate;
     } else if (hasOption(codec, "crf")) {
         av_opt_set(context.priv_data, "crf", kDefaultCrf, 0);
         context.bit_rate = 0;
@@ -153,17 +153,17 @@ Encoder::Encoder(EncoderSettings const& settings, AVOutputFormat const& containe
     : settings_(settings)
     , packet_(makePacket())
 {
-    AVCodec const& codec = chooseCodec(settings.codecName, container);
-    bool const odd = settings.width % 2 != 0 || settings.height % 2 != 0;
+    AVCodec const& codec = chooseCodec(settings.choice.codecName, container);
+    bool const odd = settings.picture.width % 2 != 0 || settings.picture.height % 2 != 0;
     try {
-        open_(codec, container, settings.width, settings.height);
+        open_(codec, container, settings.picture.width, settings.picture.height);
     } catch (UnknownChoice const&) {
         throw;
     } catch (std::runtime_error const&) {
         if (!odd) {
             throw;
         }
-        open_(codec, container, evenUp(settings.width), evenUp(settings.height));
+        open_(codec, container, evenUp(settings.picture.width), evenUp(settings.picture.height));
         extended_ = true;
     }
 }
@@ -180,17 +180,17 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     context.pix_fmt = choosePixelFormat(codec);
     context.framerate = settings_.frameRate;
     context.time_base = countsFrames(codec.id) ? av_inv_q(settings_.frameRate) : settings_.timeBase;
-    context.sample_aspect_ratio = settings_.sampleAspect;
-    context.color_range = settings_.color.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
-    context.colorspace = settings_.colorSpace;
-    context.color_primaries = settings_.primaries;
-    context.color_trc = settings_.transfer;
-    context.chroma_sample_location = settings_.chromaLocation;
+    context.sample_aspect_ratio = settings_.picture.sampleAspect;
+    context.color_range = settings_.picture.color.fullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+    context.colorspace = settings_.picture.colorSpace;
+    context.color_primaries = settings_.picture.primaries;
+    context.color_trc = settings_.picture.transfer;
+    context.chroma_sample_location = settings_.picture.chromaLocation;
     context.thread_count = 0;  // as many as there are processors
     context.strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
-    if (settings_.interlaced) {
+    if (settings_.picture.interlaced) {
         context.flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
-        context.field_order = settings_.topFieldFirst ? AV_FIELD_TT : AV_FIELD_BB;
+        context.field_order = settings_.picture.topFieldFirst ? AV_FIELD_TT : AV_FIELD_BB;
     }
     if ((container.flags & AVFMT_GLOBALHEADER) != 0) {
         context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
@@ -209,7 +209,7 @@ FramePtr Encoder::makeInput_(MappedNV12 const& planes)
     AVCodecContext const& context = *context_;
     if (!extended_ && context.pix_fmt != AV_PIX_FMT_NV12) {
         FramePtr frame = makePlanes(context.pix_fmt, context.width, context.height);
-        converter_.fromNv12(planes, *frame, settings_.color);
+        converter_.fromNv12(planes, *frame, settings_.picture.color);
         return frame;
     }
     FramePtr frame = makePlanes(AV_PIX_FMT_NV12, context.width, context.height);
@@ -226,7 +226,7 @@ FramePtr Encoder::makeInput_(MappedNV12 const& planes)
     MappedNV12 const even{frame->data[0], frame->data[1],     context.width,
                           context.height, frame->linesize[0], frame->linesize[1]};
     FramePtr converted = makePlanes(context.pix_fmt, context.width, context.height);
-    converter_.fromNv12(even, *converted, settings_.color);
+    converter_.fromNv12(even, *converted, settings_.picture.color);
     return converted;
 }
 
@@ -245,8 +245,8 @@ void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink co
     frame->color_range = context_->color_range;
     frame->colorspace = context_->colorspace;
     frame->quality = context_->global_quality;
-    frame->interlaced_frame = settings_.interlaced ? 1 : 0;
-    frame->top_field_first = settings_.topFieldFirst ? 1 : 0;
+    frame->interlaced_frame = settings_.picture.interlaced ? 1 : 0;
+    frame->top_field_first = settings_.picture.topFieldFirst ? 1 : 0;
     int const result = avcodec_send_frame(context_.get(), frame.get());
     if (result < 0) {
         throw std::runtime_error(std::string(context_->codec->name) + " cannot encode: " + errorText(result) +

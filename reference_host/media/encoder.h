@@ -2,8 +2,9 @@
 #pragma once
 
 #include "Picture.h"
-#include "ffmpeg_types.h"
-#include "frame_converter.h"
+#include "media/ffmpeg_types.h"
+#include "media/frame_converter.h"
+#include "media/picture_traits.h"
 
 #include <cstdint>
 #include <functional>
@@ -19,22 +20,18 @@ struct UnknownChoice : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-struct EncoderSettings {
+/// What somebody may choose; without a bit rate and a quality the encoder works near-transparently.
+struct EncoderChoice {
     std::string codecName;                ///< an encoder's name; empty: the best one for the container
     std::optional<std::int64_t> bitRate;  ///< bits per second
     std::optional<double> crf;            ///< constant quality, the encoder's own scale
-    int width = 0;
-    int height = 0;
+};
+
+struct EncoderSettings {
+    EncoderChoice choice;
+    PictureTraits picture;
     AVRational frameRate{25, 1};
     AVRational timeBase{1, 90000};  ///< of the times passed to encode()
-    AVRational sampleAspect{0, 1};
-    ColorFormat color;
-    AVColorSpace colorSpace = AVCOL_SPC_UNSPECIFIED;
-    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
-    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
-    AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
-    bool interlaced = false;
-    bool topFieldFirst = false;
 };
 
 class Encoder {

@@ -1,5 +1,5 @@
 // Small helpers around the FFmpeg libraries' handles; used by every unit of this folder.
-#include "ffmpeg_types.h"
+#include "media/ffmpeg_types.h"
 
 extern "C" {
 #include <libavutil/error.h>

@@ -1,5 +1,5 @@
 // Pixel format conversion by libswscale; between decoder and picture, and between picture and encoder.
-#include "frame_converter.h"
+#include "media/frame_converter.h"
 
 extern "C" {
 #include <libavutil/imgutils.h>

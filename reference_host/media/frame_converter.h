@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Picture.h"
-#include "ffmpeg_types.h"
+#include "media/ffmpeg_types.h"
 
 namespace media {
 

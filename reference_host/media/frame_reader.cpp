@@ -1,8 +1,8 @@
 // The reading loop: packets in stream order in, pictures in presentation order out. Compressed packets
 // wait here, not pictures, so that reading ahead costs little memory.
-#include "frame_reader.h"
+#include "media/frame_reader.h"
 
-#include "interrupt.h"
+#include "media/interrupt.h"
 
 #include <cmath>
 #include <iterator>

@@ -2,9 +2,9 @@
 // after its picture is there in time. Between demuxer and the commands.
 #pragma once
 
-#include "decoder.h"
-#include "demuxer.h"
-#include "timeline.h"
+#include "media/decoder.h"
+#include "media/demuxer.h"
+#include "media/timeline.h"
 
 #include <cstdint>
 #include <deque>

@@ -1,5 +1,5 @@
 // The signal handler behind interrupted(); reading, decoding and writing end early when it is set.
-#include "interrupt.h"
+#include "media/interrupt.h"
 
 #include <csignal>
 #include <signal.h>

@@ -1,8 +1,8 @@
-// Container writing with the atomic output file; see the header.
-#include "muxer.h"
+// Container writing with the atomic output file; the last step of a clip.
+#include "media/muxer.h"
 
-#include "encoder.h"
-#include "interrupt.h"
+#include "media/encoder.h"
+#include "media/interrupt.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,8 +1,8 @@
 // Writes the encoded video with the copied telemetry and sound into a container. Last step of the flow.
 #pragma once
 
-#include "ffmpeg_types.h"
-#include "output_file.h"
+#include "media/ffmpeg_types.h"
+#include "media/output_file.h"
 
 #include <memory>
 #include <optional>

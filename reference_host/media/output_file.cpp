@@ -1,5 +1,5 @@
 // Atomic output; the muxer and the PNG writer write through it.
-#include "output_file.h"
+#include "media/output_file.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // PNG output through libpng; used by the command that makes one annotated picture.
-#include "png_writer.h"
+#include "media/png_writer.h"
 
-#include "output_file.h"
+#include "media/output_file.h"
 
 #include <cerrno>
 #include <cstdio>

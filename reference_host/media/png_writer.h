@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Picture.h"
-#include "frame_converter.h"
+#include "media/frame_converter.h"
 
 #include <string>
 

@@ -1,5 +1,5 @@
 // The progress line of long work; written a few times a second, never into files and pipes.
-#include "progress.h"
+#include "media/progress.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 // Mends clock jumps and gives untimed telemetry its place; used by the frame reader.
-#include "timeline.h"
+#include "media/timeline.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 // joined together, a sender that restarted), and telemetry may come without any time.
 #pragma once
 
-#include "ffmpeg_types.h"
+#include "media/ffmpeg_types.h"
 
 #include <cstdint>
 #include <optional>

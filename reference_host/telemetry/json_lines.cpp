@@ -1,5 +1,5 @@
 // Telemetry from JSON Lines, the form people write by hand and other programs produce.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,6 +1,6 @@
 // Framing of KLV (SMPTE ST 336, MISB ST 0601): universal keys, BER lengths, BER-OID tags, checksum.
 // Feeds mapping.cpp; every access is bounded by the unit's span.
-#include "klv_reader.h"
+#include "telemetry/klv_reader.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,9 +1,9 @@
 // Payload keys to an ST 0601 packet: the mapping of mapping.cpp in the other direction. Used by the sample
 // command and by tests.
-#include "klv_reader.h"
-#include "st0601_table.h"
-#include "st0601_value.h"
-#include "telemetry.h"
+#include "telemetry/klv_reader.h"
+#include "telemetry/st0601_table.h"
+#include "telemetry/st0601_value.h"
+#include "telemetry/telemetry.h"
 
 #include <string_view>
 

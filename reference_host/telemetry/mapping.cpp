@@ -1,8 +1,8 @@
 // Items to payload: the table's rules, and the few keys that two tags share or one tag doubles.
-#include "mapping.h"
+#include "telemetry/mapping.h"
 
-#include "st0601_table.h"
-#include "st0601_value.h"
+#include "telemetry/st0601_table.h"
+#include "telemetry/st0601_value.h"
 
 #include <string>
 #include <string_view>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "SwJson.h"
-#include "klv_reader.h"
-#include "telemetry.h"
+#include "telemetry/klv_reader.h"
+#include "telemetry/telemetry.h"
 
 #include <optional>
 

@@ -1,5 +1,5 @@
 // The table of ST 0601 items. mapping.cpp and klv_writer.cpp walk it in opposite directions.
-#include "st0601_table.h"
+#include "telemetry/st0601_table.h"
 
 #include <algorithm>
 #include <iterator>

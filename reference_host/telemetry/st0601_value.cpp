@@ -1,7 +1,7 @@
 // Value rules of MISB ST 0601 and ST 1201, both ways. Stands between the table and the mapping.
-#include "st0601_value.h"
+#include "telemetry/st0601_value.h"
 
-#include "utf8_text.h"
+#include "sw_utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -233,7 +233,7 @@ SwJsonValue decodeValue(TableRow const& row, std::span<std::uint8_t const> data)
     }
     switch (row.rule) {
     case Rule::Text:
-        return validUtf8({reinterpret_cast<char const*>(data.data()), data.size()});
+        return sw_utf8::valid({reinterpret_cast<char const*>(data.data()), data.size()});
     case Rule::Imapb:
         return decodeImapb(row, data);
     case Rule::SignedCount:

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "SwJson.h"
-#include "st0601_table.h"
+#include "telemetry/st0601_table.h"
 
 #include <cstdint>
 #include <span>

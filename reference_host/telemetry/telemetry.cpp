@@ -1,8 +1,8 @@
 // The telemetry library's front: the decoder of stream units and the telemetry files.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
-#include "klv_reader.h"
-#include "mapping.h"
+#include "telemetry/klv_reader.h"
+#include "telemetry/mapping.h"
 
 #include <algorithm>
 #include <cctype>

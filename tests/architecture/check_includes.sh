@@ -1,6 +1,7 @@
 #!/bin/sh
 # Holds the arrows between the folders: framework <- host_api <- plugin, and framework, host_api <- reference
-# host. Reads the #include lines; a quoted header belongs to the folder in which it lies.
+# host, and those between the rooms of the reference host. Reads the #include lines; a quoted header belongs to
+# the folder in which it lies.
 #   check_includes.sh SOURCE_DIR
 set -eu
 cd "$1"
@@ -42,7 +43,35 @@ forbid "configuration, conditions and formats need no host" "$host_api|class_loa
 forbid "media and text libraries belong to the reference host" "$media" \
     $(files_of framework host_api stanag_overlay_plugin tests/framework tests/plugin tests/support)
 forbid "a folder is never reached by a relative path" '\.\./.*' \
-    $(files_of framework host_api stanag_overlay_plugin reference_host)
+    $(files_of framework host_api stanag_overlay_plugin reference_host tests)
+
+# Within the reference host an include names its room.
+if grep -nE "^[[:space:]]*#[[:space:]]*include[[:space:]]*\"($host)\"" $(files_of reference_host) /dev/null; then
+    echo "  ^ a header of the reference host is included with its room"
+    failures=1
+fi
+
+# room NAME USES...: of the reference host, files of room NAME include only the rooms that it uses and their own
+room() {
+    own_and_used=$(printf '%s/\n' "$@")
+    others=$(cd reference_host && ls -d */ | grep -vxF "$own_and_used" | paste -s -d '|')
+    [ -n "$others" ] || return 0
+    name=$1
+    shift
+    forbid "$name uses ${*:-no other room}" "($others)[^>\"]*" $(files_of "reference_host/$name")
+}
+
+room imaging
+room telemetry
+room media
+room flight
+room check
+room frame imaging
+room clip frame media telemetry imaging
+room cli clip frame check flight media telemetry imaging
+for folder in reference_host/*/; do
+    grep -q "^room $(basename "$folder")\b" "$0" || { echo "$folder: has no rule here"; failures=1; }
+done
 
 [ "$failures" -eq 0 ] && echo "all includes follow the arrows"
 exit "$failures"

@@ -9,11 +9,16 @@ good_tree() {
     rm -rf "$tree"
     mkdir -p "$tree/framework" "$tree/host_api" "$tree/stanag_overlay_plugin/src" "$tree/reference_host/media" \
         "$tree/tests/framework" "$tree/tests/plugin" "$tree/tests/support"
+    for room in imaging telemetry flight check frame clip cli; do
+        mkdir "$tree/reference_host/$room"
+        : >"$tree/reference_host/$room/$room.h"
+    done
     : >"$tree/framework/SwText.h"
     echo '#include "SwText.h"' >"$tree/host_api/Plugin.h"
     : >"$tree/stanag_overlay_plugin/src/stanag_overlay_config.h"
     printf '#include "Plugin.h"\n#include "SwText.h"\n' >"$tree/stanag_overlay_plugin/src/Overlay.cpp"
     printf '#include "Plugin.h"\n#include <libavformat/avformat.h>\n' >"$tree/reference_host/media/demuxer.h"
+    printf '#include "frame/frame.h"\n#include "media/demuxer.h"\n' >"$tree/reference_host/clip/clip.h"
 }
 
 # refused FILE INCLUDE
@@ -40,4 +45,16 @@ refused stanag_overlay_plugin/src/stanag_overlay_config.h '"Plugin.h"'
 refused stanag_overlay_plugin/src/stanag_overlay_config.h '<class_loader/class_loader.hpp>'
 refused reference_host/media/demuxer.h '"stanag_overlay_config.h"'
 refused tests/plugin/some_test.cpp '<CLI/CLI.hpp>'
+refused tests/plugin/some_test.cpp '"../support/text.h"'
+refused reference_host/clip/clip.h '"cli/cli.h"'
+refused reference_host/clip/clip.h '"check/check.h"'
+refused reference_host/clip/clip.h '"frame.h"'
+refused reference_host/check/check.h '"clip/clip.h"'
+refused reference_host/frame/frame.h '"media/demuxer.h"'
+refused reference_host/media/demuxer.h '"imaging/imaging.h"'
+mkdir "$tree/reference_host/attic"
+if "$check" "$tree" >/dev/null; then
+    echo "a room without a rule is found good"
+    exit 1
+fi
 echo "every forbidden include is found"

@@ -1,11 +1,11 @@
 // The whole way proved in the pixels: a made flight is burnt losslessly and decoded again. Text stands
 // where the configuration says, looks as the painter draws it, and nothing outside the boxes has changed.
-#include "../host/media/temp_folder.h"
 #include "clips.h"
 #include "run_program.h"
+#include "temp_folder.h"
 
 #include "Painter.h"
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 // Making and reading clips with the program's own media library.
 #include "clips.h"
 
-#include "demuxer.h"
-#include "encoder.h"
-#include "frame_converter.h"
-#include "frame_reader.h"
-#include "imaging_access.h"
-#include "muxer.h"
-#include "telemetry.h"
+#include "imaging/imaging_access.h"
+#include "media/demuxer.h"
+#include "media/encoder.h"
+#include "media/frame_converter.h"
+#include "media/frame_reader.h"
+#include "media/muxer.h"
+#include "telemetry/telemetry.h"
 
 extern "C" {
 #include <libavutil/channel_layout.h>
@@ -111,9 +111,9 @@ void makeClip(ClipSpec const& spec)
     media::quietLibraries();
     media::Muxer muxer(spec.path);
     media::EncoderSettings settings;
-    settings.codecName = spec.codec;
-    settings.width = spec.width;
-    settings.height = spec.height;
+    settings.choice.codecName = spec.codec;
+    settings.picture.width = spec.width;
+    settings.picture.height = spec.height;
     media::Encoder encoder(settings, muxer.container());
     int const video = muxer.addVideo(encoder.context(), kClock);
     std::vector<int> klv;

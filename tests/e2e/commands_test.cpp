@@ -1,7 +1,7 @@
 // Each command as a person types it: what it gives, what it says, its exit code.
-#include "../host/media/temp_folder.h"
 #include "clips.h"
 #include "run_program.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // A disk that fills up while a clip is written: one line that names place and cure, and nothing left on the disk. A
 // program of its own, so that it is seen when it was skipped.
-#include "../host/media/temp_folder.h"
 #include "clips.h"
 #include "run_program.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 

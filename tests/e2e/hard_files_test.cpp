@@ -1,8 +1,8 @@
 // Places that cannot be read or written, outputs that would replace an input, fonts that are not there: one line
 // that names the place and the cure, exit code 1, and every file as it was.
-#include "../host/media/temp_folder.h"
 #include "clips.h"
 #include "run_program.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 

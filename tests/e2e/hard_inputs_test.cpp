@@ -1,7 +1,7 @@
 // Inputs and circumstances that go wrong: one clear line at most, the right exit code, never a half file.
-#include "../host/media/temp_folder.h"
 #include "clips.h"
 #include "run_program.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The recorded clips through the program. Rows that need them name the folder when it is not there.
-#include "../host/media/temp_folder.h"
 #include "clips.h"
 #include "run_program.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 

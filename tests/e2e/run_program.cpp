@@ -1,7 +1,7 @@
 // Process plumbing of the end-to-end tests.
 #include "run_program.h"
 
-#include "../host/media/temp_folder.h"
+#include "temp_folder.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,7 +1,7 @@
 // What the program says about configurations that the plugin would silently take for empty ones.
-#include "config_file.h"
+#include "cli/config_file.h"
 
-#include "../media/temp_folder.h"
+#include "temp_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // JSON output of the commands.
-#include "json_line.h"
+#include "cli/json_line.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The plugin's library found and loaded, and frames through it, as the program does it.
-#include "frame_renderer.h"
-#include "imaging_access.h"
+#include "frame/frame_renderer.h"
+#include "imaging/imaging_access.h"
 
 #include <gtest/gtest.h>
 

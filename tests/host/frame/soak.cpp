@@ -2,9 +2,9 @@
 // with telemetry keys that never come twice. Prints how much memory the process holds as it goes on.
 //   soak FRAMES    prints "frame,new,heap,resident" in bytes, a hundred lines
 #include "changing_telemetry.h"
-#include "frame_renderer.h"
+#include "frame/frame_renderer.h"
+#include "frame/telemetry_timeline.h"
 #include "live_memory.h"
-#include "telemetry_timeline.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // Which telemetry belongs to which frame.
-#include "telemetry_timeline.h"
+#include "frame/telemetry_timeline.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Pen colours as luma and chroma.
-#include "color.h"
+#include "imaging/color.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The painter's own font and those that stand in for it.
-#include "fonts.h"
+#include "imaging/fonts.h"
 
 #include <gtest/gtest.h>
 #include <hb-ot.h>

@@ -1,6 +1,6 @@
 // Outlines become coverage: trimmed, padded, shifted, stroked.
-#include "glyph_cache.h"
-#include "shaper.h"
+#include "imaging/glyph_cache.h"
+#include "imaging/shaper.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The bounded cache: what it holds, what it forgets and when.
-#include "lru_cache.h"
+#include "imaging/lru_cache.h"
 
 #include <gtest/gtest.h>
 

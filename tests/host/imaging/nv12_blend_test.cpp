@@ -1,6 +1,6 @@
 // The vector form of each pixel loop against its plain form: every width, every alignment, every instruction set
 // of this processor, with guard bytes around both planes.
-#include "nv12_blend.h"
+#include "imaging/nv12_blend.h"
 
 #include "test_picture.h"
 

@@ -1,7 +1,7 @@
 // A frame allocates nothing once its words, glyphs and lines are known. Counted by replacing operator new and, where no
 // sanitizer has done so, the C library's allocation, which the text libraries use.
 #include "Painter.h"
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The painter's looks, held against pictures that somebody has looked at. docs/painter.md shows them.
 #include "Painter.h"
 #include "golden_picture.h"
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 #include "test_picture.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The painter as its callers see it: what is measured is what is drawn, at every place, size and thickness.
 #include "Painter.h"
-#include "imaging_access.h"
-#include "painter_impl.h"
+#include "imaging/imaging_access.h"
+#include "imaging/painter_impl.h"
 #include "test_picture.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Pictures and their pool.
-#include "imaging_access.h"
+#include "imaging/imaging_access.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Background boxes: every pixel and every chroma sample against a plain model.
-#include "rounded_box.h"
+#include "imaging/rounded_box.h"
 
-#include "nv12_blend.h"
+#include "imaging/nv12_blend.h"
 #include "test_picture.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // Lines become glyphs: order, widths, fallbacks.
-#include "bidi.h"
-#include "typesetter.h"
+#include "imaging/bidi.h"
+#include "imaging/typesetter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Any bytes are a text: the replacement character stands for what is malformed.
-#include "utf8.h"
+#include "sw_utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ TEST_P(Utf8, IsDecoded)
 {
     std::vector<char32_t> actual;
     for (std::size_t at = 0; at < GetParam().bytes.size();) {
-        auto const next = imaging::codePointAt(GetParam().bytes, at);
+        auto const next = sw_utf8::codePointAt(GetParam().bytes, at);
         ASSERT_GT(next.bytes, 0U);
         actual.push_back(next.value);
         at += next.bytes;
@@ -47,8 +47,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, Utf8,
 
 TEST(Utf8, EndTakesNoBytes)
 {
-    EXPECT_EQ(imaging::codePointAt("a", 1).bytes, 0U);
-    EXPECT_EQ(imaging::codePointAt("", 0).bytes, 0U);
+    EXPECT_EQ(sw_utf8::codePointAt("a", 1).bytes, 0U);
+    EXPECT_EQ(sw_utf8::codePointAt("", 0).bytes, 0U);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Conversion to and from NV12: every family of pixel formats, odd and tiny sizes, colours kept.
-#include "frame_converter.h"
+#include "media/frame_converter.h"
 #include "planes.h"
 
 extern "C" {

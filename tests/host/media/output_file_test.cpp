@@ -1,5 +1,5 @@
 // Output that appears under its name only when it is whole.
-#include "output_file.h"
+#include "media/output_file.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>

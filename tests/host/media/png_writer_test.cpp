@@ -1,6 +1,6 @@
 // PNG output, read back with libpng.
+#include "media/png_writer.h"
 #include "planes.h"
-#include "png_writer.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The progress line.
-#include "progress.h"
+#include "media/progress.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Encoder, muxer, demuxer and decoder together: what goes in comes out again, samples, times and bytes.
-#include "decoder.h"
-#include "demuxer.h"
-#include "encoder.h"
-#include "frame_reader.h"
-#include "muxer.h"
+#include "media/decoder.h"
+#include "media/demuxer.h"
+#include "media/encoder.h"
+#include "media/frame_reader.h"
+#include "media/muxer.h"
 #include "planes.h"
 #include "temp_folder.h"
 
@@ -66,9 +66,9 @@ void writeClip(ClipSpec const& spec)
 {
     media::Muxer muxer(spec.path);
     media::EncoderSettings settings;
-    settings.codecName = spec.codec;
-    settings.width = spec.width;
-    settings.height = spec.height;
+    settings.choice.codecName = spec.codec;
+    settings.picture.width = spec.width;
+    settings.picture.height = spec.height;
     settings.timeBase = kClock;
     media::Encoder encoder(settings, muxer.container());
     int const video = muxer.addVideo(encoder.context(), kClock);
@@ -335,10 +335,10 @@ TEST(Encoder, RepeatsTheLastColumnAndRowForEncodersThatTakeEvenSizesOnly)
 {
     TempFolder const folder;
     media::EncoderSettings settings;
-    settings.codecName = "libx264";
-    settings.crf = 0.0;  // lossless
-    settings.width = 35;
-    settings.height = 19;
+    settings.choice.codecName = "libx264";
+    settings.choice.crf = 0.0;  // lossless
+    settings.picture.width = 35;
+    settings.picture.height = 19;
     media::Muxer muxer(folder.file("a.mkv"));
     media::Encoder encoder(settings, muxer.container());
     EXPECT_TRUE(encoder.extended());
@@ -375,9 +375,9 @@ TEST(Encoder, MovesTimesThatDoNotRise)
 {
     AVOutputFormat const& container = media::containerFor("a.mkv");
     media::EncoderSettings settings;
-    settings.codecName = "ffv1";
-    settings.width = 16;
-    settings.height = 16;
+    settings.choice.codecName = "ffv1";
+    settings.picture.width = 16;
+    settings.picture.height = 16;
     media::Encoder encoder(settings, container);
     std::vector<std::int64_t> times;
     auto const sink = [&times](AVPacket& packet) { times.push_back(packet.pts); };
@@ -404,11 +404,11 @@ TEST_P(WrongChoice, IsSaidInOneLine)
     ChoiceRow const& row = GetParam();
     try {
         media::EncoderSettings settings;
-        settings.codecName = row.codec;
-        settings.width = 16;
-        settings.height = 16;
+        settings.choice.codecName = row.codec;
+        settings.picture.width = 16;
+        settings.picture.height = 16;
         if (row.crf >= 0) {
-            settings.crf = row.crf;
+            settings.choice.crf = row.crf;
         }
         TempFolder const folder;
         std::string const output = row.output;

@@ -1,5 +1,5 @@
 // The one rising time axis of a clip: unbroken streams keep their ticks, joined ones continue.
-#include "timeline.h"
+#include "media/timeline.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // A clip cut off at every single byte: read as far as it goes or refused in one line, never more than there was.
-#include "demuxer.h"
-#include "ffmpeg_types.h"
-#include "frame_reader.h"
+#include "media/demuxer.h"
+#include "media/ffmpeg_types.h"
+#include "media/frame_reader.h"
 
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // JSON Lines: which lines count, what the time is, how failures read.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include "payload_text.h"
 

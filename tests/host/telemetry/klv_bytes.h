@@ -1,7 +1,7 @@
 // Bytes for the telemetry tests, written as people read them.
 #pragma once
 
-#include "klv_reader.h"
+#include "telemetry/klv_reader.h"
 
 #include <cstdint>
 #include <string>

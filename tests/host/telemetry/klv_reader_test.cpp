@@ -1,5 +1,5 @@
 // Framing: BER lengths, BER-OID tags, universal keys, resynchronisation, checksum.
-#include "klv_reader.h"
+#include "telemetry/klv_reader.h"
 
 #include "klv_bytes.h"
 

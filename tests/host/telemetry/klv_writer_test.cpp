@@ -1,9 +1,9 @@
 // Payloads to packets and back.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include "klv_bytes.h"
 #include "payload_text.h"
-#include "st0601_table.h"
+#include "telemetry/st0601_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Stream units to payloads: key rules that go beyond one item, checksum verdicts, counts, files.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include "klv_bytes.h"
 #include "payload_text.h"

@@ -1,8 +1,8 @@
 // Values of single items: worked examples of MISB ST 0601, boundary codes, odd lengths, and the way back.
-#include "st0601_value.h"
+#include "telemetry/st0601_value.h"
 
 #include "klv_bytes.h"
-#include "utf8_text.h"
+#include "sw_utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -330,7 +330,7 @@ TEST(Utf8Text, Rows)
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(validUtf8(row.bytes), row.expected);
+        EXPECT_EQ(sw_utf8::valid(row.bytes), row.expected);
     }
 }
 

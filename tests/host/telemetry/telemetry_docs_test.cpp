@@ -1,5 +1,5 @@
 // Holds the key table of docs/telemetry.md to the table of the code.
-#include "st0601_table.h"
+#include "telemetry/st0601_table.h"
 #include "ts_klv.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 // Recorded KLV against the values that other decoders found in it.
-#include "telemetry.h"
+#include "telemetry/telemetry.h"
 
 #include "klv_bytes.h"
 #include "payload_text.h"
-#include "st0601_table.h"
-#include "st0601_value.h"
+#include "telemetry/st0601_table.h"
+#include "telemetry/st0601_value.h"
 #include "ts_klv.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,82 @@
+// A clip on its way through the plugin: read, decoded, converted to NV12, joined with its telemetry and
+// drawn on, picture by picture. What burn, frame and text have in common.
+#pragma once
+
+#include "clip/clip_telemetry.h"
+#include "frame/frame_renderer.h"
+#include "frame/telemetry_timeline.h"
+#include "media/demuxer.h"
+#include "media/frame_converter.h"
+#include "media/frame_reader.h"
+#include "media/picture_traits.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace clip {
+
+/// One picture before the plugin has drawn on it.
+struct ClipFrame {
+    std::uint64_t number = 0;  ///< counts from 0
+    double seconds = 0.0;      ///< presentation time on the stream's own axis
+    std::int64_t ticks = 0;    ///< the same in AnnotatedClip::timeBase()
+    std::shared_ptr<zelvo::ZelvoPicture> picture;
+    std::vector<frame::Choice> telemetry;
+};
+
+class AnnotatedClip {
+public:
+    /// Opens the clip; telemetry comes from `telemetryFile` instead of the clip when that is not empty.
+    /// `config` goes to the plugin. Throws std::runtime_error with one line.
+    AnnotatedClip(std::string const& input, std::string const& telemetryFile, std::string const& config);
+
+    /// Called for every telemetry and sound packet of the clip as it is read, ahead of the pictures.
+    void setSideObserver(std::function<void(media::SideUnit&)> observer) { observer_ = std::move(observer); }
+
+    /// The next picture; empty at the end or after an interrupt. Pictures of another size than the first
+    /// are scaled to it.
+    std::optional<ClipFrame> next();
+    /// The picture with the plugin's drawing.
+    std::shared_ptr<zelvo::ZelvoPicture> annotate(ClipFrame const& frame);
+
+    media::Demuxer const& demuxer() const { return demuxer_; }
+    AVRational timeBase() const { return reader_.timeBase(); }
+    Painter& painter() { return renderer_.painter(); }
+    /// Of the first picture; valid once next() has given one.
+    media::PictureTraits const& traits() const { return traits_; }
+
+    /// Remarks about telemetry, damage and size changes, for the end of a command.
+    std::vector<std::string> remarks() const;
+
+private:
+    void learnTraits_(AVFrame const& frame);
+    void readTelemetryFile_(double firstSeconds);
+    void takeSideUnits_();
+    void addKlv_(media::SideUnit const& unit);
+    std::size_t producerOf_(int stream);
+
+    std::string telemetryFile_;
+    media::Demuxer demuxer_;
+    media::FrameReader reader_;
+    media::FrameConverter converter_;
+    std::vector<telemetry::Packet> filePackets_;
+    KlvStreams klv_;
+    std::map<int, std::size_t> producers_;  ///< by stream
+    frame::TelemetryTimeline timeline_;
+    frame::FrameRenderer renderer_;
+    std::function<void(media::SideUnit&)> observer_;
+    media::PictureTraits traits_;
+    TelemetrySummary summary_;
+    std::uint64_t frames_ = 0;
+    std::string sizeChange_;
+};
+
+/// The failure of a clip from which no picture came.
+std::runtime_error noPictures(std::string const& input);
+
+}  // namespace clip

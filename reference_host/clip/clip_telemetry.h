@@ -1,0 +1,40 @@
+// The telemetry of a clip: decodes its KLV streams and sums up what they held.
+#pragma once
+
+#include "media/frame_reader.h"
+#include "telemetry/telemetry.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace clip {
+
+/// What was found, for the remarks that people read.
+struct TelemetrySummary {
+    telemetry::KlvCounts counts;
+    std::uint64_t usable = 0;  ///< packets that held at least one key
+    bool anyStream = false;    ///< whether there was a telemetry stream or file at all
+    bool fromFile = false;     ///< whether it was a telemetry file
+    std::string readError;     ///< what ended reading early; empty when the input simply ended
+};
+
+class KlvStreams {
+public:
+    /// The packets of one data unit of the stream; `seconds` is the time they get.
+    std::vector<telemetry::Packet> decode(int stream, AVPacket const& unit, std::optional<double> seconds);
+    /// Counts over all streams.
+    telemetry::KlvCounts counts() const;
+
+private:
+    std::map<int, telemetry::KlvDecoder> decoders_;
+};
+
+/// One remark per matter that somebody should know: reading that ended early, no usable telemetry, wrong
+/// checksums, cut packets.
+/// Empty when all is well.
+std::vector<std::string> telemetryRemarks(std::string const& source, TelemetrySummary const& summary);
+
+}  // namespace clip

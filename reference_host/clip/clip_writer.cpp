@@ -1,0 +1,113 @@
+// From annotated pictures and packets to a finished file; last step of burn.
+#include "clip/clip_writer.h"
+
+#include "imaging/imaging_access.h"
+
+#include <cmath>
+#include <utility>
+
+namespace clip {
+
+ClipWriter::ClipWriter(std::string output, media::EncoderChoice choice, AnnotatedClip const& clip)
+    : output_(std::move(output))
+    , choice_(std::move(choice))
+    , clip_(clip)
+    , muxer_(output_)
+{
+}
+
+void ClipWriter::addSide(media::SideUnit& unit)
+{
+    if (begun_ && outputs_.find(unit.stream) == outputs_.end()) {
+        return;
+    }
+    side_.emplace(unit.seconds, std::move(unit));
+    if (side_.size() > kMaxWaiting) {
+        side_.erase(side_.begin());
+    }
+}
+
+void ClipWriter::addPicture(ClipFrame const& frame, zelvo::ZelvoPicture& picture)
+{
+    if (!begun_) {
+        begin_();
+    }
+    encoder_->encode(imaging::planesOf(picture), frame.ticks, [this](AVPacket& packet) { writeVideo_(packet); });
+    writeSideUpTo_(frame.seconds);
+}
+
+void ClipWriter::finish(bool whole)
+{
+    if (!begun_) {
+        throw noPictures(clip_.demuxer().name());
+    }
+    encoder_->flush([this](AVPacket& packet) { writeVideo_(packet); });
+    if (whole) {
+        writeSideUpTo_(HUGE_VAL);
+    }
+    muxer_.finish();
+}
+
+void ClipWriter::begin_()
+{
+    media::PictureTraits const& traits = clip_.traits();
+    media::EncoderSettings settings;
+    settings.choice = choice_;
+    settings.picture = traits;
+    settings.frameRate = clip_.demuxer().frameRate();
+    settings.timeBase = clip_.timeBase();
+    encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
+    if (encoder_->extended()) {
+        remarks_.push_back(output_ + ": pictures of " + std::to_string(traits.width) + "x" +
+                           std::to_string(traits.height) + " are stored as " +
+                           std::to_string(encoder_->context().width) + "x" +
+                           std::to_string(encoder_->context().height) + ", as the encoder takes even sizes only");
+    }
+    videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
+    addSideStreams_();
+    muxer_.begin();
+    begun_ = true;
+}
+
+void ClipWriter::addSideStreams_()
+{
+    media::Demuxer const& demuxer = clip_.demuxer();
+    std::string const container = muxer_.container().name;
+    for (int const stream : demuxer.streamsOf(media::StreamKind::Klv)) {
+        if (auto const output = muxer_.addKlv()) {
+            outputs_[stream] = *output;
+        } else {
+            remarks_.push_back(output_ + ": " + container +
+                               " cannot carry KLV; the telemetry stream is left out (.ts carries it)");
+        }
+    }
+    for (int const stream : demuxer.streamsOf(media::StreamKind::Audio)) {
+        if (auto const output = muxer_.addCopy(demuxer.stream(stream))) {
+            outputs_[stream] = *output;
+        } else {
+            remarks_.push_back(output_ + ": " + container + " cannot carry " +
+                               avcodec_get_name(demuxer.stream(stream).codecpar->codec_id) +
+                               "; the sound is left out (.mkv carries it)");
+        }
+    }
+}
+
+void ClipWriter::writeSideUpTo_(double seconds)
+{
+    auto const end = side_.upper_bound(seconds);
+    for (auto next = side_.begin(); next != end; ++next) {
+        media::SideUnit& unit = next->second;
+        auto const output = outputs_.find(unit.stream);
+        if (output == outputs_.end()) {
+            continue;
+        }
+        // Times on the clip's one axis: those of joined clips rise where the originals start anew.
+        AVRational const timeBase = clip_.demuxer().stream(unit.stream).time_base;
+        unit.packet->pts = std::llround(unit.seconds / av_q2d(timeBase));
+        unit.packet->dts = unit.packet->pts;
+        muxer_.write(*unit.packet, output->second, timeBase);
+    }
+    side_.erase(side_.begin(), end);
+}
+
+}  // namespace clip

@@ -1,0 +1,55 @@
+// Writes the annotated clip: pictures as they come, telemetry and sound beside them in the order of their times.
+#pragma once
+
+#include "clip/annotated_clip.h"
+#include "media/encoder.h"
+#include "media/muxer.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace clip {
+
+class ClipWriter {
+public:
+    /// Creates the output; nothing is under its name before finish(). `clip`, which must outlive the writer, gives
+    /// the streams and the pictures' traits. Throws std::runtime_error with one line, here and below, and
+    /// media::UnknownChoice when a choice does not exist.
+    ClipWriter(std::string output, media::EncoderChoice choice, AnnotatedClip const& clip);
+
+    /// A packet of telemetry or sound: it is written with the picture that is shown at its time. The packet's owner
+    /// is the writer from now on.
+    void addSide(media::SideUnit& unit);
+    /// The next picture; the first one opens the encoder.
+    void addPicture(ClipFrame const& frame, zelvo::ZelvoPicture& picture);
+    /// Ends the output and gives it its name. `whole` says that the clip was read to its end: then what is left
+    /// beside the pictures belongs into the output. Throws noPictures() when there was none.
+    void finish(bool whole);
+
+    /// What somebody should know of the output once it is written.
+    std::vector<std::string> const& remarks() const { return remarks_; }
+
+private:
+    /// More than any real clip has within the second that is read ahead.
+    static constexpr std::size_t kMaxWaiting = 65536;
+
+    void begin_();
+    void addSideStreams_();
+    void writeSideUpTo_(double seconds);
+    void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, clip_.timeBase()); }
+
+    std::string output_;
+    media::EncoderChoice choice_;
+    AnnotatedClip const& clip_;
+    media::Muxer muxer_;
+    std::unique_ptr<media::Encoder> encoder_;
+    int videoStream_ = 0;
+    std::map<int, int> outputs_;                   ///< output stream by input stream
+    std::multimap<double, media::SideUnit> side_;  ///< by time, waiting for their picture
+    std::vector<std::string> remarks_;
+    bool begun_ = false;
+};
+
+}  // namespace clip

@@ -1,0 +1,25 @@
+// What is to be known of a clip's pictures beside their contents: what a decoder gives and an encoder takes.
+#pragma once
+
+#include "media/ffmpeg_types.h"
+#include "media/frame_converter.h"
+
+namespace media {
+
+struct PictureTraits {
+    int width = 0;   ///< pixels
+    int height = 0;  ///< pixels
+    ColorFormat color;
+    AVColorSpace colorSpace = AVCOL_SPC_UNSPECIFIED;
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
+    AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
+    AVRational sampleAspect{0, 1};  ///< width to height of a pixel; 0 when unknown
+    bool interlaced = false;
+    bool topFieldFirst = false;
+};
+
+/// The traits of a decoded picture once it is NV12: those of RGB pictures name the matrix that they then have.
+PictureTraits traitsOf(AVFrame const& frame);
+
+}  // namespace media
