@@ -3,6 +3,7 @@
 #include "StanagOverlayPlugin.h"
 
 #include "overlay_geometry.h"
+#include "overlay_numbers.h"
 #include "render_payload.h"
 #include "steady_time.h"
 
@@ -23,7 +24,6 @@ using stanag_overlay::Visibility;
 namespace {
 
 constexpr char const* kInputType = "stanag.v1";
-constexpr std::uint64_t kNsPerMs = 1000000;
 
 /// The payload of one input; empty when the host has no way to it.
 SwJsonObject payloadOf(RenderContext const& context, RenderInput const& input)
@@ -241,7 +241,7 @@ void StanagOverlayPlugin::countMiss_(std::uint64_t frameIndex, std::uint64_t now
     if (missCount_ != 1 && !everyNth && nowNs < nextFallbackLogNs_) {
         return;
     }
-    nextFallbackLogNs_ = nowNs + fallbackLogIntervalMs_ * kNsPerMs;
+    nextFallbackLogNs_ = nowNs + fallbackLogIntervalMs_ * stanag_overlay::kNsPerMs;
     // One piece of text: lines of several threads do not mix, and the stream's number format has no say.
     std::cerr << "[StanagOverlay][Fallback] frame=" + std::to_string(frameIndex) +
                      " decision=skip miss_count=" + std::to_string(missCount_) +

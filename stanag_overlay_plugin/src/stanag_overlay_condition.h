@@ -1,7 +1,7 @@
 // Decides when a block is shown: reads the "condition" member of a block and evaluates it per frame.
 #pragma once
 
-#include "stanag_overlay_config.h"
+#include "stanag_overlay_records.h"
 #include "stanag_overlay_runtime.h"
 
 #include "SwJson.h"

@@ -5,6 +5,8 @@
 #include "overlay_numbers.h"
 #include "stanag_overlay_condition.h"
 
+#include "SwJson.h"
+
 #include <algorithm>
 #include <cmath>
 #include <ios>

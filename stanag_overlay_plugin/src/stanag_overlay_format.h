@@ -1,7 +1,7 @@
 // Turns a block's template into the text that is drawn.
 #pragma once
 
-#include "stanag_overlay_config.h"
+#include "stanag_overlay_records.h"
 #include "stanag_overlay_runtime.h"
 
 #include "SwJson.h"

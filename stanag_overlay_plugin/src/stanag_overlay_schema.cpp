@@ -1,6 +1,6 @@
 // The published JSON Schema of the configuration: a fixed text around the list of keys seen so far. Hosts
 // build their editing form from it; nothing in the plugin checks a configuration against it.
-#include "stanag_overlay_config.h"
+#include "stanag_overlay_schema.h"
 
 #include <string_view>
 

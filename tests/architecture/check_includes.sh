@@ -39,7 +39,7 @@ forbid "the plugin interface uses only the framework" "$plugin|$host" $(files_of
 forbid "the plugin sees only framework and plugin interface" "$host" $(files_of stanag_overlay_plugin)
 forbid "the host loads the plugin, it never includes it" "$plugin" $(files_of reference_host)
 forbid "configuration, conditions and formats need no host" "$host_api|class_loader/.*" \
-    $(find stanag_overlay_plugin/src -name 'stanag_overlay_*' -o -name 'overlay_numbers*')
+    $(find stanag_overlay_plugin/src -name 'stanag_overlay_*' -o -name 'overlay_number*' -o -name 'overlay_date*')
 forbid "media and text libraries belong to the reference host" "$media" \
     $(files_of framework host_api stanag_overlay_plugin tests/framework tests/plugin tests/support)
 forbid "a folder is never reached by a relative path" '\.\./.*' \

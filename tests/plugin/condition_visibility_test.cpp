@@ -1,5 +1,6 @@
 // Evaluation of conditions: the test of one value, and the two delays around it.
 #include "stanag_overlay_condition.h"
+#include "stanag_overlay_config.h"
 
 #include <gtest/gtest.h>
 
