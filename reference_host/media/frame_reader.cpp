@@ -5,7 +5,6 @@
 #include "media/interrupt.h"
 
 #include <cmath>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -41,14 +40,10 @@ FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds)
     : demuxer_(demuxer)
     , timeBase_(videoOf(demuxer).time_base)
     , timeline_(timeBase_, ticksPerFrame(demuxer.frameRate(), timeBase_), demuxer.timeMayJump())
+    , side_(timeline_)
     , decoder_(videoOf(demuxer), demuxer.name())
     , aheadSeconds_(aheadSeconds)
 {
-}
-
-std::vector<SideUnit> FrameReader::takeSideUnits()
-{
-    return std::exchange(ready_, {});
 }
 
 std::optional<VideoUnit> FrameReader::next()
@@ -110,25 +105,14 @@ void FrameReader::readPacket_()
     PacketPtr packet = makePacket();
     if (!demuxer_.read(*packet)) {
         ended_ = true;
-        placeRest_();
+        side_.placeRest();
         return;
     }
-    int const stream = packet->stream_index;
-    StreamKind const kind = demuxer_.kindOf(stream);
+    StreamKind const kind = demuxer_.kindOf(packet->stream_index);
     if (kind == StreamKind::Video) {
         addVideo_(std::move(packet));
     } else if (kind != StreamKind::Other) {
-        SideUnit unit;
-        if (auto const time = known(packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts)) {
-            unit.streamSeconds = secondsOf(*time, demuxer_.stream(stream).time_base);
-        }
-        unit.packet = std::move(packet);
-        unit.stream = stream;
-        unit.kind = kind;
-        waiting_.push_back(std::move(unit));
-        if (waiting_.size() > kMaxWaitingUnits) {
-            placeRest_();
-        }
+        side_.add(sideUnitOf(std::move(packet), demuxer_));
     }
 }
 
@@ -138,59 +122,11 @@ void FrameReader::addVideo_(PacketPtr packet)
     packet->dts = placed.decodeTicks;
     packet->pts = placed.presentTicks;
     readUpTo_ = secondsOf(placed.decodeTicks, timeBase_);
-    placeWaiting_(packet->pos);
+    side_.placeUpToVideo(packet->pos);
     videoBytes_ += static_cast<std::size_t>(packet->size);
     // A clock that jumps in front of a dependent picture is a disturbance, not another clip.
     bool const newClip = placed.newClock && (packet->flags & AV_PKT_FLAG_KEY) != 0;
     video_.push_back({std::move(packet), newClip});
-}
-
-void FrameReader::placeWaiting_(std::int64_t videoPosition)
-{
-    // The demuxer gives out a picture only when the next one begins, small units at once: the place in the
-    // byte stream tells which unit stood before this picture.
-    std::vector<SideUnit> later;
-    std::vector<SideUnit> untimed;
-    for (SideUnit& unit : waiting_) {
-        if (unit.streamSeconds) {
-            unit.seconds = timeline_.placeOther(*unit.streamSeconds);
-            ready_.push_back(std::move(unit));
-        } else if (videoPosition >= 0 && unit.packet->pos > videoPosition) {
-            later.push_back(std::move(unit));
-        } else {
-            untimed.push_back(std::move(unit));
-        }
-    }
-    waiting_ = std::move(later);
-    placeUntimed_(untimed, timeline_.previousSlotSeconds(), timeline_.slotSeconds());
-}
-
-void FrameReader::placeUntimed_(std::vector<SideUnit>& untimed, double from, double to)
-{
-    // Spread evenly, the last one on the picture itself.
-    auto const count = static_cast<double>(untimed.size());
-    double nth = 0.0;
-    for (SideUnit& unit : untimed) {
-        nth += 1.0;
-        unit.seconds = nth == count ? to : from + (to - from) * nth / count;
-        ready_.push_back(std::move(unit));
-    }
-}
-
-void FrameReader::placeRest_()
-{
-    // No picture follows; each unit without time takes the next picture's slot.
-    double slot = timeline_.slotSeconds();
-    for (SideUnit& unit : waiting_) {
-        if (unit.streamSeconds) {
-            unit.seconds = timeline_.placeOther(*unit.streamSeconds);
-        } else {
-            slot += timeline_.intervalSeconds();
-            unit.seconds = slot;
-        }
-        ready_.push_back(std::move(unit));
-    }
-    waiting_.clear();
 }
 
 VideoUnit FrameReader::finish_(FramePtr frame)

@@ -4,6 +4,7 @@
 
 #include "media/decoder.h"
 #include "media/demuxer.h"
+#include "media/side_placer.h"
 #include "media/timeline.h"
 
 #include <cstdint>
@@ -12,15 +13,6 @@
 #include <vector>
 
 namespace media {
-
-/// A packet that goes beside the pictures: telemetry or sound.
-struct SideUnit {
-    PacketPtr packet;
-    int stream = 0;
-    StreamKind kind = StreamKind::Other;
-    std::optional<double> streamSeconds;  ///< the time it carries; empty when it carries none
-    double seconds = 0.0;                 ///< its place on the clip's time axis
-};
 
 /// One picture.
 struct VideoUnit {
@@ -39,7 +31,7 @@ public:
     /// The next picture in presentation order; empty at the end or after an interrupt.
     std::optional<VideoUnit> next();
     /// The side units read since the last call, in stream order; some may lie ahead of the last picture.
-    std::vector<SideUnit> takeSideUnits();
+    std::vector<SideUnit> takeSideUnits() { return side_.take(); }
 
     /// Damaged packets and pictures so far.
     std::uint64_t damaged() const { return decoder_.damaged(); }
@@ -55,22 +47,18 @@ private:
     void readPacket_();
     void decodeFront_();
     void addVideo_(PacketPtr packet);
-    void placeWaiting_(std::int64_t videoPosition);
-    void placeRest_();
-    void placeUntimed_(std::vector<SideUnit>& untimed, double from, double to);
     bool frontIsDue_() const;
     VideoUnit finish_(FramePtr frame);
 
     Demuxer& demuxer_;
     AVRational timeBase_;
     Timeline timeline_;
+    SidePlacer side_;
     Decoder decoder_;
     double aheadSeconds_;
     std::deque<WaitingVideo> video_;  ///< read, not yet decoded
     std::size_t videoBytes_ = 0;      ///< in video_
-    std::vector<SideUnit> waiting_;   ///< side units that the next video packet will place
-    std::vector<SideUnit> ready_;
-    double readUpTo_ = 0.0;  ///< decode time of the newest video packet read
+    double readUpTo_ = 0.0;           ///< decode time of the newest video packet read
     bool ended_ = false;
     bool drained_ = false;
     bool betweenClips_ = false;  ///< the old clip's last pictures are being received
