@@ -218,13 +218,13 @@ bool StanagOverlayPlugin::selectStanagRoot_(RenderContext const& context, SwJson
             ++providersMissing;
             continue;
         }
+        // Asked first: what the host says of its inputs counts as it was before it fetches them.
+        bool const fromLookback = anyFromLookback(found->second);
         SwJsonObject chosen = lastPayload(context, found->second);
         if (chosen.isEmpty()) {
             continue;  // it delivered, only nothing of use: neither missing nor lookback
         }
-        if (anyFromLookback(found->second)) {
-            ++providersUsingLookback;
-        }
+        providersUsingLookback += fromLookback ? 1U : 0U;
         mergeMissing(root, std::move(chosen));
     }
     return !root.isEmpty();

@@ -79,6 +79,7 @@ TEST(ConditionParse, Operands)
         {"text that is a number", R"({"key":"k","value":"1.5"})",
          R"(condition{enabled=true key="k" op=1 value="1.500000"})"},
         {"equals", R"({"key":"k","equals":"a"})", R"(condition{enabled=true key="k" op=1 value="a"})"},
+        {"equals null", R"({"key":"k","equals":null})", R"(condition{enabled=true key="k" op=1 value="null"})"},
         {"notEquals", R"({"key":"k","notEquals":2.5})", R"(condition{enabled=true key="k" op=2 value="2.500000"})"},
         {"notEquals null", R"({"key":"k","notEquals":null})", R"(condition{enabled=true key="k" op=2 value="null"})"},
         {"a shortcut overrides the operator", R"({"key":"k","operator":"lt","equals":1})",

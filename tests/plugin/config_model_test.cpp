@@ -1,5 +1,5 @@
 // The records a configuration is read into: their defaults, which stand nowhere else.
-#include "stanag_overlay_config.h"
+#include "stanag_overlay_records.h"
 
 #include "overlay_numbers.h"
 
@@ -73,6 +73,67 @@ TEST(ConfigModel, DefaultCondition)
     EXPECT_EQ(condition.bitmask, 0U);
     EXPECT_EQ(condition.showAfterNs, 0U);
     EXPECT_EQ(condition.keepAfterNs, 0U);
+}
+
+// Bindings take the fields in the order in which they stand.
+TEST(ConfigModel, FieldsStandInTheirOrder)
+{
+    OverlayCfg const record;
+    auto const& [thickness, textR, textG, textB, textSize, posX, posY, bgR, bgG, bgB, bgAlpha, formatString, decimals,
+                 trimTrailingZeros, missingPlaceholder, condition, formats, updateEveryNFrames] = record;
+    EXPECT_EQ(&thickness, &record.thickness);
+    EXPECT_EQ(&textR, &record.textR);
+    EXPECT_EQ(&textG, &record.textG);
+    EXPECT_EQ(&textB, &record.textB);
+    EXPECT_EQ(&textSize, &record.textSize);
+    EXPECT_EQ(&posX, &record.posX);
+    EXPECT_EQ(&posY, &record.posY);
+    EXPECT_EQ(&bgR, &record.bgR);
+    EXPECT_EQ(&bgG, &record.bgG);
+    EXPECT_EQ(&bgB, &record.bgB);
+    EXPECT_EQ(&bgAlpha, &record.bgAlpha);
+    EXPECT_EQ(&formatString, &record.formatString);
+    EXPECT_EQ(&decimals, &record.decimals);
+    EXPECT_EQ(&trimTrailingZeros, &record.trimTrailingZeros);
+    EXPECT_EQ(&missingPlaceholder, &record.missingPlaceholder);
+    EXPECT_EQ(&condition, &record.condition);
+    EXPECT_EQ(&formats, &record.formats);
+    EXPECT_EQ(&updateEveryNFrames, &record.updateEveryNFrames);
+}
+
+TEST(ConfigModel, FormatFieldsStandInTheirOrder)
+{
+    FormatSpec const spec;
+    auto const& [date, decimals, trimTrailingZeros, dateFormat, timestampUnit, localTime, missingPlaceholder, hasMin,
+                 hasMax, minValue, maxValue, invalidValues, holdLastNs, refreshEveryNs] = spec;
+    EXPECT_EQ(&date, &spec.date);
+    EXPECT_EQ(&decimals, &spec.decimals);
+    EXPECT_EQ(&trimTrailingZeros, &spec.trimTrailingZeros);
+    EXPECT_EQ(&dateFormat, &spec.dateFormat);
+    EXPECT_EQ(&timestampUnit, &spec.timestampUnit);
+    EXPECT_EQ(&localTime, &spec.localTime);
+    EXPECT_EQ(&missingPlaceholder, &spec.missingPlaceholder);
+    EXPECT_EQ(&hasMin, &spec.hasMin);
+    EXPECT_EQ(&hasMax, &spec.hasMax);
+    EXPECT_EQ(&minValue, &spec.minValue);
+    EXPECT_EQ(&maxValue, &spec.maxValue);
+    EXPECT_EQ(&invalidValues, &spec.invalidValues);
+    EXPECT_EQ(&holdLastNs, &spec.holdLastNs);
+    EXPECT_EQ(&refreshEveryNs, &spec.refreshEveryNs);
+}
+
+TEST(ConfigModel, ConditionFieldsStandInTheirOrder)
+{
+    ConditionCfg const record;
+    auto const& [enabled, key, op, value, hasBitmask, bitmask, showAfterNs, keepAfterNs] = record;
+    EXPECT_EQ(&enabled, &record.enabled);
+    EXPECT_EQ(&key, &record.key);
+    EXPECT_EQ(&op, &record.op);
+    EXPECT_EQ(&value, &record.value);
+    EXPECT_EQ(&hasBitmask, &record.hasBitmask);
+    EXPECT_EQ(&bitmask, &record.bitmask);
+    EXPECT_EQ(&showAfterNs, &record.showAfterNs);
+    EXPECT_EQ(&keepAfterNs, &record.keepAfterNs);
 }
 
 TEST(ConfigModel, EnumNumbers)

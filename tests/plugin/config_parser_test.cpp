@@ -461,6 +461,7 @@ TEST(ConfigParser, FormatBounds)
         {"hexadecimal text", R"({"minValue":"0x10"})", "formats[k]{hasMin=true minValue=16}"},
         {"text that overflows", R"({"minValue":"1e999"})", "formats[k]{}"},
         {"text that underflows", R"({"minValue":"1e-999"})", "formats[k]{}"},
+        {"text that loses digits to its smallness", R"({"minValue":"1e-310"})", "formats[k]{}"},
         {"infinite text is stored without its flag", R"({"maxValue":"inf"})", "formats[k]{maxValue=inf}"},
         {"not-a-number text is stored without its flag", R"({"maxValue":"nan"})", "formats[k]{maxValue=nan}"},
         {"low 32 bits of an integer", R"({"minValue":4294967297})", "formats[k]{hasMin=true minValue=1}"},
@@ -475,6 +476,17 @@ TEST(ConfigParser, FormatBounds)
         {"a quoted fraction is single precision", R"({"minValue":"0.1"})",
          "formats[k]{hasMin=true minValue=0.100000001}"},
     });
+}
+
+TEST(ConfigParser, BoundsThatDifferInTheTenthDigitStay)
+{
+    auto const records = OverlayConfigParser().parse(
+        R"({"overlay":[{"formats":{"k":{"minValue":1.0000000001,"maxValue":1.0000000002}}}]})");
+    FormatSpec const& spec = records.at(0).formats.at("k");
+    EXPECT_TRUE(spec.hasMin);
+    EXPECT_TRUE(spec.hasMax);
+    EXPECT_EQ(spec.minValue, 1.0000000001);
+    EXPECT_EQ(spec.maxValue, 1.0000000002);
 }
 
 TEST(ConfigParser, AnInfiniteBoundDoesNotClearTheOther)

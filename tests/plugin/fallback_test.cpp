@@ -9,6 +9,7 @@
 
 #include <iostream>
 #include <locale>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -123,6 +124,19 @@ TEST_F(Fallback, TheLineIsFlushedAtItsEnd)
     FlushedCerr const flushed;
     plugin_.render(host_.nextFrame(7));
     EXPECT_EQ(flushed.text(), line(7, 1));
+}
+
+TEST_F(Fallback, AFrameWhosePictureVanishesStartsTheCountAnew)
+{
+    EXPECT_EQ(miss(1), line(1, 1));
+    EXPECT_EQ(miss(2), "");
+    host_.deliverBy([this](std::uint64_t, std::string const&) {
+        host_.context().picture.reset("/camera", 1, nullptr, host_.pool, {});
+        return SwAny(jsonObject(R"({"v":1})"));
+    });
+    EXPECT_THROW(plugin_.render(host_.nextFrame(3)), std::runtime_error);
+    host_.deliver("{}");
+    EXPECT_EQ(miss(4), line(4, 1));
 }
 
 TEST_F(Fallback, AFrameWithPayloadStartsTheCountAnewThoughItCannotBeDrawnOn)

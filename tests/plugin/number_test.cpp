@@ -2,15 +2,14 @@
 #include "overlay_numbers.h"
 
 #include "comma_locale.h"
+#include "global_facet.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <clocale>
 #include <cmath>
 #include <exception>
 #include <limits>
-#include <locale>
 #include <random>
 #include <string>
 
@@ -415,11 +414,6 @@ TEST(Number, Equality)
     EXPECT_FALSE(numbersEqual(std::numeric_limits<long double>::max(), 0.0L));
 }
 
-class DecimalComma : public std::numpunct<char> {
-protected:
-    char do_decimal_point() const override { return ','; }
-};
-
 void expectNumbersWithAPoint()
 {
     long double number = 0.0L;
@@ -439,9 +433,8 @@ void expectNumbersWithAPoint()
 
 TEST(Number, TheGlobalLocaleDoesNotMatter)
 {
-    std::locale const before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+    GlobalFacet const comma(new DecimalComma);
     expectNumbersWithAPoint();
-    std::locale::global(before);
 }
 
 TEST(Number, TheCLocaleOfTheProcessDoesNotMatter)

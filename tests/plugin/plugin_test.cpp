@@ -47,6 +47,20 @@ std::vector<std::string> publishedKeys(StanagOverlayPlugin& plugin)
 
 using Keys = std::vector<std::string>;
 
+/// The plugin's records of its blocks. They are private: only an explicit instantiation may name them.
+using Runtimes = std::vector<stanag_overlay::OverlayRuntime>;
+Runtimes StanagOverlayPlugin::*runtimesMember();
+template <Runtimes StanagOverlayPlugin::*Member>
+struct RuntimesAccess {
+    friend Runtimes StanagOverlayPlugin::*runtimesMember() { return Member; }
+};
+template struct RuntimesAccess<&StanagOverlayPlugin::runtimes_>;
+
+Runtimes& runtimesOf(StanagOverlayPlugin& plugin)
+{
+    return plugin.*runtimesMember();
+}
+
 }  // namespace
 
 TEST(Plugin, NameIsTheRegisteredClassName)
@@ -320,6 +334,47 @@ TEST(PluginConfig, TheSameTextAgainExpandsAllTemplatesAnew)
     EXPECT_EQ(drawnAt(2, R"({"v":2})"), "drawText 10 10 16 0 0 \"1\" on 1920x1080\n");
     plugin.setConfig(kConfig);
     EXPECT_EQ(drawnAt(3, R"({"v":3})"), "drawText 10 10 16 0 0 \"3\" on 1920x1080\n");
+}
+
+TEST(PluginConfig, AnotherNumberOfBlocksExpandsAllTemplatesAnew)
+{
+    TestHost host;
+    StanagOverlayPlugin plugin;
+    plugin.init(host.init());
+    std::string const block = R"({"formatString":"%v","updateEveryNFrames":100})";
+    std::uint64_t frame = 0;
+    for (std::string const& blocks : {block, block + "," + block, block}) {
+        plugin.setConfig("{\"overlay\":[" + blocks + "]}");
+        ++frame;
+        host.deliver(SwAny(SwJsonObject{{"v", static_cast<int>(frame)}}));
+        recording::journal().clear();
+        plugin.render(host.nextFrame(frame));
+        std::string const drawn = "drawText 10 10 16 0 0 \"" + std::to_string(frame) + "\" on 1920x1080\n";
+        EXPECT_EQ(recording::journal().text({"drawText"}), frame == 2 ? drawn + drawn : drawn);
+    }
+}
+
+// No call brings the two lists out of step; a frame must not trust that.
+TEST(PluginConfig, AFrameThatFindsAnotherNumberOfRecordsReplacesThemAll)
+{
+    TestHost host;
+    StanagOverlayPlugin plugin;
+    plugin.init(host.init());
+    plugin.setConfig(R"({"overlay":[{"formatString":"%v","updateEveryNFrames":100}]})");
+    for (std::size_t const records : {std::size_t{2}, std::size_t{0}}) {
+        SCOPED_TRACE(records);
+        auto& runtimes = runtimesOf(plugin);
+        runtimes.resize(records);
+        for (auto& runtime : runtimes) {
+            runtime.text = "stale";
+            runtime.lastUpdateFrame = 1;
+        }
+        host.deliver(R"({"v":7})");
+        recording::journal().clear();
+        plugin.render(host.nextFrame(2));
+        EXPECT_EQ(recording::journal().text({"drawText"}), "drawText 10 10 16 0 0 \"7\" on 1920x1080\n");
+        EXPECT_EQ(runtimes.size(), 1U);
+    }
 }
 
 TEST(PluginConfig, ANewConfigurationForgetsConditionTimesAndHeldValues)

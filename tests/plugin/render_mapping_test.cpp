@@ -174,6 +174,7 @@ TEST_F(RenderMappingTest, ThatLostItsPlanesAndCannotBeMadeAnewIsForgotten)
     context.mapping.backend = &host_.backend;
     host_.backend.mapsTo = MappedNV12{};
     EXPECT_EQ(mappingCalls(context), "clone\nmakeRenderTarget\nmap recording 1\nend of target\nunmap recording 1\n");
+    EXPECT_TRUE(context.mapping.mapped) << "only a mapping of another backend loses its flag";
     EXPECT_EQ(context.mapping.target, nullptr);
     EXPECT_EQ(context.mapping.backend, nullptr);
 

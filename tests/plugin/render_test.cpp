@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -139,6 +140,26 @@ TEST_F(Render, MeasuredBoxGrowsByTheMarginAndIsMadeEven)
     }
 }
 
+TEST_F(Render, TheMarginIsRounded)
+{
+    // 4.995 is 5 pixels, not 4.
+    host_.height = 1079;
+    plugin_.setConfig(kOneBlockConfig);
+    recording::controls(host_.painter).box = recording::Box{11, 13, 20, 30};
+    rendered();
+    EXPECT_EQ(journal().text({"drawBackground"}), "drawBackground 6 8 26 36 0.5 4 4.99537039 on 1920x1079\n");
+}
+
+TEST_F(Render, AnchorsAreSinglePrecision)
+{
+    // As floats 0.005 * 1000 is 5 and 0.009 * 1000 is 9; with more digits both stay below.
+    host_.width = 1000;
+    host_.height = 1000;
+    plugin_.setConfig(kOneBlockConfig);
+    rendered();
+    EXPECT_EQ(journal().text({"drawText"}), "drawText 6 10 14 0 0 \"v=7\" on 1000x1000\n");
+}
+
 TEST_F(Render, PenThicknessRoundsHalvesAwayAndKeepsEightBits)
 {
     struct Row {
@@ -200,6 +221,18 @@ TEST_F(Render, GeometryFollowsThePictureNotTheMapping)
     plugin_.setConfig(kOneBlockConfig);
     rendered();
     EXPECT_EQ(journal().text({"drawText"}), "drawText 10 10 16 0 0 \"v=7\" on 64x48\n");
+}
+
+TEST_F(Render, GeometryFollowsThePictureAsItWasBeforeItsCopyWasMade)
+{
+    host_.pool = nullptr;
+    host_.cloner = [](std::string const&, std::uint64_t) { return std::make_shared<zelvo::ZelvoPicture>(1280U, 720U); };
+    plugin_.setConfig(kOneBlockConfig);
+    rendered();
+    EXPECT_EQ(journal().text({"drawText"}), "drawText 10 10 16 0 0 \"v=7\" on 1280x720\n");
+    // From then on the copy is what can be read.
+    hostRequests(plugin_, host_.sameContext(2));
+    EXPECT_EQ(journal().text({"drawText"}), "drawText 6 6 10 0 0 \"v=7\" on 1280x720\n");
 }
 
 TEST_F(Render, ThePenIsRestored)

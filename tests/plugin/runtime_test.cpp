@@ -21,6 +21,23 @@ TEST(Runtime, DefaultRecordIsEmpty)
     EXPECT_EQ(runtime.refreshValues.max_load_factor(), 1.0F);
 }
 
+// Bindings take the fields in the order in which they stand.
+TEST(Runtime, FieldsStandInTheirOrder)
+{
+    OverlayRuntime const runtime{};
+    auto const& [text, lastUpdateFrame, conditionSince, conditionLastTrue, heldValues, refreshValues] = runtime;
+    EXPECT_EQ(&text, &runtime.text);
+    EXPECT_EQ(&lastUpdateFrame, &runtime.lastUpdateFrame);
+    EXPECT_EQ(&conditionSince, &runtime.conditionSince);
+    EXPECT_EQ(&conditionLastTrue, &runtime.conditionLastTrue);
+    EXPECT_EQ(&heldValues, &runtime.heldValues);
+    EXPECT_EQ(&refreshValues, &runtime.refreshValues);
+    TimedText const timed;
+    auto const& [value, time] = timed;
+    EXPECT_EQ(&value, &timed.text);
+    EXPECT_EQ(&time, &timed.timeNs);
+}
+
 TEST(Runtime, BlocksWithTheSameTemplateKeepSeparateHeldValues)
 {
     OverlayTextFormatter const formatter;

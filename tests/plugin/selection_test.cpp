@@ -214,6 +214,26 @@ TEST_F(Selection, OneLookbackInputMakesTheProducerOne)
     EXPECT_EQ(select(), fallbackLine(1, 2));
 }
 
+// Former bug: the flag was read after the payloads had been fetched.
+TEST_F(Selection, LookbackIsWhatTheInputsSayBeforeTheirPayloadsAreFetched)
+{
+    for (bool const before : {false, true}) {
+        SCOPED_TRACE(before);
+        TestHost host;
+        StanagOverlayPlugin plugin;
+        plugin.init(host.init());
+        plugin.enableDebug(true);
+        host.addInput({"a", "", 0, before});
+        host.deliverBy([&host, before](std::uint64_t, std::string const&) {
+            host.context().inputsByType["stanag.v1"].inputs[0].fromLookback = !before;
+            return SwAny(jsonObject(R"({"":1})"));
+        });
+        testing::internal::CaptureStderr();
+        plugin.render(host.context());
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), fallbackLine(0, before ? 1 : 0));
+    }
+}
+
 TEST_F(Selection, APayloadThatIsAnArrayContributesNothing)
 {
     payloads_["a"] = SwAny(std::string("[1,2]"));

@@ -346,6 +346,7 @@ TEST(ValueFormat, Range)
         {"below", -0.1, false},
         {"above", 100.5, false},
         {"barely below", -1e-300, false},
+        {"below as a text smaller than any double", "-1e-400", false},
         {"barely above as text", "100.00000000000000001", false},
         {"infinite", kInfinity, false},
         {"not-a-number passes", kNotANumber, true},
