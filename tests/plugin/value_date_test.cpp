@@ -81,8 +81,9 @@ TEST(ValueDate, Dates)
         {"one second later wraps to the earliest", s, 9223372037.0, "00:12:44 21-09-1677"},
         {"earliest time", s, -9223372036.0, "00:12:44 21-09-1677"},
         {"a whole turn of the wrap", us, 18446744073709552.0, epoch},
-        // Both need more digits than a double has: the first would be a whole second more, the second an even half.
+        // These need more digits than a double has: it would give a second more, and an even half.
         {"microseconds of a text in seconds", s, "9099999999.999999", "01:46:39 15-05-2258"},
+        {"less than half a microsecond more", s, "9099999999.9999994", "01:46:39 15-05-2258"},
         {"half a microsecond of a text, away from zero", us, "64563604257983430.5", "00:12:44 21-09-1677"},
     };
     for (DateRow const& row : rows) {
