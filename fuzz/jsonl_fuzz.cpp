@@ -1,7 +1,10 @@
 // Any text as JSON Lines: it is read line by line, so that reading the lines apart gives the same packets
-// and fails at the same line.
+// and fails at the same line. Values come as they are written: a plain tree of the same line says how.
 #include "telemetry/telemetry.h"
 
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -40,6 +43,49 @@ void requireOneLine(std::string const& failure, std::size_t lineNumber)
     require(failure.find('\n') == std::string::npos, "a failure is one line");
 }
 
+bool isWhole(nlohmann::json const& value)
+{
+    return value.is_number_integer() && (!value.is_number_unsigned() || value.get<std::uint64_t>() <= INT64_MAX);
+}
+
+/// Scalars of the same kind and value; containers of the same kind and size.
+bool isSame(SwJsonValue const& taken, nlohmann::json const& written)
+{
+    switch (taken.type()) {
+    case SwJsonValue::Null:
+        return written.is_null();
+    case SwJsonValue::Bool:
+        return written.is_boolean() && written.get<bool>() == taken.toBool();
+    case SwJsonValue::Int:
+        return isWhole(written) && written.get<std::int64_t>() == taken.toInt();
+    case SwJsonValue::Double:
+        return written.is_number() && !isWhole(written) && written.get<double>() == taken.toDouble();
+    case SwJsonValue::String:
+        return written.is_string() && written.get_ref<std::string const&>() == taken.stringRef();
+    case SwJsonValue::Object:
+        return written.is_object() && written.size() == taken.toObject().size();
+    default:
+        return written.is_array() && written.size() == taken.toArray().size();
+    }
+}
+
+/// Whether the line is one packet of the kind that the program lists.
+bool isListed(nlohmann::json const& line)
+{
+    return line.contains("pts") && line.contains("payload") && line["payload"].is_object();
+}
+
+void requireAsWritten(std::string_view text, telemetry::Packet const& packet)
+{
+    nlohmann::json const line = nlohmann::json::parse(text);
+    nlohmann::json const& written = isListed(line) ? line["payload"] : line;
+    std::size_t const times = !isListed(line) && line.contains("t") ? 1 : 0;
+    require(packet.payload.size() + times == written.size(), "every key is there");
+    for (auto const& [key, value] : packet.payload) {
+        require(isSame(value, written.at(std::string(key))), "a value is as it was written");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
@@ -55,6 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         auto const line = read(text.substr(start, end - start), lineFailure);
         // Only the text's own byte order mark is passed over.
         bool const hasMark = text.substr(start, 3) == "\xEF\xBB\xBF";
+        std::size_t const lineStart = start;
         start = end + 1;
         if (lineNumber > 1 && hasMark) {
             return 0;
@@ -67,7 +114,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         }
         require(line->size() <= 1, "a line is one packet at most");
         for (telemetry::Packet const& packet : *line) {
-            require(!packet.payload.contains("t"), "the time is no key");
+            requireAsWritten(text.substr(lineStart, end - lineStart), packet);
             require(!whole.has_value() || packets < whole->size(), "no packet is lost");
             require(!whole.has_value() || (*whole)[packets].payload == packet.payload, "the payload is the line's");
             require(!whole.has_value() || (*whole)[packets].timeSeconds == packet.timeSeconds, "and so is the time");

@@ -1,7 +1,9 @@
 // Telemetry from JSON Lines, the form people write by hand and other programs produce.
+#include "telemetry/json_text.h"
 #include "telemetry/telemetry.h"
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -11,47 +13,75 @@ namespace {
 
 constexpr std::string_view kTimeKey = "t";
 
+// Members of a line that `keys` prints.
+constexpr std::string_view kListedTimeKey = "pts";
+constexpr std::string_view kListedChecksumKey = "checksum";
+constexpr std::string_view kListedPayloadKey = "payload";
+constexpr std::string_view kListedStreamKey = "stream";
+
 [[noreturn]] void fail(std::string const& name, std::size_t line, std::string const& reason)
 {
     throw std::runtime_error(name + ":" + std::to_string(line) + ": " + reason);
 }
 
-/// A reader's message within a longer one. It may quote the text around the error: control characters would break
-/// the one line.
-std::string oneLine(std::string message)
+/// The seconds under `key`; without that key, or with null, the packet has no time.
+std::optional<double> secondsOf(SwJsonObject const& object, std::string_view key, std::string const& name,
+                                std::size_t line)
 {
-    if (message.ends_with('.')) {
-        message.pop_back();
+    SwJsonValue const& time = object[key];
+    if (time.isInt()) {
+        return static_cast<double>(time.toInt());
     }
-    std::replace_if(
-        message.begin(), message.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-    return message;
+    if (time.isDouble()) {
+        return time.toDouble();
+    }
+    if (!time.isNull()) {
+        fail(name, line,
+             "\"" + std::string(key) +
+                 "\" is not a number; give the seconds from the start of the video, like \"t\": 1.5");
+    }
+    return std::nullopt;
+}
+
+/// Whether the line is one that `keys` prints: the packet's keys then stand in a member of their own.
+bool isListedPacket(SwJsonObject const& object)
+{
+    return object.contains(kListedTimeKey) && object[kListedPayloadKey].isObject();
+}
+
+Checksum checksumOf(std::string const& text)
+{
+    for (Checksum const checksum : {Checksum::Ok, Checksum::Bad}) {
+        if (text == toText(checksum)) {
+            return checksum;
+        }
+    }
+    return Checksum::Absent;
 }
 
 Packet parseLine(std::string_view line, std::string const& name, std::size_t number)
 {
-    SwString error;
-    SwJsonDocument document = SwJsonDocument::fromJson(SwString(std::string(line)), SwString(), error);
-    if (!error.isEmpty()) {
-        fail(name, number, "not a JSON object: " + oneLine(error.toStdString()) + "; mend the JSON there");
+    std::string error;
+    SwJsonValue root = parseJsonText(line, error);
+    if (!error.empty()) {
+        fail(name, number, "not a JSON object: " + error + "; mend the JSON there");
     }
-    SwJsonValue root = document.takeRoot();
     if (!root.isObject()) {
         fail(name, number, "not a JSON object; each line must look like {\"t\": 1.5, \"heading_deg\": 90}");
     }
+    SwJsonObject const& members = root.toObject();
+    bool const listed = isListedPacket(members);
     Packet packet;
-    if (SwJsonObject* const members = root.editObject()) {
-        packet.payload = std::move(*members);
+    packet.timeSeconds =
+        secondsOf(members, listed && !members.contains(kTimeKey) ? kListedTimeKey : kTimeKey, name, number);
+    if (listed) {
+        packet.checksum = checksumOf(members[kListedChecksumKey].stringRef());
+        packet.stream = members[kListedStreamKey].stringRef();
+        packet.payload = members[kListedPayloadKey].toObject();
+    } else {
+        packet.payload = std::move(*root.editObject());
+        packet.payload.erase(kTimeKey);
     }
-    SwJsonValue const time = std::as_const(packet.payload)[kTimeKey];
-    if (time.isInt()) {
-        packet.timeSeconds = static_cast<double>(time.toInt());
-    } else if (time.isDouble()) {
-        packet.timeSeconds = time.toDouble();
-    } else if (!time.isNull()) {
-        fail(name, number, "\"t\" is not a number; give the seconds from the start of the video, like \"t\": 1.5");
-    }
-    packet.payload.erase(kTimeKey);
     return packet;
 }
 

@@ -22,6 +22,7 @@ struct Packet {
     std::optional<double> timeSeconds;  ///< presentation time; empty when the stream gives none
     Checksum checksum = Checksum::Absent;
     SwJsonObject payload;
+    std::string stream{};  ///< by what name its stream is told from others; empty when there is only one
 };
 
 /// What a KLV stream held, for the summary that people read.
@@ -49,9 +50,11 @@ private:
 std::vector<Packet> readKlvFile(std::string const& path, KlvCounts& counts);
 
 /// Reads JSON Lines: one object a line, "t" in seconds and any further keys, which become the payload.
-/// Without "t", or with null, the packet has no time. Blank lines and a byte order mark are skipped.
-/// Throws std::runtime_error "NAME:LINE: what is wrong". `{"t":1.5,"heading_deg":90}` gives a packet at
-/// 1.5 s with the one key heading_deg. Values are read by the framework's rules: "12" is the number 12.
+/// Without "t", or with null, the packet has no time. Values are taken as they are written: "012" is a text, 1.0 a
+/// double, 1 an integer. Blank lines and a byte order mark are skipped. A line with "pts" and the object "payload",
+/// as the program lists packets, gives that object's keys, with "pts" for the time where there is no "t", and
+/// "checksum" and "stream" if they are there. Throws std::runtime_error "NAME:LINE: what is wrong".
+/// `{"t":1.5,"heading_deg":90}` gives a packet at 1.5 s with the one key heading_deg.
 std::vector<Packet> parseJsonLines(std::string_view text, std::string const& name);
 
 /// parseJsonLines on a file. Throws std::runtime_error that names file, line and what is wrong.
