@@ -8,7 +8,7 @@ tree=$2/tree
 good_tree() {
     rm -rf "$tree"
     mkdir -p "$tree/framework" "$tree/host_api" "$tree/stanag_overlay_plugin/src" "$tree/reference_host/media" \
-        "$tree/tests/framework" "$tree/tests/plugin" "$tree/tests/support"
+        "$tree/tests/framework" "$tree/tests/host_api" "$tree/tests/plugin" "$tree/tests/support"
     for room in imaging telemetry flight check frame clip cli; do
         mkdir "$tree/reference_host/$room"
         : >"$tree/reference_host/$room/$room.h"

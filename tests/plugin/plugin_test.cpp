@@ -1,4 +1,4 @@
-// The plugin's shell: identity, interface order, registration and the configuration entry points.
+// The plugin's shell: identity, registration and the configuration entry points.
 #include "StanagOverlayPlugin.h"
 
 #include "recording_imaging.h"
@@ -8,7 +8,6 @@
 #include <class_loader/class_loader.hpp>
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <stdexcept>
@@ -17,22 +16,6 @@
 #include <vector>
 
 namespace {
-
-/// The slot of a virtual operation in its class's table, the two destructor slots counted. By the Itanium
-/// C++ ABI a pointer to a virtual member holds the slot's byte offset, marked by 1 added to it or, on some
-/// processors, to the adjustment that follows.
-template <typename Member>
-std::size_t slotOf(Member member)
-{
-    struct {
-        std::size_t offset;
-        std::size_t adjustment;
-    } raw{};
-    static_assert(sizeof raw == sizeof member);
-    std::memcpy(&raw, &member, sizeof raw);
-    std::size_t const offset = (raw.adjustment & 1U) != 0 ? raw.offset : raw.offset - 1;
-    return offset / sizeof(void*);
-}
 
 /// The list of keys that the plugin publishes.
 std::vector<std::string> publishedKeys(StanagOverlayPlugin& plugin)
@@ -115,33 +98,6 @@ TEST(Plugin, InputRequirementsBelongToRenderBase)
     EXPECT_TRUE((std::is_same_v<decltype(&StanagOverlayPlugin::input_requirements), OfRenderBase>));
     EXPECT_TRUE((std::is_base_of_v<IRenderPlugin, RenderBase>));
     EXPECT_TRUE((std::is_base_of_v<RenderBase, StanagOverlayPlugin>));
-}
-
-TEST(Plugin, InterfaceSlotsStandInTheAgreedOrder)
-{
-    EXPECT_TRUE(std::has_virtual_destructor_v<IRenderPlugin>);  // slots 0 and 1
-    EXPECT_EQ(slotOf(&IRenderPlugin::getName), 2U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::getUuid), 3U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::input_types), 4U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::input_requirements), 5U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::enableDebug), 6U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::init), 7U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::getConfigList), 8U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::setConfig), 9U);
-    EXPECT_EQ(slotOf(&IRenderPlugin::render), 10U);
-}
-
-TEST(Plugin, BackendSlotsStandInTheAgreedOrder)
-{
-    EXPECT_TRUE(std::has_virtual_destructor_v<IRenderBackend>);  // slots 0 and 1
-    EXPECT_EQ(slotOf(&IRenderBackend::name), 2U);
-    EXPECT_EQ(slotOf(&IRenderBackend::map), 3U);
-}
-
-TEST(Plugin, InitRecordHoldsBackendThenPainter)
-{
-    EXPECT_EQ(offsetof(RenderInit, backend), 0U);
-    EXPECT_EQ(offsetof(RenderInit, painter), sizeof(void*));
 }
 
 TEST(Plugin, DefaultConstructibleAndVirtuallyDeletable)

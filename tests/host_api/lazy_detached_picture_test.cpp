@@ -1,6 +1,5 @@
-// Copy on write of a frame's picture, alone and from several threads, and the guard of a mapping.
+// Copy on write of a frame's picture, alone and from several threads.
 #include "LazyDetachedPicture.h"
-#include "RenderBackend.h"
 
 #include "recording_imaging.h"
 
@@ -16,7 +15,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <type_traits>
 #include <vector>
 
 namespace {
@@ -287,156 +285,4 @@ TEST(LazyPicture, ACopyThatCameTooLateIsLetGoWithoutTheLock)
     });
     EXPECT_EQ(picture.ensureWritablePicShared()->width(), 2U);
     EXPECT_TRUE(answered);
-}
-
-TEST(BackendGuard, ReleasesOnce)
-{
-    int releases = 0;
-    {
-        IRenderBackend::Guard guard(MappedNV12{recording::anyPlane(), recording::anyPlane(), 2, 2, 0, 0},
-                                    [&releases] { ++releases; });
-        EXPECT_EQ(guard.planes().width, 2);
-        guard.release();
-        EXPECT_EQ(releases, 1);
-        EXPECT_EQ(guard.planes().y, nullptr);
-        EXPECT_EQ(guard.planes().width, 0);
-        guard.release();
-    }
-    EXPECT_EQ(releases, 1);
-}
-
-TEST(BackendGuard, MovesItsMapping)
-{
-    int releases = 0;
-    {
-        IRenderBackend::Guard first(MappedNV12{recording::anyPlane(), recording::anyPlane(), 2, 2, 0, 0},
-                                    [&releases] { ++releases; });
-        IRenderBackend::Guard const second(std::move(first));
-        EXPECT_EQ(first.planes().y, nullptr);  // NOLINT: that it is empty is the point
-        EXPECT_EQ(second.planes().width, 2);
-        EXPECT_EQ(releases, 0);
-    }
-    EXPECT_EQ(releases, 1);
-}
-
-TEST(BackendGuard, AssignmentEndsTheMappingThatWasThere)
-{
-    std::string order;
-    {
-        IRenderBackend::Guard guard(MappedNV12{recording::anyPlane(), recording::anyPlane(), 2, 2, 0, 0},
-                                    [&order] { order += "old "; });
-        guard = IRenderBackend::Guard(MappedNV12{recording::anyPlane(), recording::anyPlane(), 4, 4, 0, 0},
-                                      [&order] { order += "new "; });
-        EXPECT_EQ(order, "old ");
-        EXPECT_EQ(guard.planes().width, 4);
-    }
-    EXPECT_EQ(order, "old new ");
-}
-
-TEST(BackendGuard, IsMoveOnlyAndMayHaveNoRelease)
-{
-    EXPECT_FALSE(std::is_copy_constructible_v<IRenderBackend::Guard>);
-    EXPECT_FALSE(std::is_copy_assignable_v<IRenderBackend::Guard>);
-    IRenderBackend::Guard guard(MappedNV12{}, nullptr);
-    guard.release();
-    EXPECT_EQ(guard.planes().y, nullptr);
-}
-
-TEST(PictureKeys, AreTheFortySixNames)
-{
-    using Keys = ZelvoPicture::BaseMetadata::Keys;
-    std::vector<std::string> const names{Keys::sourceNs,
-                                         Keys::cameraIndex,
-                                         Keys::cameraName,
-                                         Keys::cameraModelName,
-                                         Keys::cameraType,
-                                         Keys::utcTimestampUs,
-                                         Keys::hfovDeg,
-                                         Keys::vfovDeg,
-                                         Keys::zoomRatio,
-                                         Keys::panDeg,
-                                         Keys::tiltDeg,
-                                         Keys::rollDeg,
-                                         Keys::pitchDeg,
-                                         Keys::yawDeg,
-                                         Keys::headingDeg,
-                                         Keys::sensorLatDeg,
-                                         Keys::sensorLonDeg,
-                                         Keys::sensorAltM,
-                                         Keys::frameCenterLatDeg,
-                                         Keys::frameCenterLonDeg,
-                                         Keys::frameCenterElevM,
-                                         Keys::targetLrfLatDeg,
-                                         Keys::targetLrfLonDeg,
-                                         Keys::targetLrfElevM,
-                                         Keys::measuredSlantRangeM,
-                                         Keys::laserRangeEnabled,
-                                         Keys::velocityNorthMps,
-                                         Keys::velocityEastMps,
-                                         Keys::velocityDownMps,
-                                         Keys::azimuthRateDps,
-                                         Keys::elevationRateDps,
-                                         Keys::rollRateDps,
-                                         Keys::navSatCount,
-                                         Keys::positioningMethodSource,
-                                         Keys::platformStatus,
-                                         Keys::gimbalModeRaw,
-                                         Keys::laserPrfCode,
-                                         Keys::quatX,
-                                         Keys::quatY,
-                                         Keys::quatZ,
-                                         Keys::quatW,
-                                         Keys::gimbalModelCode,
-                                         Keys::partNumber,
-                                         Keys::serialNumber,
-                                         Keys::softwareVersion,
-                                         Keys::followMeEnabledCommand};
-    std::vector<std::string> const expected{"source_ns",
-                                            "camera_index",
-                                            "camera_name",
-                                            "camera_model_name",
-                                            "camera_type",
-                                            "utc_timestamp_us",
-                                            "hfov_deg",
-                                            "vfov_deg",
-                                            "zoom_ratio",
-                                            "pan_deg",
-                                            "tilt_deg",
-                                            "roll_deg",
-                                            "pitch_deg",
-                                            "yaw_deg",
-                                            "heading_deg",
-                                            "sensor_lat_deg",
-                                            "sensor_lon_deg",
-                                            "sensor_alt_m",
-                                            "frame_center_lat_deg",
-                                            "frame_center_lon_deg",
-                                            "frame_center_elev_m",
-                                            "target_lrf_lat_deg",
-                                            "target_lrf_lon_deg",
-                                            "target_lrf_elev_m",
-                                            "measured_slant_range_m",
-                                            "laser_range_enabled",
-                                            "velocity_north_mps",
-                                            "velocity_east_mps",
-                                            "velocity_down_mps",
-                                            "azimuth_rate_dps",
-                                            "elevation_rate_dps",
-                                            "roll_rate_dps",
-                                            "nav_sat_count",
-                                            "positioning_method_source",
-                                            "platform_status",
-                                            "gimbal_mode_raw",
-                                            "laser_prf_code",
-                                            "quat_x",
-                                            "quat_y",
-                                            "quat_z",
-                                            "quat_w",
-                                            "gimbal_model_code",
-                                            "part_number",
-                                            "serial_number",
-                                            "software_version",
-                                            "ordalis.follow_me_enabled_command"};
-    EXPECT_EQ(expected.size(), 46U);
-    EXPECT_EQ(names, expected);
 }
