@@ -1,11 +1,12 @@
 // What is shared by the framework's tests: captured diagnostics, a global locale for one scope, a small thread.
 #pragma once
 
+#include "small_stack.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <locale>
-#include <pthread.h>
 #include <string>
 
 namespace framework_test {
@@ -38,21 +39,6 @@ private:
     std::locale previous_;
 };
 
-/// Runs `action` on a thread whose stack has 256 kB.
-inline void runOnSmallStack(std::function<void()> action)
-{
-    constexpr std::size_t kStackBytes = std::size_t{256} * 1024;
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kStackBytes), 0);
-    pthread_t thread{};
-    auto const start = [](void* argument) -> void* {
-        (*static_cast<std::function<void()>*>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, start, &action), 0);
-    ASSERT_EQ(pthread_join(thread, nullptr), 0);
-    pthread_attr_destroy(&attributes);
-}
+using ::runOnSmallStack;
 
 }  // namespace framework_test

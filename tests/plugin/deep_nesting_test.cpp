@@ -2,8 +2,8 @@
 // merged, copied, looked at, drawn past and destroyed.
 #include "StanagOverlayPlugin.h"
 
-#include "../framework/test_support.h"
 #include "recording_imaging.h"
+#include "small_stack.h"
 #include "test_host.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +37,7 @@ std::string drawnText(StanagOverlayPlugin& plugin, TestHost& host)
 
 TEST(DeepNesting, AMillionLevelsAsConfiguration)
 {
-    framework_test::runOnSmallStack([] {
+    runOnSmallStack([] {
         for (bool const objects : {false, true}) {
             std::string const deep = nested(objects, kMillionLevels);
             struct Row {
@@ -67,7 +67,7 @@ TEST(DeepNesting, AMillionLevelsAsConfiguration)
 
 TEST(DeepNesting, AMillionLevelsAsPayload)
 {
-    framework_test::runOnSmallStack([] {
+    runOnSmallStack([] {
         for (bool const objects : {false, true}) {
             std::string const text = R"({"deep":)" + nested(objects, kMillionLevels) + R"(,"v":7})";
             for (SwAny const& payload : {SwAny(text), SwAny(jsonObject(text))}) {
@@ -94,7 +94,7 @@ TEST(DeepNesting, UnderEveryKeyOfTheConfiguration)
     std::vector<std::string> const formatKeys{
         "decimals", "trimTrailingZeros", "date",       "dateFormat",     "timestampUnit",      "timezone", "minValue",
         "maxValue", "invalidValues",     "holdLastMs", "refreshEveryMs", "missingPlaceholder", "unknown"};
-    framework_test::runOnSmallStack([&] {
+    runOnSmallStack([&] {
         for (bool const objects : {false, true}) {
             std::string const deep = nested(objects);
             std::vector<std::string> configs{deep, R"({"overlay":)" + deep + "}", R"({"other":)" + deep + "}",
@@ -128,7 +128,7 @@ TEST(DeepNesting, UnderEveryKeyOfTheConfiguration)
 
 TEST(DeepNesting, InAPayloadOfEveryKind)
 {
-    framework_test::runOnSmallStack([] {
+    runOnSmallStack([] {
         for (bool const objects : {false, true}) {
             std::string const deep = nested(objects);
             std::string const text = R"({"deep":)" + deep + R"(,"v":7})";
@@ -157,7 +157,7 @@ TEST(DeepNesting, InAPayloadOfEveryKind)
 
 TEST(DeepNesting, InAPayloadThatIsNoObject)
 {
-    framework_test::runOnSmallStack([] {
+    runOnSmallStack([] {
         std::string const deep = nested(false);
         testing::internal::CaptureStderr();
         for (std::string const& text : {deep, deep.substr(0, kLevels), R"({"a":)" + deep}) {
