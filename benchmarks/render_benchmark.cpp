@@ -1,6 +1,7 @@
 // The plugin's own share of a frame: render() with a painter that does nothing, against the pass written
 // plainly and against what the common text filter costs for the same six blocks.
 //   render_benchmark [--table=FILE] [options of Google Benchmark]
+#include "FrameTime.h"
 #include "StanagOverlayPlugin.h"
 
 #include "allocation_counter.h"
@@ -67,6 +68,27 @@ void renderPlainFrames(benchmark::State& state, FrameCase const& frame)
     pass.init(host.init());
     pass.overlays = OverlayConfigParser().parse(blocksConfig(frame.blocks, frame.updateEveryNFrames));
     runFrames(state, pass, host);
+}
+
+/// A host that gives each frame its time.
+struct TimedPlugin {
+    StanagOverlayPlugin plugin;
+    std::uint64_t nowNs = 1;
+
+    void render(RenderContext& context)
+    {
+        FrameTime const time(nowNs += 40000000);
+        plugin.render(context);
+    }
+};
+
+void renderTimedFrames(benchmark::State& state)
+{
+    FrameHost host(1, copiesOf(PayloadKind::Object, 0));
+    TimedPlugin timed;
+    timed.plugin.init(host.init());
+    timed.plugin.setConfig(blocksConfig(kSixBlocks));
+    runFrames(state, timed, host);
 }
 
 /// Without the copy that the host makes: what the plugin itself adds to a frame. Payloads are made in
@@ -161,6 +183,8 @@ std::vector<std::string> registerFrames()
     };
     addNamed("frame/object", {});
     addNamed("frame/object/every5", {PayloadKind::Object, kSixBlocks, 5});
+    benchmark::RegisterBenchmark("frame/object/time given", renderTimedFrames);
+    names.emplace_back("frame/object/time given");
     addNamed("frame/text", {PayloadKind::Text});
     addNamed("frame/text/every5", {PayloadKind::Text, kSixBlocks, 5});
     for (std::size_t const keys : {46U, 460U, 4600U}) {
@@ -197,6 +221,7 @@ std::vector<RatioRow> const kRows{
     {"frame, text payload, against drawtext", "frame/text", "drawtext", 50.0},
     {"frame, object payload, against the plain pass", "frame/object", "plain/object", 3.0},
     {"frame, text payload, against the plain pass", "frame/text", "plain/text", 0.0},
+    {"frame with its time given, against the clock", "frame/object/time given", "frame/object", 0.0},
     {"frame, object, text every 5th frame, against the plain pass", "frame/object/every5", "plain/object/every5", 0.0},
     {"frame without the host's copy, against drawtext", "frame/moved/keys:46", "drawtext", 0.0},
 };

@@ -29,6 +29,7 @@ public:
     /// Replaces the configuration, before or after init. A text that cannot be read is no error: see the
     /// plugin for what it then does.
     virtual void setConfig(std::string config) = 0;
-    /// Draws on one frame; does nothing before init. Exceptions of the host's objects pass through.
+    /// Draws on one frame; does nothing before init. Exceptions of the host's objects pass through. Holds and delays
+    /// run by the steady clock unless a FrameTime says the frame's time.
     virtual void render(RenderContext& context) = 0;
 };

@@ -2,6 +2,7 @@
 // decided in stanag_overlay_condition and written by stanag_overlay_format; here it is measured and drawn.
 #include "StanagOverlayPlugin.h"
 
+#include "FrameTime.h"
 #include "overlay_geometry.h"
 #include "overlay_numbers.h"
 #include "render_payload.h"
@@ -24,6 +25,13 @@ using stanag_overlay::Visibility;
 namespace {
 
 constexpr char const* kInputType = "stanag.v1";
+
+/// The time that the host gives the frame, else the steady clock's.
+std::uint64_t frameNowNs()
+{
+    std::uint64_t const given = FrameTime::given();
+    return given != 0 ? given : stanag_overlay::steadyNowNs();
+}
 
 /// The payload of one input; empty when the host has no way to it.
 SwJsonObject payloadOf(RenderContext const& context, RenderInput const& input)
@@ -180,7 +188,7 @@ void StanagOverlayPlugin::render(RenderContext& context)
     if (painter_ == nullptr || backend_ == nullptr || !context.picture.hasSource()) {
         return;
     }
-    std::uint64_t const nowNs = stanag_overlay::steadyNowNs();
+    std::uint64_t const nowNs = frameNowNs();
     SwJsonObject root;
     unsigned long providersMissing = 0;
     unsigned long providersUsingLookback = 0;

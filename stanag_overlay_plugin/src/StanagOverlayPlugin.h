@@ -65,7 +65,7 @@ private:
     stanag_overlay::OverlayConditionEvaluator evaluator_;
     bool debug_ = false;
     std::uint64_t missCount_ = 0;                 // frames without telemetry in a row
-    std::uint64_t nextFallbackLogNs_ = 0;         // steady clock
+    std::uint64_t nextFallbackLogNs_ = 0;         // the frames' time
     std::uint64_t fallbackLogIntervalMs_ = 2000;  // least spacing of the fallback lines
     std::uint64_t fallbackLogEveryN_ = 60;        // and one on every 60th miss in a row
 };

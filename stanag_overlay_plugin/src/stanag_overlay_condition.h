@@ -23,7 +23,7 @@ public:
     /// {"condition": {"key": "k", "value": 3}} gives Equals with the value "3".
     void parse(SwJsonObject const& item, ConditionCfg& cond) const;
 
-    /// What to do with the block at `nowNs` (steady clock). The show delay waits while strictly less than
+    /// What to do with the block at `nowNs` (the frame's time). The show delay waits while strictly less than
     /// showAfterNs has passed, the keep period lasts while at most keepAfterNs has. A null root or an
     /// absent key makes the condition false. Writes only the runtime's two condition times.
     Visibility visibility(OverlayCfg const& cfg, OverlayRuntime& runtime, SwJsonObject const* root,

@@ -7,7 +7,7 @@
 
 namespace stanag_overlay {
 
-/// A text and the steady-clock time (ns) that belongs to it; time 0 means no entry.
+/// A text and the frame's time (ns) that belongs to it; time 0 means no entry.
 struct TimedText {
     std::string text;
     std::uint64_t timeNs = 0;

@@ -1,4 +1,4 @@
-// The one place where time enters the plugin; tests replace it at link time.
+// The clock of frames to which the host gives no time; tests replace it at link time.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // The built plugin library, opened as a host does: through class_loader, with the plugin's own code nowhere
 // in this program. The imaging calls of the plugin meet the recording library that this program exports.
+#include "FrameTime.h"
 #include "IRenderPlugin.h"
 
 #include "recording_imaging.h"
@@ -131,6 +132,24 @@ TEST(Load, TheLoadedPluginKnowsTheHostsConversions)
     TestHost host;
     host.deliver(SwAny(HostTelemetry{7}));
     EXPECT_EQ(drawnBy(*plugin, host), kOneBlockFrame);
+}
+
+TEST(Load, TheLoadedPluginRunsByTheHostsFrameTime)
+{
+    ClassLoader loader(kPluginPath);
+    auto const plugin = loader.createUniqueInstance<IRenderPlugin>("StanagOverlayPlugin");
+    TestHost host;
+    host.deliver(kOneBlockTelemetry);
+    plugin->init(host.init());
+    plugin->setConfig(R"({"overlay":[{"formatString":"v=%v","condition":{"key":"v","showAfterMs":600000}}]})");
+    constexpr std::uint64_t kTenMinutesNs = 600000000000;
+    auto const drawnAt = [&](std::uint64_t ns) {
+        FrameTime const time(ns);
+        return hostRequests(*plugin, host.nextFrame(1), {"drawText"});
+    };
+    EXPECT_EQ(drawnAt(1000), "");
+    EXPECT_EQ(drawnAt(1000 + kTenMinutesNs - 1), "");
+    EXPECT_EQ(drawnAt(1000 + kTenMinutesNs), "drawText 10 10 16 0 0 \"v=7\" on 1920x1080\n");
 }
 
 TEST(Load, MissingLibraryIsTheLoadersOwnException)
