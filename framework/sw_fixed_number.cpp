@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <string_view>
 
 namespace sw_detail {
 
@@ -53,12 +54,19 @@ bool scaleAndRound(double magnitude, int decimals, std::uint64_t& out)
     return quotient == out;
 }
 
-/// A scaled number with its point, at least one digit before it.
-char* writeScaled(char* room, std::uint64_t scaled, int decimals)
+/// Room for a short number: sign, 20 digits, the point, and a zero before it.
+using ShortRoom = std::array<char, 24>;
+
+/// A number of the usual size, written at the end of `room`; empty for other numbers.
+std::string_view shortFixed(ShortRoom& room, double number, int decimals)
 {
-    std::array<char, 24> backwards;
-    char* const end = backwards.data() + backwards.size();
+    std::uint64_t scaled = 0;
+    if (decimals > kMaxScaledDecimals || !scaleAndRound(std::fabs(number), decimals, scaled)) {
+        return {};
+    }
+    char* const end = room.data() + room.size();
     char* at = end;
+    // At least one digit before the point.
     for (int written = 0; written <= decimals || scaled != 0; ++written) {
         if (written == decimals && decimals > 0) {
             *--at = '.';
@@ -66,27 +74,32 @@ char* writeScaled(char* room, std::uint64_t scaled, int decimals)
         *--at = static_cast<char>('0' + scaled % 10);
         scaled /= 10;
     }
-    return std::copy(at, end, room);
+    if (std::signbit(number)) {
+        *--at = '-';
+    }
+    return {at, static_cast<std::size_t>(end - at)};
 }
 
 }  // namespace
 
 char* writeFixed(char* room, double number, int decimals)
 {
-    std::uint64_t scaled = 0;
-    if (decimals <= kMaxScaledDecimals && scaleAndRound(std::fabs(number), decimals, scaled)) {
-        if (std::signbit(number)) {
-            *room++ = '-';
-        }
-        return writeScaled(room, scaled, decimals);
+    ShortRoom shortRoom;
+    if (std::string_view const text = shortFixed(shortRoom, number, decimals); !text.empty()) {
+        return std::copy(text.begin(), text.end(), room);
     }
     return std::to_chars(room, room + fixedLength(decimals), number, std::chars_format::fixed, decimals).ptr;
 }
 
 void appendFixed(std::string& out, double number, int decimals)
 {
-    std::array<char, fixedLength(kMaxFractionDigits)> buffer;
-    out.append(buffer.data(), writeFixed(buffer.data(), number, decimals));
+    ShortRoom shortRoom;
+    if (std::string_view const text = shortFixed(shortRoom, number, decimals); !text.empty()) {
+        out += text;
+        return;
+    }
+    std::array<char, fixedLength(kMaxFractionDigits)> room;
+    out.append(room.data(), writeFixed(room.data(), number, decimals));
 }
 
 }  // namespace sw_detail
