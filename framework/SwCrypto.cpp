@@ -10,6 +10,7 @@
 #include <climits>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <stdexcept>
 
 namespace {
@@ -94,6 +95,20 @@ std::size_t paddingLength(SwCrypto::Bytes const& plain)
         }
     }
     return length;
+}
+
+/// What `operation` gives; when bad data or the library fails it, one line and "".
+template <typename Operation>
+std::string textOrReport(std::string_view message, Operation const& operation)
+{
+    try {
+        return operation();
+    } catch (std::bad_alloc const&) {
+        throw;
+    } catch (std::exception const& failure) {
+        sw_detail::writeDiagnostic(message, failure.what());
+        return {};
+    }
 }
 
 }  // namespace
@@ -212,11 +227,21 @@ std::string SwCrypto::decryptText(std::string_view cipherText, std::string_view 
     return std::string(plain.begin(), end);
 }
 
+std::string SwCrypto::encryptOrReport(std::string_view plain, std::string_view passPhrase)
+{
+    return textOrReport("Encryption error: ", [&] { return encryptText(plain, passPhrase); });
+}
+
+std::string SwCrypto::decryptOrReport(std::string_view cipherText, std::string_view passPhrase)
+{
+    return textOrReport("Decryption error: ", [&] { return decryptText(cipherText, passPhrase); });
+}
+
 std::string SwCrypto::decryptAES(std::string const& data, std::string const& key)
 {
     try {
-        return decryptText(data, key);
-    } catch (std::exception const& failure) {
+        return decryptOrReport(data, key);
+    } catch (std::bad_alloc const& failure) {
         sw_detail::writeDiagnostic("Decryption error: ", failure.what());
         return {};
     }

@@ -39,7 +39,12 @@ public:
     /// primitives throw, and std::invalid_argument "Invalid data: empty." for an empty cipher text.
     static std::string decryptText(std::string_view cipherText, std::string_view passPhrase);
 
-    /// decryptText that never throws: a failure writes "Decryption error: " and the reason to standard
-    /// error and gives "".
+    /// encryptText and decryptText as documents use them: bad data and failures of the library write
+    /// "Encryption error: " or "Decryption error: " and the reason to standard error and give "". Only a failing
+    /// allocation throws: it says nothing of the data, and "" in its place would be a lost value.
+    static std::string encryptOrReport(std::string_view plain, std::string_view passPhrase);
+    static std::string decryptOrReport(std::string_view cipherText, std::string_view passPhrase);
+
+    /// decryptOrReport that reports a failing allocation too.
     static std::string decryptAES(std::string const& data, std::string const& key);
 };

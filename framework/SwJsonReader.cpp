@@ -1,5 +1,6 @@
 // The JSON reader: text to value tree in one pass, with string coercion and decryption on the way. Open
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
+#include "SwCrypto.h"
 #include "SwJson.h"
 #include "sw_diagnostic.h"
 #include "sw_json_builder.h"
@@ -11,6 +12,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
+#include <new>
 
 using sw_detail::isDigit;
 using sw_detail::isLetter;
@@ -135,10 +137,10 @@ class Reader {
 public:
     Reader(SwString const& text, SwString const& key)
         : begin_(text.c_str())
-        , end_(begin_ + text.size())
+        , end_(begin_ + text.toStdString().size())
         , key_(key)
         , hasKey_(!key.isEmpty())
-        , tree_(text.size())
+        , tree_(text.toStdString().size())
     {
     }
 
@@ -297,13 +299,15 @@ private:
 
     char const* addDecryptedString_(char const* at, std::string_view text)
     {
-        SwString plain;
+        std::string plain;
         try {
-            plain = SwString(std::string(text)).decryptAES(key_);
+            plain = SwCrypto::decryptOrReport(text, key_.toStdString());
+        } catch (std::bad_alloc const&) {
+            throw;
         } catch (...) {
             return fail_(at, "Unable to decrypt string value");
         }
-        addCoerced(tree_, tree_.keep(plain.toStdString()));
+        addCoerced(tree_, tree_.keep(plain));
         return at;
     }
 
@@ -364,14 +368,16 @@ private:
         if (stop == at) {
             return nullptr;
         }
-        SwString plain;
+        std::string plain;
         try {
-            plain = SwString(std::string(at, stop)).decryptAES(key_);
+            plain = SwCrypto::decryptOrReport({at, static_cast<std::size_t>(stop - at)}, key_.toStdString());
+        } catch (std::bad_alloc const&) {
+            throw;
         } catch (...) {
             // Read on as if there were no key.
             return nullptr;
         }
-        addDecryptedScalar(tree_, plain.toStdString());
+        addDecryptedScalar(tree_, plain);
         return stop;
     }
 
@@ -397,7 +403,7 @@ SwJsonDocument SwJsonDocument::fromJson(SwString const& text, SwString const& ke
         return {};
     }
     if (error.isEmpty()) {
-        char const* const end = text.c_str() + text.size();
+        char const* const end = text.c_str() + text.toStdString().size();
         if (skipSpace(text.c_str() + cursor, end) != end) {
             error = "Unexpected characters at the end of JSON.";
         }
@@ -426,9 +432,10 @@ SwJsonValue SwJsonDocument::parseJson(SwString const& text, std::size_t& cursor,
 std::string SwJsonDocument::parseString(SwString const& text, std::size_t& cursor, SwString& error)
 {
     char const* const begin = text.c_str();
-    char const* const end = begin + text.size();
-    if (cursor >= text.size()) {
-        reportError(error, text, text.size(), "Unterminated string literal");
+    std::size_t const size = text.toStdString().size();
+    char const* const end = begin + size;
+    if (cursor >= size) {
+        reportError(error, text, size, "Unterminated string literal");
         return {};
     }
     char const* at = begin + cursor;
@@ -448,9 +455,10 @@ bool SwJsonDocument::parseUnicodeEscapeSequence(SwString const& text, std::size_
                                                 SwString& error)
 {
     char const* const begin = text.c_str();
-    char const* at = begin + std::min(cursor, text.size());
+    char const* const end = begin + text.toStdString().size();
+    char const* at = begin + std::min(cursor, text.toStdString().size());
     sw_detail::JsonProblem problem;
-    bool const read = sw_detail::scanUnicodeEscape(at, begin + text.size(), out, problem);
+    bool const read = sw_detail::scanUnicodeEscape(at, end, out, problem);
     cursor = static_cast<std::size_t>(at - begin);
     if (!read) {
         reportError(error, text, static_cast<std::size_t>(problem.at - begin), problem.message);
@@ -464,8 +472,9 @@ void SwJsonDocument::reportError(SwString& error, SwString const& text, std::siz
         return;
     }
     constexpr std::size_t kContextBytes = 20;
-    std::size_t const first = std::min(std::max(index, kContextBytes) - kContextBytes, text.size());
-    std::size_t const last = std::min(index + kContextBytes, text.size());
+    std::size_t const size = text.toStdString().size();
+    std::size_t const first = std::min(std::max(index, kContextBytes) - kContextBytes, size);
+    std::size_t const last = std::min(index + kContextBytes, size);
     std::string report(message);
     report.append(" (index ").append(std::to_string(index)).append(") near \"");
     report.append(text.toStdString(), first, last - first).push_back('"');

@@ -1,5 +1,6 @@
 // The JSON writer: value tree to text, compact or indented, in the clear or with encrypted scalars. Open
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
+#include "SwCrypto.h"
 #include "SwJson.h"
 #include "sw_fixed_number.h"
 #include "sw_json_scan.h"
@@ -217,7 +218,7 @@ private:
         TextSink sink(plain);
         put(scalar, sink);
         sink.flush();
-        out_.put(SwString(std::move(plain)).encryptAES(key_).toStdString());
+        out_.put(SwCrypto::encryptOrReport(plain, key_.toStdString()));
     }
 
     void writeString_(std::string const& text)
@@ -226,7 +227,7 @@ private:
         if (key_.isEmpty()) {
             putEscaped(text, out_);
         } else {
-            putEscaped(SwString(text).encryptAES(key_).toStdString(), out_);
+            putEscaped(SwCrypto::encryptOrReport(text, key_.toStdString()), out_);
         }
         out_.put('"');
     }

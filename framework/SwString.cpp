@@ -4,6 +4,7 @@
 
 #include "SwCrypto.h"
 #include "sw_diagnostic.h"
+#include "sw_numbers.h"
 #include "sw_text.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <new>
 #include <optional>
 
 using sw_detail::hexDigitValue;
@@ -140,6 +142,11 @@ std::optional<std::int64_t> readInteger(std::string_view working)
 
 }  // namespace
 
+int SwString::size() const noexcept
+{
+    return sw_detail::saturatedInt(text_.size());
+}
+
 SwString SwString::operator+(SwString const& other) const
 {
     std::string joined;
@@ -245,8 +252,8 @@ unsigned long SwString::toUnsigned(unsigned long max) const
 SwString SwString::encryptAES(SwString const& key) const
 {
     try {
-        return SwCrypto::encryptText(text_, key.text_);
-    } catch (std::exception const& failure) {
+        return SwCrypto::encryptOrReport(text_, key.text_);
+    } catch (std::bad_alloc const& failure) {
         sw_detail::writeDiagnostic("Encryption error: ", failure.what());
         return {};
     }

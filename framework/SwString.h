@@ -1,7 +1,7 @@
 // The framework's byte string: UTF-8 by convention, never validated.
 // Its number conversions are lenient on purpose and report failure by a flag and one line on
 // standard error, never by an exception. All numbers are read in the "C" locale whatever locale
-// the process has set.
+// the process has set. Positions and lengths are int; longer strings are whole in toStdString().
 #pragma once
 
 #include <cstddef>
@@ -17,18 +17,23 @@ public:
     SwString(std::string text) noexcept : text_(std::move(text)) {}
     /// A null pointer gives the empty string.
     SwString(char const* text) : text_(text == nullptr ? "" : text) {}
+    /// Neither nullptr nor the number 0 is a text: without this, arg(0) would put in "" for "0".
+    SwString(std::nullptr_t) = delete;
 
     operator std::string const&() const noexcept { return text_; }
     std::string const& toStdString() const noexcept { return text_; }
 
-    std::size_t size() const noexcept { return text_.size(); }
+    /// The number of bytes; the greatest int for a longer string.
+    int size() const noexcept;
+    int length() const noexcept { return size(); }
     bool isEmpty() const noexcept { return text_.empty(); }
     bool empty() const noexcept { return text_.empty(); }
     char const* data() const noexcept { return text_.data(); }
     char const* c_str() const noexcept { return text_.c_str(); }
-    /// The byte at `index`, which must be below size().
-    char operator[](std::size_t index) const { return text_[index]; }
-    void reserve(std::size_t bytes) { text_.reserve(bytes); }
+    /// The byte at `index`, which must be at least 0 and below size().
+    char operator[](int index) const { return text_[static_cast<std::size_t>(index)]; }
+    /// Makes room for `bytes` in all; a number that is not positive changes nothing.
+    void reserve(int bytes) { text_.reserve(bytes < 0 ? 0 : static_cast<std::size_t>(bytes)); }
     void clear() noexcept { text_.clear(); }
 
     /// Appends bytes in place; the writer builds its output with it.
@@ -44,6 +49,8 @@ public:
 
     /// A new string: this one followed by the other.
     SwString operator+(SwString const& other) const;
+    friend SwString operator+(char const* left, SwString const& right) { return SwString(left) + right; }
+    friend SwString operator+(std::string const& left, SwString const& right) { return SwString(left) + right; }
 
     /// A copy without leading and trailing space, tab, line feed and carriage return. Vertical tab
     /// and form feed stay: trimmed("\v a ") is "\v a".
@@ -82,12 +89,13 @@ public:
     /// "-", no digits, or a value above `max` gives 0. Bytes after the number are ignored.
     unsigned long toUnsigned(unsigned long max) const;
 
-    /// AES-256-ECB under the SHA-256 of `key`, as base64 text. On failure writes
+    /// AES-256-ECB under the SHA-256 of `key`, as base64 text. On any failure, one of memory too, writes
     /// "Encryption error: " and the reason to standard error and returns "".
     SwString encryptAES(SwString const& key) const;
 
     /// The plain text of this base64 cipher text. Wrong padding is tolerated: the bytes come back as
-    /// they are. On failure writes "Decryption error: " and the reason to standard error and returns "".
+    /// they are. On any failure, one of memory too, writes "Decryption error: " and the reason to
+    /// standard error and returns "".
     SwString decryptAES(SwString const& key) const;
 
     friend bool operator==(SwString const& a, SwString const& b) noexcept { return a.text_ == b.text_; }

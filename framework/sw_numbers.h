@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -16,6 +17,13 @@ inline float nearestFloat(double number)
         return std::copysign(std::numeric_limits<float>::infinity(), number < 0.0 ? -1.0F : 1.0F);
     }
     return static_cast<float>(number);
+}
+
+/// A size as an int; what lies beyond becomes the greatest one.
+inline int saturatedInt(std::size_t size)
+{
+    constexpr int kMost = std::numeric_limits<int>::max();
+    return size < static_cast<std::size_t>(kMost) ? static_cast<int>(size) : kMost;
 }
 
 /// A whole number as a 64-bit integer; what lies beyond, infinities included, becomes the nearest limit.

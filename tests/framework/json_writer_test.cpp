@@ -378,6 +378,6 @@ TEST(SwJsonWriter, AMillionLevelsAreWrittenOnASmallStack)
         EXPECT_TRUE(written(tree) == expected);
         SwString const key = "key";
         std::string const encrypted = written(tree, false, 0, key);
-        EXPECT_EQ(encrypted.size(), expected.size() - 3 + SwString("end").encryptAES(key).size());
+        EXPECT_EQ(encrypted.size(), expected.size() - 3 + SwString("end").encryptAES(key).toStdString().size());
     });
 }

@@ -1,11 +1,13 @@
 #include "SwString.h"
 
+#include "sw_numbers.h"
 #include "test_support.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <sstream>
+#include <type_traits>
 
 using framework_test::standardErrorOf;
 
@@ -16,7 +18,97 @@ std::vector<std::string> plain(std::vector<SwString> const& pieces)
     return {pieces.begin(), pieces.end()};
 }
 
+// Templates, so that what does not compile is false and no error.
+template <typename Text>
+constexpr bool kTakesZeroAsArgument = requires(Text text)
+{
+    text.arg(0);
+};
+template <typename Text>
+constexpr bool kTakesLongZeroAsArgument = requires(Text text)
+{
+    text.arg(0L);
+};
+template <typename Text>
+constexpr bool kTakesNullAsArgument = requires(Text text)
+{
+    text.arg(NULL);
+};
+template <typename Text>
+constexpr bool kTakesNullptrAsArgument = requires(Text text)
+{
+    text.arg(nullptr);
+};
+template <typename Text>
+constexpr bool kTakesLiteralAsArgument = requires(Text text)
+{
+    text.arg("3");
+};
+template <typename Text>
+constexpr bool kAddsZero = requires(Text text)
+{
+    text + 0;
+};
+template <typename Text>
+constexpr bool kComparesWithZero = requires(Text text)
+{
+    text == 0;
+};
+template <typename Text>
+constexpr bool kTakesZeroAsKey = requires(Text text)
+{
+    text.encryptAES(0);
+};
+
 }  // namespace
+
+// What arg(0) put in was "", not "0".
+TEST(SwString, NoNullPointerLiteralIsAText)
+{
+    EXPECT_FALSE(kTakesZeroAsArgument<SwString>);
+    EXPECT_FALSE(kTakesLongZeroAsArgument<SwString>);
+    EXPECT_FALSE(kTakesNullAsArgument<SwString>);
+    EXPECT_FALSE(kTakesNullptrAsArgument<SwString>);
+    EXPECT_FALSE(kAddsZero<SwString>);
+    EXPECT_FALSE(kComparesWithZero<SwString>);
+    EXPECT_FALSE(kTakesZeroAsKey<SwString>);
+    EXPECT_FALSE((std::is_constructible_v<SwString, std::nullptr_t>));
+    EXPECT_FALSE((std::is_constructible_v<SwString, int>));
+    EXPECT_TRUE(kTakesLiteralAsArgument<SwString>);
+    EXPECT_TRUE((std::is_convertible_v<char const*, SwString>));
+    EXPECT_TRUE((std::is_convertible_v<std::string, SwString>));
+    EXPECT_TRUE((std::is_convertible_v<SwString, std::string>));
+}
+
+TEST(SwString, PositionsAndLengthsAreInt)
+{
+    SwString const text = "abc";
+    EXPECT_TRUE((std::is_same_v<decltype(text.size()), int>));
+    EXPECT_EQ(text.size(), 3);
+    EXPECT_EQ(text.length(), 3);
+    EXPECT_EQ(SwString().size(), 0);
+    std::string backwards;
+    for (int i = text.size() - 1; i >= 0; --i) {
+        backwards.push_back(text[i]);
+    }
+    EXPECT_EQ(backwards, "cba");
+    SwString roomy;
+    roomy.reserve(1000);
+    EXPECT_GE(roomy.toStdString().capacity(), 1000U);
+    roomy.reserve(-1);
+    EXPECT_EQ(roomy.size(), 0);
+}
+
+// Asked of the narrowing itself: such a string would take two gigabytes.
+TEST(SwString, ALengthBeyondIntIsTheGreatestInt)
+{
+    EXPECT_EQ(sw_detail::saturatedInt(0), 0);
+    EXPECT_EQ(sw_detail::saturatedInt(2147483646), 2147483646);
+    EXPECT_EQ(sw_detail::saturatedInt(2147483647), 2147483647);
+    EXPECT_EQ(sw_detail::saturatedInt(2147483648), 2147483647);
+    EXPECT_EQ(sw_detail::saturatedInt(4294967297), 2147483647);
+    EXPECT_EQ(sw_detail::saturatedInt(std::numeric_limits<std::size_t>::max()), 2147483647);
+}
 
 TEST(SwString, ConvertsFromAndToStandardAndCStrings)
 {
@@ -27,6 +119,9 @@ TEST(SwString, ConvertsFromAndToStandardAndCStrings)
     EXPECT_EQ(fromC.toStdString(), "abc");
     EXPECT_EQ(back, std::string("a\0b", 3));
     EXPECT_EQ(fromNull.toStdString(), "");
+    std::string assigned;
+    assigned = fromC;
+    EXPECT_EQ(assigned, "abc");
     EXPECT_TRUE(SwString().isEmpty());
     std::ostringstream out;
     out << fromC;
@@ -46,6 +141,11 @@ TEST(SwString, JoinsAndAppends)
     SwString const left = "ab";
     EXPECT_EQ((left + SwString("cd")).toStdString(), "abcd");
     EXPECT_EQ((left + SwString()).toStdString(), "ab");
+    EXPECT_EQ((left + "cd").toStdString(), "abcd");
+    EXPECT_EQ((left + std::string("cd")).toStdString(), "abcd");
+    EXPECT_EQ(("x" + left).toStdString(), "xab");
+    EXPECT_EQ((std::string("x") + left + "y").toStdString(), "xaby");
+    EXPECT_EQ(("x" + left + left).toStdString(), "xabab");
     EXPECT_EQ(left.toStdString(), "ab");
     SwString grown = "x";
     grown += "y";
@@ -232,6 +332,7 @@ TEST(SwString, ToIntFailureGivesZeroAndOneLineWithTheUnchangedText)
         EXPECT_EQ(value, 0);
         EXPECT_FALSE(ok);
     }
+    EXPECT_EQ(standardErrorOf([] { EXPECT_EQ(SwString("17").toInt(nullptr), 17); }), "");
     EXPECT_EQ(standardErrorOf([] { EXPECT_EQ(SwString("x").toInt(), 0); }), "Invalid int conversion in SwString: x\n");
 }
 
@@ -263,6 +364,11 @@ TEST(SwString, ParseNumericDoubleReadsItsForms)
         {"-9223372036854775808", -9223372036854775808.0},
         {"-0b1000000000000000000000000000000000000000000000000000000000000000", -9223372036854775808.0},
         {"0x1.8p1", 3.0},
+        {"0x1e", 30.0},
+        {"0b1e1", 0.0},
+        {"infe", std::numeric_limits<double>::infinity()},
+        {"\v1.5", 1.5},
+        {"1._5", 1.5},
         {"0xE", 14.0},
         {"2.2250738585072014e-308", 2.2250738585072014e-308},
         {"1.7976931348623157e308", 1.7976931348623157e308},
@@ -290,6 +396,8 @@ TEST(SwString, ParseNumericDoubleFailureLeavesTheResultAndWritesNothing)
         "e5",
         "abc",
         "one",
+        "inf",
+        "nan",
         "0b",
         "0b2",
         "1e999",
@@ -361,6 +469,10 @@ TEST(SwString, ToUnsignedReadsWithAutomaticBaseOrGivesZero)
         {"010", kMax, 8},
         {"-1", kMax, 0},
         {" -1", kMax, 0},
+        {"\v-1", kMax, kMax},
+        {"\v-1", 4294967295UL, 0},
+        {"-", kMax, 0},
+        {"+", kMax, 0},
         {"", kMax, 0},
         {"abc", kMax, 0},
         {"18446744073709551615", kMax, kMax},
