@@ -149,7 +149,7 @@ void readFramework(benchmark::State& state, int which)
         SwJsonDocument document = SwJsonDocument::fromJson(text, SwString(), error);
         benchmark::DoNotOptimize(document);
     }
-    setBytes(state, text.size());
+    setBytes(state, text.toStdString().size());
 }
 
 void readNlohmann(benchmark::State& state, int which)
@@ -203,7 +203,7 @@ void writeFramework(benchmark::State& state, int which)
         SwString text;
         SwJsonDocument::generateJson(document.root(), text, false, 0, SwString());
         benchmark::DoNotOptimize(text);
-        size = text.size();
+        size = text.toStdString().size();
     }
     setBytes(state, size);
 }

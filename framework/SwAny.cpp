@@ -145,12 +145,12 @@ void SwAny::addConverter(std::string const& from, std::string const& to, Convert
     AnyRegistry::instance().addConverter(from, to, std::move(converter));
 }
 
-SwAny::ConverterMap SwAny::getConverters()
+SwAny::ConverterMap const SwAny::getConverters()
 {
     return AnyRegistry::instance().converters();
 }
 
-SwAny::ConversionRules SwAny::getConversionRules()
+SwAny::ConversionRules const SwAny::getConversionRules()
 {
     return AnyRegistry::instance().rules();
 }

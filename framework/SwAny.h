@@ -126,8 +126,8 @@ public:
     /// Whether the registry can turn the stored type into `targetTypeName` (the same type included).
     bool canConvert(std::string const& targetTypeName) const;
 
-    /// The value as text: an SwString as it is, float and double by a string stream with 10 and 15
-    /// significant digits, other types by their conversion to SwString; an empty value gives "".
+    /// The value as text: an SwString as it is, float and double in a stream's general notation with 10 and
+    /// 15 significant digits and always ".", other types by their conversion to SwString; an empty value gives "".
     /// The argument is reserved and changes nothing.
     SwString toString(int reserved = 0) const;
 
@@ -166,10 +166,10 @@ public:
     static void addConverter(std::string const& from, std::string const& to, Converter converter);
 
     /// The conversions by (source, target) and, per source, the targets in the order of registration.
-    /// Both are snapshots that hold the built-in rules too. A conversion added by a module must not be
-    /// used after the module is unloaded.
-    static ConverterMap getConverters();
-    static ConversionRules getConversionRules();
+    /// Both are snapshots that hold the built-in rules too, and const: a rule is added by registerConversion,
+    /// in a copy it would be lost. A conversion added by a module must not be used after the module is unloaded.
+    static ConverterMap const getConverters();
+    static ConversionRules const getConversionRules();
 
     /// Registers the built-in types and conversions, once per process; true when done. Every user of the
     /// registry calls it. Writes the banner line to standard error on its one run.

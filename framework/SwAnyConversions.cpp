@@ -5,8 +5,9 @@
 #include "sw_numbers.h"
 #include "sw_text.h"
 
+#include <charconv>
+#include <iterator>
 #include <limits>
-#include <sstream>
 
 namespace sw_detail {
 
@@ -97,10 +98,11 @@ std::vector<std::string> listOf(SwString const& text)
 
 std::string generalNumberText(double number, int digits)
 {
-    std::ostringstream stream;
-    stream.precision(digits);
-    stream << number;
-    return stream.str();
+    // Sign, digits, point and exponent, or the four zeros that fixed notation may need in front.
+    char text[kDoubleTextDigits + 16];
+    std::to_chars_result const end =
+        std::to_chars(std::begin(text), std::end(text), number, std::chars_format::general, digits);
+    return std::string(text, end.ptr);
 }
 
 AnyRegistry& AnyRegistry::instance()

@@ -18,15 +18,14 @@ bool sameOps(SwAny::TypeOps const& a, SwAny::TypeOps const& b)
 SwAny::TypeOps const* AnyRegistry::storeOps(std::string_view typeName, SwAny::TypeOps const& ops)
 {
     std::unique_lock const lock(mutex_);
-    auto found = types_.find(typeName);
-    if (found == types_.end()) {
-        found = types_.emplace(typeName, Registered{}).first;
-        found->second.builtIn = !builtInDone_;
-    } else if (found->second.builtIn || sameOps(*found->second.ops, ops)) {
+    auto const found = types_.find(typeName);
+    if (found != types_.end() && (found->second.builtIn || sameOps(*found->second.ops, ops))) {
         return found->second.ops;
     }
-    found->second.ops = &storage_.emplace_back(ops);
-    return found->second.ops;
+    // Stored before they are named: memory may end in between, and a name always has operations.
+    SwAny::TypeOps const* const stored = &storage_.emplace_back(ops);
+    types_.insert_or_assign(std::string(typeName), Registered{stored, !builtInDone_});
+    return stored;
 }
 
 SwAny::TypeOps const* AnyRegistry::findOps(std::string_view typeName) const
@@ -39,10 +38,13 @@ SwAny::TypeOps const* AnyRegistry::findOps(std::string_view typeName) const
 void AnyRegistry::addConverter(std::string_view from, std::string_view to, SwAny::Converter converter)
 {
     std::unique_lock const lock(mutex_);
-    converters_.insert_or_assign(NamePair(from, to), std::make_shared<SwAny::Converter const>(std::move(converter)));
+    // Memory may end at any step: the target is listed last, by a step that takes none.
     std::vector<std::string>& targets = rules_[std::string(from)];
+    std::string target(to);
+    targets.reserve(targets.size() + 1);
+    converters_.insert_or_assign(NamePair(from, to), std::make_shared<SwAny::Converter const>(std::move(converter)));
     if (std::find(targets.begin(), targets.end(), to) == targets.end()) {
-        targets.emplace_back(to);
+        targets.push_back(std::move(target));
     }
 }
 

@@ -18,8 +18,8 @@ namespace sw_detail {
 constexpr int kFloatTextDigits = 10;
 constexpr int kDoubleTextDigits = 15;
 
-/// The number in a stream's general notation with `digits` significant digits. Like every new stream it
-/// follows the global C++ locale.
+/// The number in a stream's general notation with `digits` significant digits, at most kDoubleTextDigits. Always with
+/// ".": the text is read back as a number, by whomever and under whatever locale.
 std::string generalNumberText(double number, int digits);
 
 /// One per process. It is built with the framework's own types and conversions before anybody can reach

@@ -6,7 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <iomanip>
 #include <limits>
+#include <locale>
+#include <random>
+#include <sstream>
 
 using framework_test::converted;
 using framework_test::listOf;
@@ -76,7 +82,7 @@ TEST(SwAnyConversion, Row08JsonValueToText)
     }
     framework_test::CommaLocale const comma;
     EXPECT_EQ(textOf(SwJsonValue(1234.5)), "1234.500000");
-    EXPECT_EQ(textOf(SwJsonValue(SwJsonArray{1234.5})), "[1.234,500000]");
+    EXPECT_EQ(textOf(SwJsonValue(SwJsonArray{1234.5})), "[1234.500000]");
 }
 
 TEST(SwAnyConversion, Row09HexToBytesStopsAtTheFirstBadPair)
@@ -211,16 +217,57 @@ TEST(SwAnyConversion, Row21And22Double)
     EXPECT_EQ(textOf(-2.5), "-2.5");
 }
 
-TEST(SwAnyConversion, Row20And22FollowTheGlobalLocale)
+TEST(SwAnyConversion, Row20And22WriteAPointUnderEveryGlobalLocale)
 {
     framework_test::CommaLocale const comma;
-    EXPECT_EQ(textOf(1234.5), "1.234,5");
-    EXPECT_EQ(textOf(0.5F), "0,5");
-    EXPECT_EQ(SwAny(1234.5).toString().toStdString(), "1.234,5");
+    EXPECT_EQ(textOf(1234.5), "1234.5");
+    EXPECT_EQ(textOf(0.5F), "0.5");
+    EXPECT_EQ(SwAny(1234.5).toString().toStdString(), "1234.5");
+    EXPECT_EQ(SwAny(1234.5F).toString().toStdString(), "1234.5");
     EXPECT_EQ(textOf(1234), "1234");
     EXPECT_EQ(textOf(1234UL), "1234");
     EXPECT_EQ(converted<double>(SwString("1.5")), 1.5);
     EXPECT_EQ(converted<float>(SwString("1.5")), 1.5F);
+}
+
+TEST(SwAnyConversion, Row20And22WriteWhatAStreamWrites)
+{
+    auto const streamed = [](double number, int digits) {
+        std::ostringstream out;
+        out.imbue(std::locale::classic());
+        out << std::setprecision(digits) << number;
+        return out.str();
+    };
+    std::mt19937_64 random(22);
+    std::vector<double> numbers = {0.0,
+                                   -0.0,
+                                   0.0001,
+                                   0.00001,
+                                   999999999999999.0,
+                                   999999999999999.5,
+                                   1e15,
+                                   1e16,
+                                   9.9999999995,
+                                   std::numeric_limits<double>::min(),
+                                   std::numeric_limits<double>::denorm_min(),
+                                   std::numeric_limits<double>::max(),
+                                   -std::numeric_limits<double>::max(),
+                                   std::numeric_limits<double>::infinity(),
+                                   -std::numeric_limits<double>::infinity(),
+                                   std::numeric_limits<double>::quiet_NaN(),
+                                   -std::numeric_limits<double>::quiet_NaN()};
+    for (int i = 0; i < 20000; ++i) {
+        numbers.push_back(std::bit_cast<double>(random()));
+        numbers.push_back(
+            std::ldexp(static_cast<double>(random() % 2000001) - 1000000.0, static_cast<int>(random() % 60) - 40));
+    }
+    for (double const number : numbers) {
+        ASSERT_EQ(textOf(number), streamed(number, 15));
+        if (std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max())) {
+            auto const single = static_cast<float>(number);
+            ASSERT_EQ(textOf(single), streamed(static_cast<double>(single), 10));
+        }
+    }
 }
 
 TEST(SwAnyConversion, Row23And24Bool)

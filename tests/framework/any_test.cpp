@@ -32,6 +32,18 @@ std::string messageOf(std::function<void()> const& action)
     return "nothing thrown";
 }
 
+// Templates, so that what does not compile is false and no error.
+template <typename Any>
+constexpr bool kAddsToConverters = requires
+{
+    Any::getConverters()[{"a", "b"}] = nullptr;
+};
+template <typename Any>
+constexpr bool kAddsToRules = requires
+{
+    Any::getConversionRules()["a"].push_back("b");
+};
+
 }  // namespace
 
 TEST(SwAny, HoldsAValueUnderItsRunTimeTypeName)
@@ -276,6 +288,15 @@ TEST(SwAny, AMissingRuleGivesOneLineAndAnEmptyValue)
     EXPECT_EQ(standardErrorOf([] { EXPECT_EQ(SwAny(Tracked(1)).toString().toStdString(), ""); }),
               "No conversion rule registered from " + SwAny::nameOf<Tracked>() + " to " + SwAny::nameOf<SwString>() +
                   "\n");
+}
+
+// A rule added to what these give would be lost: it would be a copy's.
+TEST(SwAny, TheListsOfConversionsCannotBeChanged)
+{
+    EXPECT_TRUE(std::is_const_v<decltype(SwAny::getConverters())>);
+    EXPECT_TRUE(std::is_const_v<decltype(SwAny::getConversionRules())>);
+    EXPECT_FALSE(kAddsToConverters<SwAny>);
+    EXPECT_FALSE(kAddsToRules<SwAny>);
 }
 
 TEST(SwAny, TheConversionsAreListedInOrder)
