@@ -5,6 +5,7 @@
 #include "recording_imaging.h"
 #include "small_stack.h"
 #include "test_host.h"
+#include "test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What is shared by the framework's tests: captured diagnostics, a global locale for one scope, a small thread.
+// For tests of any folder: captured diagnostics, a global locale for one scope, a small thread.
 #pragma once
 
 #include "small_stack.h"
