@@ -1,6 +1,7 @@
 // The way of a picture through the host: reader, converter, telemetry, plugin.
 #include "clip/annotated_clip.h"
 
+#include "FrameTime.h"
 #include "imaging/imaging_access.h"
 #include "media/interrupt.h"
 
@@ -32,6 +33,7 @@ AnnotatedClip::AnnotatedClip(std::string const& input, std::string const& teleme
     : telemetryFile_(telemetryFile)
     , demuxer_(input)
     , reader_(demuxer_)
+    , clock_(reader_.timeBase())
     , timeline_(telemetryFile.empty() ? 4096 : std::numeric_limits<std::size_t>::max())
 {
     if (telemetryFile_.empty()) {
@@ -77,6 +79,7 @@ std::optional<ClipFrame> AnnotatedClip::next()
     frame.number = unit->number;
     frame.seconds = unit->seconds;
     frame.ticks = unit->ticks;
+    frame.timeNs = clock_.next(unit->ticks);
     frame.picture = renderer_.takePicture(static_cast<unsigned>(traits_.width), static_cast<unsigned>(traits_.height));
     converter_.toNv12(decoded, imaging::planesOf(*frame.picture), traits_.color);
     frame.telemetry = timeline_.choose(frame.seconds, frame.number + 1);
@@ -85,6 +88,7 @@ std::optional<ClipFrame> AnnotatedClip::next()
 
 std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& frame)
 {
+    FrameTime const time(frame.timeNs);
     // The plugin takes frame number 0 for "none yet".
     return renderer_.render(frame.number + 1, frame.picture, timeline_.producers(), frame.telemetry);
 }

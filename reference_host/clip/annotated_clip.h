@@ -3,6 +3,7 @@
 #pragma once
 
 #include "clip/clip_telemetry.h"
+#include "clip/frame_clock.h"
 #include "frame/frame_renderer.h"
 #include "frame/telemetry_timeline.h"
 #include "media/demuxer.h"
@@ -25,6 +26,7 @@ struct ClipFrame {
     std::uint64_t number = 0;  ///< counts from 0
     double seconds = 0.0;      ///< presentation time on the stream's own axis
     std::int64_t ticks = 0;    ///< the same in AnnotatedClip::timeBase()
+    std::uint64_t timeNs = 0;  ///< the same as the plugin is told it; see FrameClock
     std::shared_ptr<zelvo::ZelvoPicture> picture;
     std::vector<frame::Choice> telemetry;
 };
@@ -63,6 +65,7 @@ private:
     std::string telemetryFile_;
     media::Demuxer demuxer_;
     media::FrameReader reader_;
+    FrameClock clock_;
     media::FrameConverter converter_;
     std::vector<telemetry::Packet> filePackets_;
     KlvStreams klv_;

@@ -163,6 +163,27 @@ std::vector<std::shared_ptr<zelvo::ZelvoPicture>> picturesOf(std::string const& 
     return pictures;
 }
 
+bool samePicture(zelvo::ZelvoPicture& a, zelvo::ZelvoPicture& b)
+{
+    if (a.width() != b.width() || a.height() != b.height()) {
+        return false;
+    }
+    MappedNV12 const one = imaging::planesOf(a);
+    MappedNV12 const other = imaging::planesOf(b);
+    auto const sameRows = [](std::uint8_t const* p, int pStride, std::uint8_t const* q, int qStride, int rows,
+                             int bytes) {
+        for (int row = 0; row < rows; ++row) {
+            if (std::memcmp(p + static_cast<std::ptrdiff_t>(row) * pStride,
+                            q + static_cast<std::ptrdiff_t>(row) * qStride, static_cast<std::size_t>(bytes)) != 0) {
+                return false;
+            }
+        }
+        return true;
+    };
+    return sameRows(one.y, one.yStride, other.y, other.yStride, one.height, one.width) &&
+           sameRows(one.uv, one.uvStride, other.uv, other.uvStride, (one.height + 1) / 2, (one.width + 1) / 2 * 2);
+}
+
 StreamCounts packetsOf(std::string const& path)
 {
     media::quietLibraries();

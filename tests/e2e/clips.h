@@ -30,6 +30,9 @@ void makeClip(ClipSpec const& spec);
 /// All pictures of a clip as NV12.
 std::vector<std::shared_ptr<zelvo::ZelvoPicture>> picturesOf(std::string const& path);
 
+/// Whether two pictures are equal in size, luma and chroma.
+bool samePicture(zelvo::ZelvoPicture& a, zelvo::ZelvoPicture& b);
+
 struct StreamCounts {
     int video = 0;
     int klv = 0;

@@ -62,6 +62,20 @@ void confine(RunOptions const& options)
     _exit(127);
 }
 
+/// Stops the program most of the time until it ends, which the caller still has to collect.
+void slowDown(pid_t child)
+{
+    constexpr useconds_t kRunsUs = 15000;
+    constexpr useconds_t kStandsUs = 25000;
+    siginfo_t ended{};
+    while (ended.si_pid == 0 && waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) == 0) {
+        kill(child, SIGSTOP);
+        usleep(kStandsUs);
+        kill(child, SIGCONT);
+        usleep(kRunsUs);
+    }
+}
+
 int exitCodeOf(pid_t child)
 {
     int status = 0;
@@ -83,6 +97,9 @@ Result run(std::vector<std::string> const& arguments, RunOptions const& options)
         redirect(folder.file("err"), O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
         confine(options);
         becomeProgram(arguments);
+    }
+    if (options.slowed) {
+        slowDown(child);
     }
     Result result;
     result.exitCode = exitCodeOf(child);

@@ -18,6 +18,7 @@ struct RunOptions {
     std::string outputFile;         ///< standard output; empty: kept in Result::out
     std::uint64_t fileLimit = 0;    ///< bytes that a file may grow to; 0: any number
     bool obeysPermissions = false;  ///< locked files and folders hold for root too
+    bool slowed = false;            ///< stopped again and again while it runs
 };
 
 /// Runs `stanag-overlay` with these arguments to its end.

@@ -1,0 +1,184 @@
+// Holds, delays and limits run by the clip's own time: the same clip gives the same texts and the same pictures
+// whatever else the machine does.
+#include "clips.h"
+#include "run_program.h"
+#include "temp_folder.h"
+
+#include "imaging/imaging_access.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using e2e::Result;
+using e2e::run;
+using media_test::TempFolder;
+
+std::vector<std::string> const kExamples = {"corner_line.json", "date_time_line.json", "full_screen_hud.json",
+                                            "laser_range_block.json"};
+
+std::string example(std::string const& name)
+{
+    return std::string(OVERLAY_SOURCE_DIR) + "/examples/" + name;
+}
+
+/// Keeps every processor busy with more threads than it can run.
+class FullLoad {
+public:
+    FullLoad()
+    {
+        for (unsigned i = 0; i < 2 * std::max(1U, std::thread::hardware_concurrency()); ++i) {
+            threads_.emplace_back([this] {
+                while (!ended_) {
+                }
+            });
+        }
+    }
+    ~FullLoad()
+    {
+        ended_ = true;
+        for (std::thread& thread : threads_) {
+            thread.join();
+        }
+    }
+    FullLoad(FullLoad const&) = delete;
+    FullLoad& operator=(FullLoad const&) = delete;
+
+private:
+    std::atomic<bool> ended_{false};
+    std::vector<std::thread> threads_;
+};
+
+/// Blocks with every duration there is, none of them a multiple of a frame.
+std::string randomConfig(unsigned seed)
+{
+    std::mt19937 random(seed);
+    auto const upTo = [&random](unsigned most) { return std::to_string(random() % (most + 1)); };
+    std::vector<std::string> const keys = {
+        "heading_deg",          "sensor_lat_deg",      "sensor_alt_m", "tilt_deg", "measured_slant_range_m",
+        "frame_center_lat_deg", "platform_tail_number"};
+    std::string config = R"({"overlay":[)";
+    for (int block = 0; block < 6; ++block) {
+        std::string const& key = keys[random() % keys.size()];
+        std::string const& other = keys[random() % keys.size()];
+        config += std::string(block == 0 ? "" : ",") + R"({"formatString":"%)" + key + " %utc_timestamp_us %" + other +
+                  R"(","textSize":64,"updateEveryNFrames":)" + upTo(4) + R"(,"decimals":4,"condition":{"key":")" +
+                  other + R"(","operator":"gt","value":)" + upTo(90) + R"(,"showAfterMs":)" + upTo(300) +
+                  R"(,"keepAfterMs":)" + upTo(700) + R"(},"formats":{")" + key + R"(":{"decimals":3,"minValue":)" +
+                  upTo(40) + R"(,"maxValue":)" + upTo(400) + R"(,"holdLastMs":)" + upTo(500) + R"(,"refreshEveryMs":)" +
+                  upTo(400) + R"(},"utc_timestamp_us":{"refreshEveryMs":)" + upTo(900) + R"(,"holdLastMs":)" +
+                  upTo(900) + "}}}";
+    }
+    return config + "]}";
+}
+
+class SameText : public testing::TestWithParam<char const*> {};
+
+TEST_P(SameText, AloneUnderLoadAndSlowedDown)
+{
+    std::string const clip = std::string(OVERLAY_RECORDED_DATA) + "/" + GetParam();
+    if (!std::filesystem::exists(clip)) {
+        GTEST_SKIP() << "recorded data is missing: " << clip << " (set OVERLAY_RECORDED_DATA)";
+    }
+    TempFolder const folder;
+    std::vector<std::string> configs;
+    for (std::string const& name : kExamples) {
+        configs.push_back(example(name));
+    }
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+        configs.push_back(folder.file("random" + std::to_string(seed) + ".json"));
+        e2e::writeFile(configs.back(), randomConfig(seed));
+    }
+    std::vector<std::string> alone;
+    for (std::string const& config : configs) {
+        Result const result = run({"text", clip, "-c", config});
+        EXPECT_EQ(result.exitCode, 0) << config;
+        alone.push_back(result.out);
+        e2e::RunOptions slowed;
+        slowed.slowed = true;
+        EXPECT_TRUE(run({"text", clip, "-c", config}, slowed).out == alone.back()) << "slowed down: " << config;
+    }
+    FullLoad const load;
+    for (std::size_t number = 0; number < configs.size(); ++number) {
+        EXPECT_TRUE(run({"text", clip, "-c", configs[number]}).out == alone[number]) << "load: " << configs[number];
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, SameText,
+                         testing::Values("osh_sim_640x480_h264_klv06.ts", "kwiver_h264_160x120_klv06_nopts.ts",
+                                         "kwiver_mpeg2_160x120_klv06_nopts.ts", "kwiver_h264_160x120_no_klv.ts",
+                                         "kwiver_aphill_720x480i_h264_eg0104.ts",
+                                         "mp2tp_foreman_352x288_h264_klv15_aucell.ts",
+                                         "mux_car_768x432_osh_klv_30hz.ts"),
+                         [](auto const& row) {
+                             std::string name = row.param;
+                             return name.substr(0, name.find('_', name.find('_') + 1)) + "_" +
+                                    std::to_string(row.index);
+                         });
+
+/// The demo flight: 30 frames per second, the laser is on from 3.0 s to 8.0 s.
+class DemoFlight : public testing::Test {
+protected:
+    DemoFlight() { run({"sample", clip_, "--seconds", "10", "--size", "320x180"}); }
+
+    std::string file(std::string const& name) const { return folder_.file(name); }
+
+    TempFolder folder_;
+    std::string clip_ = folder_.file("flight.ts");
+};
+
+TEST_F(DemoFlight, ShowsItsLaserBlockFromThreePointTwoToNineAndAHalfSeconds)
+{
+    Result const result = run({"text", clip_, "-c", example("laser_range_block.json")});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    std::vector<std::string> const lines = e2e::linesOf(result.out);
+    ASSERT_EQ(lines.size(), 300U);
+    for (std::size_t number = 0; number < lines.size(); ++number) {
+        // Shown once the laser has been on for 200 ms, and for 1500 ms after its last frame, which is frame 239: frame
+        // 96 is shown from 3.2 s on, frame 284 up to 9.5 s.
+        bool const expected = number >= 96 && number <= 284;
+        EXPECT_EQ(e2e::parseLine(lines[number])["draws"].toArray().size(), expected ? 1U : 0U) << "frame " << number;
+    }
+}
+
+TEST_F(DemoFlight, BurntTwiceGivesTheSamePictures)
+{
+    std::string const config = example("laser_range_block.json");
+    ASSERT_EQ(run({"burn", clip_, "-c", config, "-o", file("a.mkv"), "--video-codec", "ffv1"}).exitCode, 0);
+    {
+        FullLoad const load;
+        ASSERT_EQ(run({"burn", clip_, "-c", config, "-o", file("b.mkv"), "--video-codec", "ffv1"}).exitCode, 0);
+    }
+    auto const a = e2e::picturesOf(file("a.mkv"));
+    auto const b = e2e::picturesOf(file("b.mkv"));
+    ASSERT_EQ(a.size(), 300U);
+    ASSERT_EQ(b.size(), 300U);
+    for (std::size_t number = 0; number < a.size(); ++number) {
+        EXPECT_TRUE(e2e::samePicture(*a[number], *b[number])) << "frame " << number;
+    }
+}
+
+TEST_F(DemoFlight, HasNoLaserRangeLongAfterTheLaser)
+{
+    std::string const config = example("laser_range_block.json");
+    e2e::writeFile(file("none.json"), R"({"overlay":[]})");
+    for (char const* const at : {"3.1", "9.51", "9.8"}) {
+        ASSERT_EQ(run({"frame", clip_, "-c", config, "--at", at, "-o", file("a.png")}).exitCode, 0);
+        ASSERT_EQ(run({"frame", clip_, "-c", file("none.json"), "--at", at, "-o", file("b.png")}).exitCode, 0);
+        EXPECT_TRUE(e2e::readFile(file("a.png")) == e2e::readFile(file("b.png"))) << at;
+    }
+    ASSERT_EQ(run({"frame", clip_, "-c", config, "--at", "9.49", "-o", file("a.png")}).exitCode, 0);
+    ASSERT_EQ(run({"frame", clip_, "-c", file("none.json"), "--at", "9.49", "-o", file("b.png")}).exitCode, 0);
+    EXPECT_FALSE(e2e::readFile(file("a.png")) == e2e::readFile(file("b.png")));
+}
+
+}  // namespace
