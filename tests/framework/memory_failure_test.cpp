@@ -207,8 +207,8 @@ TEST(MemoryFailure, OfAConversionsRegistrationLeavesItListedOrUnknown)
     for (std::size_t allocation = 1; failed; ++allocation) {
         SCOPED_TRACE(allocation);
         ASSERT_LT(allocation, 100U);
-        std::string const from = "a source type of the memory test";
-        std::string const to = "a target type of the memory test " + std::to_string(allocation);
+        std::string const from = "a source type of the memory test " + std::to_string(allocation);
+        std::string const to = "a target type of the memory test";
         auto const add = [&] { SwAny::addConverter(from, to, [](SwAny const& source) { return source; }); };
         failed = failsAt(allocation, add);
         SwAny::ConversionRules const rules = SwAny::getConversionRules();
@@ -216,7 +216,7 @@ TEST(MemoryFailure, OfAConversionsRegistrationLeavesItListedOrUnknown)
         EXPECT_EQ(listed, !failed);
         EXPECT_EQ(SwAny::getConverters().count({from, to}), failed ? 0U : 1U);
         add();
-        EXPECT_EQ(SwAny::getConversionRules().at(from).size(), allocation);
+        EXPECT_EQ(SwAny::getConversionRules().at(from).size(), 1U);
     }
 }
 
