@@ -3,16 +3,26 @@
 
 #include <array>
 #include <charconv>
+#include <limits>
 
 namespace check {
 
 std::string numberText(double number)
 {
-    constexpr int kDigits = 15;
     std::array<char, 32> text{};
-    auto const end =
-        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::general, kDigits).ptr;
-    return {text.data(), end};
+    char* const begin = text.data();
+    char* end = begin;
+    // 15 digits are what every decimal number survives; 17 are what every double needs at most.
+    for (int digits = std::numeric_limits<double>::digits10; digits <= std::numeric_limits<double>::max_digits10;
+         ++digits) {
+        end = std::to_chars(begin, begin + text.size(), number, std::chars_format::general, digits).ptr;
+        double readBack = 0.0;
+        std::from_chars(begin, end, readBack);
+        if (readBack == number) {
+            break;
+        }
+    }
+    return {begin, end};
 }
 
 }  // namespace check

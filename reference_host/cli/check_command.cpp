@@ -6,15 +6,13 @@
 #include "cli/standard_output.h"
 #include "clip/telemetry_source.h"
 
-#include <iterator>
 #include <set>
 
 namespace cli {
 namespace {
 
-/// Findings about keys that the input does not deliver; none when it delivers nothing at all, which is
-/// said in one remark.
-std::vector<check::Finding> compareWithInput(SwJsonObject const& root, std::string const& input)
+/// Findings about keys that the input does not deliver.
+check::Findings compareWithInput(SwJsonObject const& root, std::string const& input)
 {
     std::set<std::string> keys;
     clip::TelemetrySummary const summary = clip::forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
@@ -23,17 +21,17 @@ std::vector<check::Finding> compareWithInput(SwJsonObject const& root, std::stri
         }
     });
     noteAll(clip::telemetryRemarks(input, summary));
-    return keys.empty() ? std::vector<check::Finding>() : check::checkKeys(root, {keys.begin(), keys.end()});
+    return check::checkKeys(root, {keys.begin(), keys.end()});
 }
 
 }  // namespace
 
-void runCheck(std::string const& configPath, std::string const& input)
+bool runCheck(std::string const& configPath, std::string const& input)
 {
     ConfigFile const config = readConfig(configPath);
-    std::vector<check::Finding> findings = check::checkConfig(config.root);
+    check::Findings findings = check::checkConfig(config.root, config.text);
     if (!input.empty()) {
-        std::vector<check::Finding> const more = compareWithInput(config.root, input);
+        check::Findings const more = compareWithInput(config.root, input);
         findings.insert(findings.end(), more.begin(), more.end());
     }
     for (check::Finding const& finding : findings) {
@@ -43,6 +41,7 @@ void runCheck(std::string const& configPath, std::string const& input)
         writeLine(config.path + ": everything is taken as it stands");
     }
     flushOutput();
+    return findings.empty();
 }
 
 }  // namespace cli

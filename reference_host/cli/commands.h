@@ -52,6 +52,7 @@ void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);
 void runSchema(std::string const& input);
 void runSample(SampleOptions const& options);
-void runCheck(std::string const& configPath, std::string const& input);
+/// Whether everything is taken as it stands.
+bool runCheck(std::string const& configPath, std::string const& input);
 
 }  // namespace cli

@@ -1,5 +1,5 @@
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
-// code (0 done, 1 input or configuration unusable, 2 wrong usage).
+// code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage).
 #include "SwAny.h"
 #include "check/number_text.h"
 #include "cli/commands.h"
@@ -26,10 +26,21 @@ namespace {
 
 constexpr int kDone = 0;
 constexpr int kUnusable = 1;
+constexpr int kFound = 1;
 constexpr int kUsage = 2;
 
-/// What the chosen command will do.
-using Action = std::function<void()>;
+/// What the chosen command will do; gives the exit code.
+using Action = std::function<int()>;
+
+/// An action that is done when it returns.
+template <typename Run>
+Action doneAfter(Run run)
+{
+    return [run] {
+        run();
+        return kDone;
+    };
+}
 
 /// "2500000", "2500k" or "2.5M" in bits per second.
 std::int64_t parseBitRate(std::string const& text)
@@ -96,12 +107,12 @@ void addBurn(CLI::App& app, Action& action)
         ->excludes(rate);
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     command->callback([&action, options, bitRate] {
-        action = [options, bitRate] {
+        action = doneAfter([options, bitRate] {
             if (!bitRate->empty()) {
                 options->encoding.bitRate = parseBitRate(*bitRate);
             }
             runBurn(*options);
-        };
+        });
     });
 }
 
@@ -117,10 +128,10 @@ void addFrame(CLI::App& app, Action& action)
     command->add_option("-o,--output", options->output, "the picture")->required()->type_name("OUT.png");
     addTelemetry(*command, options->telemetry);
     command->callback([&action, options] {
-        action = [options] {
+        action = doneAfter([options] {
             requireWithin("--at", options->atSeconds, 0.0, 1e9);
             runFrame(*options);
-        };
+        });
     });
 }
 
@@ -130,7 +141,7 @@ void addKeys(CLI::App& app, Action& action)
     CLI::App* const command = app.add_subcommand("keys", "list the telemetry, one JSON line per packet");
     command->add_option("INPUT", options->input, "clip, address, raw KLV; - is standard input")->required();
     addTelemetry(*command, options->telemetry);
-    command->callback([&action, options] { action = [options] { runKeys(*options); }; });
+    command->callback([&action, options] { action = doneAfter([options] { runKeys(*options); }); });
 }
 
 void addText(CLI::App& app, Action& action)
@@ -140,7 +151,7 @@ void addText(CLI::App& app, Action& action)
     command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
     addTelemetry(*command, options->telemetry);
-    command->callback([&action, options] { action = [options] { runText(*options); }; });
+    command->callback([&action, options] { action = doneAfter([options] { runText(*options); }); });
 }
 
 void addSchema(CLI::App& app, Action& action)
@@ -148,7 +159,7 @@ void addSchema(CLI::App& app, Action& action)
     auto const input = std::make_shared<std::string>();
     CLI::App* const command = app.add_subcommand("schema", "print the JSON Schema of the configuration");
     command->add_option("INPUT", *input, "clip whose telemetry keys are listed in it");
-    command->callback([&action, input] { action = [input] { runSchema(*input); }; });
+    command->callback([&action, input] { action = doneAfter([input] { runSchema(*input); }); });
 }
 
 void addCheck(CLI::App& app, Action& action)
@@ -158,7 +169,10 @@ void addCheck(CLI::App& app, Action& action)
     CLI::App* const command = app.add_subcommand("check", "tell what of a configuration would silently be changed");
     command->add_option("CONFIG", *config, "configuration, a JSON file")->required();
     command->add_option("INPUT", *input, "clip that must deliver the keys");
-    command->callback([&action, config, input] { action = [config, input] { runCheck(*config, *input); }; });
+    command->footer("Exit code: 0 when everything is taken as it stands, 1 when something is found or CONFIG cannot be "
+                    "used, 2 for wrong usage.");
+    command->callback(
+        [&action, config, input] { action = [config, input] { return runCheck(*config, *input) ? kDone : kFound; }; });
 }
 
 void addSample(CLI::App& app, Action& action)
@@ -172,12 +186,12 @@ void addSample(CLI::App& app, Action& action)
     command->add_option("--fps", options->framesPerSecond, "frames per second")->capture_default_str();
     command->add_option("--video-codec", options->videoCodec, "encoder")->type_name("NAME");
     command->callback([&action, options, size] {
-        action = [options, size] {
+        action = doneAfter([options, size] {
             parseSize(*size, *options);
             requireWithin("--seconds", options->seconds, 0.01, 86400.0);
             requireWithin("--fps", options->framesPerSecond, 0.1, 240.0);
             runSample(*options);
-        };
+        });
     });
 }
 
@@ -216,8 +230,7 @@ int run(int argc, char** argv)
     } catch (CLI::ParseError const& failure) {
         return app.exit(failure) == 0 ? kDone : kUsage;
     }
-    action();
-    return kDone;
+    return action();
 }
 
 }  // namespace

@@ -314,12 +314,36 @@ TEST_F(Commands, CheckTellsWhatWouldBeChanged)
     EXPECT_EQ(clean.out, named("@c.json: everything is taken as it stands\n"));
     e2e::writeFile(file("odd.json"), R"({"overlay":[{"formatString":"%heading","textsize":5,"bgAlpha":3}]})");
     Result const odd = call({"check", "@odd.json", "@a.ts"});
-    EXPECT_EQ(odd.exitCode, 0);
+    EXPECT_EQ(odd.exitCode, 1);
     EXPECT_EQ(odd.err, "");
     EXPECT_EQ(odd.out, named("@odd.json: overlay[0].bgAlpha: 3 becomes 1 (allowed: 0 to 1)\n"
                              "@odd.json: overlay[0].textsize: unknown key, ignored; did you mean \"textSize\"?\n"
                              "@odd.json: overlay[0].formatString: the input never delivers \"heading\"; did you mean "
                              "\"heading_deg\"?\n"));
+}
+
+TEST_F(Commands, CheckGuardsByItsExitCode)
+{
+    e2e::writeFile(file("found.json"), R"({"overlay":[{"textSize":999}]})");
+    e2e::writeFile(file("undelivered.json"), R"({"overlay":[{"formatString":"%laser_prf_code"}]})");
+    EXPECT_EQ(call({"check", "@c.json"}).exitCode, 0);
+    EXPECT_EQ(call({"check", "@found.json"}).exitCode, 1);
+    EXPECT_EQ(call({"check", "@undelivered.json"}).exitCode, 0) << "without an input no key is expected";
+    Result const undelivered = call({"check", "@undelivered.json", "@a.ts"});
+    EXPECT_EQ(undelivered.exitCode, 1);
+    EXPECT_EQ(undelivered.out,
+              named("@undelivered.json: overlay[0].formatString: the input never delivers \"laser_prf_code\"\n"));
+    Result const noTelemetry = call({"check", "@c.json", "@plain.mkv"});
+    EXPECT_EQ(noTelemetry.exitCode, 1);
+    EXPECT_EQ(noTelemetry.out, named("@c.json: overlay[0].formatString: the input never delivers \"heading_deg\"\n"));
+    Result const unreadable = call({"check", "@bad.json"});
+    EXPECT_EQ(unreadable.exitCode, 1);
+    EXPECT_EQ(unreadable.out, "");
+    EXPECT_EQ(e2e::linesOf(unreadable.err).size(), 1U);
+    EXPECT_EQ(call({"check"}).exitCode, 2);
+    EXPECT_EQ(call({"check", "@c.json", "@a.ts", "more"}).exitCode, 2);
+    EXPECT_NE(call({"check", "--help"}).out.find("Exit code: 0 when everything is taken as it stands"),
+              std::string::npos);
 }
 
 TEST_F(Commands, FrameWritesOnePicture)

@@ -174,7 +174,11 @@ TEST_F(HardInputs, NestingBeyondEveryStackIsReadOrRefused)
     EXPECT_EQ(keys.exitCode, 0);
     EXPECT_GT(keys.out.size(), 2 * kLevels);
     EXPECT_EQ(run({"text", file("a.ts"), "-c", file("deep.json"), "--telemetry", file("t.jsonl")}).exitCode, 0);
-    EXPECT_EQ(run({"check", file("deep.json")}).exitCode, 0);
+    Result const checked = run({"check", file("deep.json")});
+    EXPECT_EQ(checked.exitCode, 1);
+    EXPECT_EQ(checked.out, file("deep.json") + ": overlay[0].condition.value: an array becomes \"{}\"\n" +
+                               file("deep.json") +
+                               ": overlay[0].formats.other: an array is no object and is ignored\n");
     Result const refused = run({"check", file("open.json")});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.err, "stanag-overlay: " + file("open.json") +

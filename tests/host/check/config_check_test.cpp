@@ -2,6 +2,7 @@
 #include "check/config_check.h"
 #include "check/suggestion.h"
 #include "check/template_keys.h"
+#include "comma_locale.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +39,7 @@ class BlockCheck : public testing::TestWithParam<Row> {};
 TEST_P(BlockCheck, TellsWhatIsNotTakenAsItStands)
 {
     std::string const text = std::string(R"({"overlay":[{)") + GetParam().block + "}]}";
-    EXPECT_EQ(linesOf(check::checkConfig(read(text))), GetParam().expected);
+    EXPECT_EQ(linesOf(check::checkConfig(read(text), text)), GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -54,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                "holdLastMs":0,"refreshEveryMs":250,"minValue":-1.5,"maxValue":"2.5"}})",
             ""},
         Row{"text_in_quotes_read_as_number", R"("formatString":"100")",
-            "overlay[0].formatString: 100, even in quotes, is read as no text and is ignored; the default stays"},
+            "overlay[0].formatString: \"100\", even in quotes, is read as no text and is ignored; the default stays"},
         Row{"text_object", R"("missingPlaceholder":{})",
             "overlay[0].missingPlaceholder: an object is no text and is ignored; the default stays"},
         Row{"unclosed_placeholder", R"("formatString":"%a %{b")",
@@ -117,11 +118,9 @@ INSTANTIATE_TEST_SUITE_P(
             "overlay[0].condition.key: \"\" is no key: the condition is ignored and the block is always shown"},
         Row{"operator_any_case", R"("condition":{"key":"k","operator":"GreaterThan","value":1})", ""},
         Row{"operator_unknown", R"("condition":{"key":"k","operator":"greaterr","value":1})",
-            "overlay[0].condition.operator: \"greaterr\" is no operator and becomes \"equals\" with an operand, else "
-            "\"exists\""},
+            "overlay[0].condition.operator: \"greaterr\" is no operator and becomes \"equals\""},
         Row{"operator_misspelt", R"("condition":{"key":"k","operator":"equal","value":1})",
-            "overlay[0].condition.operator: \"equal\" is no operator and becomes \"equals\" with an operand, else "
-            "\"exists\"; did you mean \"equals\"?"},
+            "overlay[0].condition.operator: \"equal\" is no operator and becomes \"equals\"; did you mean \"equals\"?"},
         Row{"equals_wins", R"("condition":{"key":"k","operator":"lt","equals":1,"notEquals":2,"value":3})",
             "overlay[0].condition.notEquals: has no effect: \"equals\" wins\n"
             "overlay[0].condition.operator: has no effect: \"equals\" wins\n"
@@ -176,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
             "overlay[0].formats.a.invalidValues[1]: an array is skipped\n"
             "overlay[0].formats.a.invalidValues[2]: an object is skipped"},
         Row{"bounds_equal", R"("formats":{"a":{"minValue":5,"maxValue":5}})",
-            "overlay[0].formats.a: \"minValue\" and \"maxValue\" are equal: there is no bound at all"},
+            "overlay[0].formats.a: \"minValue\" 5 and \"maxValue\" 5 are equal: there is no bound at all"},
         Row{"bound_word", R"("formats":{"a":{"minValue":"abc"}})",
             "overlay[0].formats.a.minValue: \"abc\" is no number and is ignored: there is no bound"},
         Row{"bound_with_unit", R"("formats":{"a":{"maxValue":"12 m"}})",
@@ -188,9 +187,77 @@ INSTANTIATE_TEST_SUITE_P(
             "overlay[0].formats.a.decimal: unknown key, ignored; did you mean \"decimals\"?"}),
     [](auto const& row) { return row.param.name; });
 
+// Silent or wrong before.
+INSTANTIATE_TEST_SUITE_P(
+    FormerBugs, BlockCheck,
+    testing::Values(
+        Row{"bitmask_beyond_64_bits", R"("condition":{"key":"k","bitmask":"0xFFFFFFFFFFFFFFFFFF"})",
+            "overlay[0].condition.bitmask: \"0xFFFFFFFFFFFFFFFFFF\" becomes 18446744073709551615"},
+        Row{"bitmask_negative_text", R"("condition":{"key":"k","bitmask":" -1"})",
+            "overlay[0].condition.bitmask: \" -1\" becomes 18446744073709551615"},
+        Row{"bitmask_fraction_text", R"("condition":{"key":"k","bitmask":".5"})",
+            "overlay[0].condition.bitmask: \".5\" becomes 0"},
+        Row{"bitmask_digits_beyond_32_bits", R"("condition":{"key":"k","bitmask":"4294967295"})",
+            "overlay[0].condition.bitmask: \"4294967295\" becomes 0"},
+        Row{"bound_too_small", R"("formats":{"a":{"minValue":"1e-999"}})",
+            "overlay[0].formats.a.minValue: \"1e-999\" is out of range and is ignored: there is no bound"},
+        Row{"bound_too_large", R"("formats":{"a":{"maxValue":"1e5000"}})",
+            "overlay[0].formats.a.maxValue: \"1e5000\" is out of range and is ignored: there is no bound"},
+        Row{"bound_in_quotes_single_precision", R"("formats":{"a":{"minValue":"0.1"}})",
+            "overlay[0].formats.a.minValue: \"0.1\" becomes 0.10000000149011612"},
+        Row{"bounds_equal_as_text", R"("formats":{"a":{"minValue":" 5","maxValue":5}})",
+            "overlay[0].formats.a: \"minValue\" \" 5\" and \"maxValue\" 5 are equal: there is no bound at all"},
+        Row{"bounds_equal_as_bool", R"("formats":{"a":{"minValue":true,"maxValue":1}})",
+            "overlay[0].formats.a: \"minValue\" true and \"maxValue\" 1 are equal: there is no bound at all"},
+        Row{"bounds_equal_in_32_bits", R"("formats":{"a":{"minValue":4294967297,"maxValue":1}})",
+            "overlay[0].formats.a: \"minValue\" 4294967297 and \"maxValue\" 1 are equal: there is no bound at all"},
+        Row{"bounds_crossed", R"("formats":{"a":{"minValue":9,"maxValue":-1.5}})",
+            "overlay[0].formats.a: \"minValue\" 9 is above \"maxValue\" -1.5: every value is out of range"},
+        Row{"bounds_crossed_in_32_bits", R"("formats":{"a":{"minValue":0,"maxValue":3000000000}})",
+            "overlay[0].formats.a.maxValue: 3000000000 becomes -1294967296\n"
+            "overlay[0].formats.a: \"minValue\" 0 is above \"maxValue\" -1294967296: every value is out of range"},
+        Row{"date_conversions", R"("formats":{"a":{"date":true,"dateFormat":"%H:%M:%S.%f %L %f%"}})",
+            "overlay[0].formats.a.dateFormat: \"%f\" is no date conversion and is shown as it stands\n"
+            "overlay[0].formats.a.dateFormat: \"%L\" is no date conversion and is shown as it stands\n"
+            "overlay[0].formats.a.dateFormat: \"%\" at the end is not shown"},
+        Row{"date_format_number", R"("formats":{"a":{"dateFormat":"1.5"}})",
+            "overlay[0].formats.a.dateFormat: \"1.5\" becomes \"1.500000\""},
+        Row{"octal_in_quotes", R"("textSize":"010")", "overlay[0].textSize: \"010\" becomes 8 (allowed: 6 to 256)"},
+        Row{"digits_in_quotes_beyond_32_bits", R"("textSize":"99999999999")",
+            "overlay[0].textSize: \"99999999999\" becomes 6 (allowed: 6 to 256)"},
+        Row{"infinite_in_quotes", R"("decimals":"1000000000000000000000000000000000000000.0")",
+            "overlay[0].decimals: \"1000000000000000000000000000000000000000\"... becomes 12 (allowed: -1 to 12)"},
+        Row{"operand_of_seven_decimals", R"("condition":{"key":"k","value":0.0000001})",
+            "overlay[0].condition.value: 0.0000001 becomes \"0.000000\""},
+        Row{"operand_octal", R"("condition":{"key":"k","equals":"010"})",
+            "overlay[0].condition.equals: \"010\" becomes \"8\""},
+        Row{"invalid_value_of_seven_decimals", R"("formats":{"a":{"invalidValues":[1.5,0.0000001,"N/A"]}})",
+            "overlay[0].formats.a.invalidValues[1]: 0.0000001 becomes \"0.000000\""},
+        Row{"operator_without_operand", R"("condition":{"key":"k","operator":"ist"})",
+            "overlay[0].condition.operator: \"ist\" is no operator and becomes \"exists\""},
+        Row{"operator_overruled", R"("condition":{"key":"k","operator":"greaterr","equals":1})",
+            "overlay[0].condition.operator: has no effect: \"equals\" wins"},
+        Row{"ignored_condition", R"("condition":{"key":5,"showAfterMs":700000,"operater":"lt"})",
+            "overlay[0].condition.key: 5 is no key: the condition is ignored and the block is always shown\n"
+            "overlay[0].condition.operater: unknown key, ignored; did you mean \"operator\"?"},
+        Row{"color_with_sign", R"("textColor":"#-12345")",
+            "overlay[0].textColor: \"#-12345\" is not #rrggbb and becomes #fedcbb"},
+        Row{"name_with_line_feed", R"("formats":{"a\nb":2})",
+            "overlay[0].formats.a\\nb: 2 is no object and is ignored"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST(ConfigCheck, FormerBugReadsNumbersInTheLocaleOfTheProcess)
+{
+    CommaCLocale const comma;
+    std::string const text = R"({"overlay":[{"position":{"x":0.25},"formats":{"a":{"minValue":"1.5e0"}}},
+        {"formats":{"a":{"minValue":"1,5"}}},{"condition":{"key":"k","bitmask":".5e1"}}]})";
+    EXPECT_EQ(linesOf(check::checkConfig(read(text), text)), "overlay[1].formats.a.minValue: \"1,5\" becomes 1");
+}
+
 TEST(ConfigCheck, LooksAtRootAndItems)
 {
-    EXPECT_EQ(linesOf(check::checkConfig(read(R"({"availableKeys":[],"overlays":1,"overlay":[1,{},"a"]})"))),
+    std::string const text = R"({"availableKeys":[],"overlays":1,"overlay":[1,{},"a"]})";
+    EXPECT_EQ(linesOf(check::checkConfig(read(text), text)),
               "overlays: unknown key, ignored; did you mean \"overlay\"?\n"
               "overlay[0]: 1 is no object and is skipped\n"
               "overlay[2]: \"a\" is no object and is skipped");
