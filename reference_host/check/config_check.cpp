@@ -133,6 +133,9 @@ Findings checkConfig(SwJsonObject const& root, std::string const& text)
 {
     SwJsonValue const written = readAsWritten(text);
     Findings findings;
+    for (std::string const& place : repeatedMembers(text)) {
+        findings.push_back({place, "stands there more than once: only the last one counts"});
+    }
     refuseUnknown("", root, {"overlay", "availableKeys"}, findings);
     Member const overlay{"overlay", written.toObject()["overlay"], root["overlay"]};
     for (std::size_t index = 0; index < overlay.read.toArray().size(); ++index) {

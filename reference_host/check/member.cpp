@@ -44,11 +44,6 @@ Member Member::item(std::size_t index) const
     return {place + "[" + std::to_string(index) + "]", written.toArray()[index], read.toArray()[index]};
 }
 
-std::string inside(std::string const& place, std::string const& name)
-{
-    return (place.empty() ? "" : place + ".") + printable(name);
-}
-
 void checkMembers(Member const& object, std::initializer_list<KnownMember> known, Findings& findings)
 {
     std::vector<std::string> names;

@@ -30,9 +30,6 @@ struct Member {
     Member item(std::size_t index) const;
 };
 
-/// The place of a member: inside("overlay[0]", "textSize") is "overlay[0].textSize".
-std::string inside(std::string const& place, std::string const& name);
-
 /// Compares what stands in the file with what the record holds, and says so where they differ.
 using Rule = void (*)(Member const& member, Findings& findings);
 

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
+#include <set>
 #include <string_view>
 
 namespace check {
@@ -39,6 +40,13 @@ std::size_t endOfBareToken(std::string_view text, std::size_t at)
     return std::min(text.find_first_of("{}[],:\" \t\n\v\f\r", at), text.size());
 }
 
+/// Whether the text that ends at `at` is the name of a member.
+bool isName(std::string_view text, std::size_t at)
+{
+    std::size_t const follower = skipSpace(text, at);
+    return follower < text.size() && text[follower] == ':';
+}
+
 bool isStructure(char byte)
 {
     return sw_detail::isSpace(byte) || std::string_view("{}[],:").find(byte) != std::string_view::npos;
@@ -53,10 +61,8 @@ std::string markScalars(std::string_view text)
         std::size_t next = at + 1;
         if (text[at] == '"') {
             next = endOfString(text, at);
-            std::size_t const follower = skipSpace(text, next);
-            bool const isName = follower < text.size() && text[follower] == ':';
             marked += '"';
-            if (!isName) {
+            if (!isName(text, next)) {
                 marked += kQuotedMark;
             }
             marked += text.substr(at + 1, next - at - 1);
@@ -69,6 +75,23 @@ std::string markScalars(std::string_view text)
         at = next;
     }
     return marked;
+}
+
+/// An object or array that is open at some place of the text.
+struct Level {
+    bool isArray = false;
+    std::size_t index = 0;        ///< of the item, in an array
+    std::string name;             ///< of the member, in an object
+    std::set<std::string> names;  ///< of the members so far
+};
+
+std::string placeOf(std::vector<Level> const& levels)
+{
+    std::string place;
+    for (Level const& level : levels) {
+        place = level.isArray ? place + "[" + std::to_string(level.index) + "]" : inside(place, level.name);
+    }
+    return place;
 }
 
 template <typename Number>
@@ -86,6 +109,48 @@ SwJsonValue readAsWritten(std::string const& text)
 {
     SwString error;
     return SwJsonDocument::fromJson(markScalars(text), SwString(), error).takeRoot();
+}
+
+std::vector<std::string> repeatedMembers(std::string const& text)
+{
+    // The root, "overlay", a block, "formats", a format, "invalidValues".
+    constexpr std::size_t kMostLevels = 6;
+    SwString const bytes(text);
+    std::vector<std::string> places;
+    std::vector<Level> levels;
+    std::size_t depth = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        char const byte = text[at];
+        std::size_t const next = byte == '"' ? endOfString(text, at) : at + 1;
+        bool const isNear = depth <= kMostLevels;
+        if (byte == '{' || byte == '[') {
+            ++depth;
+            if (depth <= kMostLevels) {
+                levels.emplace_back().isArray = byte == '[';
+            }
+        } else if (byte == '}' || byte == ']') {
+            if (isNear && !levels.empty()) {
+                levels.pop_back();
+            }
+            depth -= depth > 0 ? 1U : 0U;
+        } else if (isNear && !levels.empty() && byte == ',') {
+            ++levels.back().index;
+        } else if (isNear && !levels.empty() && byte == '"' && isName(text, next)) {
+            SwString error;
+            std::size_t cursor = at;
+            levels.back().name = SwJsonDocument::parseString(bytes, cursor, error);
+            if (!levels.back().names.insert(levels.back().name).second) {
+                places.push_back(placeOf(levels));
+            }
+        }
+        at = next;
+    }
+    return places;
+}
+
+std::string inside(std::string const& place, std::string const& name)
+{
+    return (place.empty() ? "" : place + ".") + printable(name);
 }
 
 bool isQuoted(SwJsonValue const& written)

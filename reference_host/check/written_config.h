@@ -6,12 +6,20 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace check {
 
 /// The tree of a text in which every scalar is a String that keeps what stands in the file; see isQuoted() and
 /// literalText(). `text` is JSON that the reader accepts; any other gives Null.
 SwJsonValue readAsWritten(std::string const& text);
+
+/// The places of members whose name has stood in the same object before, in the order of the text: of those only the
+/// last counts. {"a":{"b":1,"b":2}} gives a.b. What is nested deeper than any member of a configuration is left out.
+std::vector<std::string> repeatedMembers(std::string const& text);
+
+/// The place of a member: inside("overlay[0]", "textSize") is "overlay[0].textSize".
+std::string inside(std::string const& place, std::string const& name);
 
 /// Of a value of that tree: whether it is a text in quotes, not a bare number or literal.
 bool isQuoted(SwJsonValue const& written);

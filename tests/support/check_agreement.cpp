@@ -73,7 +73,10 @@ public:
     explicit Comparison(std::vector<check::Finding> const& findings)
     {
         for (check::Finding const& finding : findings) {
-            said_[finding.place].push_back(finding.text);
+            // Of members with one name both sides see the last one only.
+            if (!contains(finding.text, "stands there more than once")) {
+                said_[finding.place].push_back(finding.text);
+            }
         }
     }
 

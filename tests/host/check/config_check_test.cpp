@@ -242,6 +242,9 @@ INSTANTIATE_TEST_SUITE_P(
             "overlay[0].condition.operater: unknown key, ignored; did you mean \"operator\"?"},
         Row{"color_with_sign", R"("textColor":"#-12345")",
             "overlay[0].textColor: \"#-12345\" is not #rrggbb and becomes #fedcbb"},
+        Row{"member_twice", R"("textSize":300,"condition":{"key":"a","key":"b"},"textSize":20)",
+            "overlay[0].condition.key: stands there more than once: only the last one counts\n"
+            "overlay[0].textSize: stands there more than once: only the last one counts"},
         Row{"name_with_line_feed", R"("formats":{"a\nb":2})",
             "overlay[0].formats.a\\nb: 2 is no object and is ignored"}),
     [](auto const& row) { return row.param.name; });

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -49,6 +50,21 @@ TEST(WrittenConfig, ReadsWhatTheReaderTolerates)
     EXPECT_TRUE(readAsWritten("\"").isNull());
     EXPECT_TRUE(readAsWritten("\"\\").isNull());
     EXPECT_TRUE(readAsWritten("").isNull());
+}
+
+TEST(WrittenConfig, FindsMembersThatStandMoreThanOnce)
+{
+    using Places = std::vector<std::string>;
+    EXPECT_EQ(check::repeatedMembers(R"({"a":{"b":1,"c":{},"b":2,"\u0062":"b"},"d":[{"b":1},{"b":2}],"b":"a"})"),
+              (Places{"a.b", "a.b"}));
+    EXPECT_EQ(
+        check::repeatedMembers(R"({"overlay":[0,{"formats":{"k":{"decimals":1,"decimals":2,},"k":{}}}],"overlay":[]})"),
+        (Places{"overlay[1].formats.k.decimals", "overlay[1].formats.k", "overlay"}));
+    EXPECT_EQ(check::repeatedMembers(R"({"a":"b\":","x":"a","l":["a","a",{"{":"}","[":"]"}]})"), Places());
+    EXPECT_EQ(check::repeatedMembers(R"([[[[[{"a":1,"a":2}]]]]])"), Places{"[0][0][0][0][0].a"});
+    EXPECT_EQ(check::repeatedMembers(R"([[[[[[{"a":1,"a":2}],0,{"a":1,"a":2}]]]]])"), Places{"[0][0][0][0][2].a"})
+        << "not the deeper one";
+    EXPECT_EQ(check::repeatedMembers("]}\"a\":"), Places()) << "no JSON";
 }
 
 TEST(WrittenConfig, LiteralNumbersAreWholeFiniteTexts)
