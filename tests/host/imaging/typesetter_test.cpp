@@ -1,5 +1,4 @@
 // Lines become glyphs: order, widths, fallbacks.
-#include "imaging/bidi.h"
 #include "imaging/typesetter.h"
 
 #include <gtest/gtest.h>
@@ -152,85 +151,6 @@ TEST_F(Lines, GlyphsStandAtQuarterPixelsUpToALimitOnly)
     EXPECT_TRUE(std::any_of(placed_.begin(), placed_.end(), [](auto const& g) { return g.phase != 0; }));
     set("iiiiiiii", {imaging::kLargestSubPixelSize + 1, 1});
     EXPECT_TRUE(std::all_of(placed_.begin(), placed_.end(), [](auto const& g) { return g.phase == 0; }));
-}
-
-TEST_F(Lines, WordCacheStaysWithinItsBound)
-{
-    for (int i = 0; i < 30000; ++i) {
-        std::string word = "w";
-        for (int rest = i; rest > 0; rest /= 20) {
-            word += static_cast<char>('a' + rest % 20);
-        }
-        shaper_.shape(word, Direction::LeftToRight);
-    }
-    EXPECT_LE(shaper_.cachedBytes(), imaging::kWordCacheBytes);
-    EXPECT_GT(shaper_.cachedBytes(), imaging::kWordCacheBytes / 4);
-}
-
-TEST(Bidi, OnlyRightToLeftLettersAreLookedAtClosely)
-{
-    for (char const* const text : {"48\u00B0", "\u2033\u2192", "\u65E5\u672C", "\u0416", "\U0001F600", "\xFF\xFE"}) {
-        EXPECT_FALSE(imaging::mayReadRightToLeft(text)) << text;
-    }
-    for (char const* const text : {"a\u05D0", "\u0639", "\uFEFB", "\u200F", "\U0001E900"}) {
-        EXPECT_TRUE(imaging::mayReadRightToLeft(text)) << text;
-    }
-}
-
-TEST(Bidi, RunsStandInVisualOrder)
-{
-    std::string const text = "ab \u05D0\u05D1 12 cd";
-    auto const runs = imaging::visualRuns(text);
-    std::vector<std::string> parts;
-    parts.reserve(runs.size());
-    for (auto const& run : runs) {
-        parts.push_back((run.direction == Direction::RightToLeft ? "<" : ">") + std::string(run.text));
-    }
-    EXPECT_EQ(parts, (std::vector<std::string>{">ab ", ">12", "<\u05D0\u05D1 ", "> cd"}));
-}
-
-std::string described(std::vector<imaging::DirectedRun> const& runs)
-{
-    std::string text;
-    for (auto const& run : runs) {
-        text += (run.direction == Direction::RightToLeft ? "<" : ">") + std::string(run.text);
-    }
-    return text;
-}
-
-TEST(Bidi, RememberedRunsAreThoseOfTheLineItself)
-{
-    imaging::RunCache cache;
-    for (char const* const text : {"ab \u05D0\u05D1 12 cd", "ab \u05D0\u05D1 97 cd", "\u0639 1.5 (3) \u0644", "", "12",
-                                   "\u0639 8.0 (7) \u0644", "\u0639 \u0660\u0661 5"}) {
-        EXPECT_EQ(described(cache.runsOf(text)), described(imaging::visualRuns(text))) << text;
-    }
-}
-
-TEST(Bidi, LineWhoseNumbersChangeIsKnown)
-{
-    imaging::RunCache cache;
-    cache.runsOf("\u0639\u0644 1250.5 m");
-    auto const bytes = cache.cachedBytes();
-    ASSERT_GT(bytes, 0U);
-    EXPECT_EQ(described(cache.runsOf("\u0639\u0644 9876.3 m")),
-              described(imaging::visualRuns("\u0639\u0644 9876.3 m")));
-    EXPECT_EQ(cache.cachedBytes(), bytes);
-    cache.runsOf("\u0639\u0644 19876.3 m");
-    EXPECT_GT(cache.cachedBytes(), bytes);
-}
-
-TEST(Bidi, RememberedRunsStayWithinTheirBound)
-{
-    imaging::RunCache cache;
-    std::string const longer = std::string(imaging::kRunCacheBytes, 'a') + "\u0639";
-    EXPECT_EQ(cache.runsOf(longer).size(), 2U);
-    EXPECT_EQ(cache.cachedBytes(), 0U);
-    for (int i = 0; i < 3000; ++i) {
-        cache.runsOf(std::string(static_cast<std::size_t>(i), 'a') + "\u0639");
-        ASSERT_LE(cache.cachedBytes(), imaging::kRunCacheBytes) << i;
-    }
-    EXPECT_GT(cache.cachedBytes(), imaging::kRunCacheBytes / 2);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// See golden_picture.h.
+// Reads and writes PGM and PNG, and says where and by how much two pictures differ.
 #include "golden_picture.h"
 
 #include <png.h>

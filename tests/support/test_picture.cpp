@@ -1,4 +1,4 @@
-// See test_picture.h.
+// Lays two planes into one block of memory with guard bytes before, between and behind them.
 #include "test_picture.h"
 
 #include <algorithm>
