@@ -1,5 +1,5 @@
 // What reading bytes as text needs everywhere: classes of bytes as the "C" locale has them, and that locale itself
-// for the C functions that take one. Internal to framework and plugin: not installed, not included by public headers.
+// for the C functions that take one. Internal to this project: not installed, not included by public headers.
 #pragma once
 
 #include <locale.h>

@@ -3,9 +3,9 @@
 #include "cli/config_file.h"
 
 #include "cli/silent_cerr.h"
+#include "sw_text.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -61,7 +61,7 @@ SwJsonValue parseWhole(std::string const& path, std::string const& text)
         throw std::runtime_error(path + ": " + explain(error, text) + "; mend the JSON there");
     }
     auto const rest = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(cursor), text.end(),
-                                   [](char c) { return std::isspace(static_cast<unsigned char>(c)) == 0; });
+                                   [](char c) { return !sw_detail::isSpace(c); });
     if (rest != text.end()) {
         throw std::runtime_error(path + ": " + placeText(text, static_cast<std::size_t>(rest - text.begin())) +
                                  ": characters after the end of the JSON; remove them");

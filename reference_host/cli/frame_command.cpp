@@ -21,9 +21,6 @@ std::string secondsText(double seconds)
     return text.data();
 }
 
-/// Two times closer than this are the same moment; a tick of the 90 kHz clock is eleven times longer.
-constexpr double kSameMoment = 1e-6;
-
 /// Finds the picture that is shown at the asked time: the last one at or before it, and not the last of
 /// all when the clip is over by then.
 class MomentSearch {
@@ -40,7 +37,7 @@ public:
         while (std::optional<clip::ClipFrame> frame = clip_.next()) {
             if (!shown) {
                 first = frame->seconds;
-            } else if (frame->seconds - first > options_.atSeconds + kSameMoment) {
+            } else if (frame->seconds - first > options_.atSeconds + frame::kSameMoment) {
                 return std::move(*shown);
             } else {
                 clip_.annotate(*shown);

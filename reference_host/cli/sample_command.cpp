@@ -9,9 +9,7 @@
 #include "telemetry/telemetry.h"
 
 #include <cmath>
-#include <cstring>
 #include <memory>
-#include <new>
 #include <vector>
 
 namespace cli {
@@ -21,18 +19,6 @@ constexpr AVRational kClock{1, 90000};
 
 /// Players expect a stream to begin a little after zero.
 constexpr std::int64_t kFirstTicks = 90000;
-
-media::PacketPtr klvPacket(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
-{
-    media::PacketPtr packet = media::makePacket();
-    if (av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0) {
-        throw std::bad_alloc();
-    }
-    std::memcpy(packet->data, bytes.data(), bytes.size());
-    packet->pts = ticks;
-    packet->dts = ticks;
-    return packet;
-}
 
 media::EncoderSettings settingsFor(SampleOptions const& options)
 {
@@ -66,7 +52,8 @@ void runSample(SampleOptions const& options)
         double const seconds = static_cast<double>(number) / options.framesPerSecond;
         std::int64_t const ticks = kFirstTicks + std::llround(seconds * kClock.den);
         flight::paintGround(seconds, planes);
-        media::PacketPtr const packet = klvPacket(telemetry::encodeKlv(flight::telemetryAt(seconds, aspect)), ticks);
+        media::PacketPtr const packet =
+            media::makePacket(telemetry::encodeKlv(flight::telemetryAt(seconds, aspect)), ticks);
         muxer.write(*packet, *klv, kClock);
         encoder.encode(planes, ticks, writeVideo);
     }

@@ -14,11 +14,6 @@
 namespace clip {
 namespace {
 
-std::string sizeText(int width, int height)
-{
-    return std::to_string(width) + "x" + std::to_string(height);
-}
-
 /// Producers bear the number by which other tools name the stream.
 std::string producerName(AVStream const& stream)
 {
@@ -70,8 +65,8 @@ std::optional<ClipFrame> AnnotatedClip::next()
         learnTraits_(decoded);
         readTelemetryFile_(unit->seconds);
     } else if (sizeChange_.empty() && (decoded.width != traits_.width || decoded.height != traits_.height)) {
-        sizeChange_ = "pictures change from " + sizeText(traits_.width, traits_.height) + " to " +
-                      sizeText(decoded.width, decoded.height) + " at frame " + std::to_string(unit->number) +
+        sizeChange_ = "pictures change from " + media::sizeText(traits_.width, traits_.height) + " to " +
+                      media::sizeText(decoded.width, decoded.height) + " at frame " + std::to_string(unit->number) +
                       "; they were scaled to the first size";
     }
     ++frames_;

@@ -58,10 +58,9 @@ void ClipWriter::begin_()
     settings.timeBase = clip_.timeBase();
     encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
     if (encoder_->extended()) {
-        remarks_.push_back(output_ + ": pictures of " + std::to_string(traits.width) + "x" +
-                           std::to_string(traits.height) + " are stored as " +
-                           std::to_string(encoder_->context().width) + "x" +
-                           std::to_string(encoder_->context().height) + ", as the encoder takes even sizes only");
+        remarks_.push_back(output_ + ": pictures of " + media::sizeText(traits.width, traits.height) +
+                           " are stored as " + media::sizeText(encoder_->context().width, encoder_->context().height) +
+                           ", as the encoder takes even sizes only");
     }
     videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
     addSideStreams_();

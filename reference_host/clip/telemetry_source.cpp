@@ -3,12 +3,10 @@
 
 #include "media/demuxer.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <span>
 #include <vector>
 
@@ -17,7 +15,6 @@ namespace {
 
 /// How far into a file a first key is looked for: a packet header may stand before it.
 constexpr std::size_t kHeadBytes = 64;
-constexpr std::array<std::uint8_t, 4> kKeyPrefix = {0x06, 0x0E, 0x2B, 0x34};
 
 /// Raw KLV: by its ending, or because a key stands at its very beginning. A transport stream begins with
 /// a sync byte and holds its keys further on.
@@ -31,11 +28,10 @@ bool isRawKlv(std::string const& path)
         return true;
     }
     std::ifstream file(path, std::ios::binary);
-    std::vector<char> head(kHeadBytes);
+    std::array<char, kHeadBytes> head{};
     file.read(head.data(), static_cast<std::streamsize>(head.size()));
-    head.resize(static_cast<std::size_t>(file.gcount()));
-    auto const same = [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; };
-    return std::search(head.begin(), head.end(), kKeyPrefix.begin(), kKeyPrefix.end(), same) != head.end();
+    std::span const read(head.data(), static_cast<std::size_t>(file.gcount()));
+    return media::holdsKlvKey({reinterpret_cast<std::uint8_t const*>(read.data()), read.size()});
 }
 
 void take(std::vector<telemetry::Packet> const& packets, TelemetrySummary& summary,

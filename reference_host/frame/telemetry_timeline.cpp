@@ -5,13 +5,6 @@
 #include <utility>
 
 namespace frame {
-namespace {
-
-/// Clocks of different streams count in different units: two times closer than this are the same moment.
-/// A tick of the 90 kHz clock is eleven times longer.
-constexpr double kSameMoment = 1e-6;
-
-}  // namespace
 
 std::size_t TelemetryTimeline::addProducer(std::string name)
 {

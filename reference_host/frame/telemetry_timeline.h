@@ -15,6 +15,10 @@
 
 namespace frame {
 
+/// Clocks of different streams count in different units: two times, in seconds, that are closer than this are the same
+/// moment. A tick of the 90 kHz clock is eleven times longer.
+inline constexpr double kSameMoment = 1e-6;
+
 /// One producer's telemetry for one picture.
 struct Choice {
     std::string producer;

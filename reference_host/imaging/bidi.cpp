@@ -1,6 +1,7 @@
 // Finds the runs of a line by FriBidi; only lines with letters beyond the left-to-right alphabets come here.
 #include "imaging/bidi.h"
 
+#include "sw_text.h"
 #include "sw_utf8.h"
 
 #include <fribidi.h>
@@ -111,8 +112,7 @@ std::vector<DirectedRun> visualRuns(std::string_view line)
 std::vector<DirectedRun> const& RunCache::runsOf(std::string_view line)
 {
     key_ = line;
-    std::replace_if(
-        key_.begin(), key_.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+    std::replace_if(key_.begin(), key_.end(), sw_detail::isDigit, '0');
     runs_.clear();
     for (auto const& run : entryOf(key_).runs) {
         runs_.push_back({line.substr(run.offset, run.length), run.direction});

@@ -1,6 +1,7 @@
 // Cuts a line into words and places their glyphs; between the text renderer and the shaper.
 #include "imaging/typesetter.h"
 
+#include "sw_text.h"
 #include "sw_utf8.h"
 
 namespace imaging {
@@ -10,14 +11,9 @@ constexpr int kSpacesInTab = 4;
 /// Bytes after which even a mark begins a new word.
 constexpr std::size_t kLongestCluster = 4 * kLongestWord;
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 bool standsAlone(char c)
 {
-    return isDigit(c) || c == ' ' || c == '\t';
+    return sw_detail::isDigit(c) || c == ' ' || c == '\t';
 }
 
 /// True when the character at `offset` is combined with the one before it.

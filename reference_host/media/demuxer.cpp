@@ -16,9 +16,6 @@ extern "C" {
 namespace media {
 namespace {
 
-/// Every universal key of the KLV standards begins with these bytes (SMPTE ST 336).
-constexpr std::array<std::uint8_t, 4> kKeyPrefix = {0x06, 0x0E, 0x2B, 0x34};
-
 /// Where a key may begin in a data unit: an access unit header of 5 bytes may stand before it.
 constexpr std::size_t kSniffBytes = 16;
 
@@ -42,6 +39,12 @@ std::string cureFor(int code)
 }
 
 }  // namespace
+
+bool holdsKlvKey(std::span<std::uint8_t const> bytes)
+{
+    constexpr std::array<std::uint8_t, 4> kPrefix = {0x06, 0x0E, 0x2B, 0x34};
+    return std::search(bytes.begin(), bytes.end(), kPrefix.begin(), kPrefix.end()) != bytes.end();
+}
 
 struct Demuxer::CustomIo {
     ByteSource source;
@@ -142,8 +145,7 @@ void Demuxer::sniffKlv_(AVPacket const& packet)
     if (!unnamedData) {
         return;
     }
-    auto const* const end = packet.data + std::min(static_cast<std::size_t>(packet.size), kSniffBytes);
-    if (std::search(static_cast<std::uint8_t const*>(packet.data), end, kKeyPrefix.begin(), kKeyPrefix.end()) != end) {
+    if (holdsKlvKey({packet.data, std::min(static_cast<std::size_t>(packet.size), kSniffBytes)})) {
         sniffedKlv_.push_back(packet.stream_index);
     }
 }

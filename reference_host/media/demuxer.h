@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ enum class StreamKind {
     Audio,
     Other,  ///< everything else, further video streams included
 };
+
+/// Whether the first four bytes of a universal key, the same for all KLV standards (SMPTE ST 336), stand among these.
+bool holdsKlvKey(std::span<std::uint8_t const> bytes);
 
 class Demuxer {
 public:

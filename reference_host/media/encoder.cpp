@@ -198,9 +198,8 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     setQuality(context, codec, settings_);
     int const result = avcodec_open2(&context, &codec, nullptr);
     if (result < 0) {
-        throw std::runtime_error(std::string(codec.name) + " cannot encode pictures of " + std::to_string(width) + "x" +
-                                 std::to_string(height) + ": " + errorText(result) +
-                                 "; choose another encoder with --video-codec");
+        throw std::runtime_error(std::string(codec.name) + " cannot encode pictures of " + sizeText(width, height) +
+                                 ": " + errorText(result) + "; choose another encoder with --video-codec");
     }
 }
 

@@ -6,6 +6,7 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include <algorithm>
 #include <array>
 #include <new>
 
@@ -27,6 +28,23 @@ PacketPtr makePacket()
         throw std::bad_alloc();
     }
     return packet;
+}
+
+PacketPtr makePacket(std::span<std::uint8_t const> bytes, std::int64_t ticks)
+{
+    PacketPtr packet = makePacket();
+    if (av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0) {
+        throw std::bad_alloc();
+    }
+    std::copy(bytes.begin(), bytes.end(), packet->data);
+    packet->pts = ticks;
+    packet->dts = ticks;
+    return packet;
+}
+
+std::string sizeText(int width, int height)
+{
+    return std::to_string(width) + "x" + std::to_string(height);
 }
 
 std::string errorText(int code)

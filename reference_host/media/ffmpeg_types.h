@@ -10,6 +10,7 @@ extern "C" {
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 namespace media {
@@ -31,12 +32,17 @@ using InputPtr = std::unique_ptr<AVFormatContext, FfmpegDelete>;
 /// An empty frame or packet; throws std::bad_alloc when there is no memory.
 FramePtr makeFrame();
 PacketPtr makePacket();
+/// A packet of its own with these bytes, decoded and presented at `ticks`.
+PacketPtr makePacket(std::span<std::uint8_t const> bytes, std::int64_t ticks);
 
 /// The time of a tick count: secondsOf(195030, {1, 90000}) is 2.167, the double nearest to the quotient.
 constexpr double secondsOf(std::int64_t ticks, AVRational timeBase)
 {
     return static_cast<double>(ticks) * timeBase.num / timeBase.den;
 }
+
+/// As people write the size of a picture: "1920x1080".
+std::string sizeText(int width, int height);
 
 /// What an FFmpeg error code means: errorText(AVERROR(ENOENT)) is "No such file or directory".
 std::string errorText(int code);

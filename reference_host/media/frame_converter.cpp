@@ -133,7 +133,7 @@ SwsContext* FrameConverter::Scaler::prepare(Shape const& wantedFrom, Shape const
     if (result < 0) {
         context.reset();
         char const* const name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(from.format));
-        throw std::runtime_error("pictures of " + std::to_string(from.width) + "x" + std::to_string(from.height) + " " +
+        throw std::runtime_error("pictures of " + sizeText(from.width, from.height) + " " +
                                  (name == nullptr ? "unknown format" : name) +
                                  " cannot be converted: " + errorText(result));
     }
