@@ -4,7 +4,8 @@ function(overlay_test name label)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} overlay_settings GTest::gtest GTest::gtest_main)
-    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
+    target_include_directories(${name} PRIVATE
+        ${PROJECT_SOURCE_DIR}/tests/support ${PROJECT_SOURCE_DIR}/tests/support/host)
     target_compile_definitions(${name} PRIVATE
         OVERLAY_SOURCE_DIR="${PROJECT_SOURCE_DIR}" OVERLAY_RECORDED_DATA="${OVERLAY_RECORDED_DATA}")
     add_test(NAME ${name} COMMAND ${name})

@@ -8,7 +8,7 @@ tree=$2/tree
 good_tree() {
     rm -rf "$tree"
     mkdir -p "$tree/framework" "$tree/host_api" "$tree/stanag_overlay_plugin/src" "$tree/reference_host/media" \
-        "$tree/tests/framework" "$tree/tests/host_api" "$tree/tests/plugin" "$tree/tests/support"
+        "$tree/tests/framework" "$tree/tests/host_api" "$tree/tests/plugin" "$tree/tests/support/host"
     for room in imaging telemetry flight check frame clip cli; do
         mkdir "$tree/reference_host/$room"
         : >"$tree/reference_host/$room/$room.h"
@@ -18,6 +18,7 @@ good_tree() {
     : >"$tree/stanag_overlay_plugin/src/stanag_overlay_config.h"
     printf '#include "Plugin.h"\n#include "SwText.h"\n' >"$tree/stanag_overlay_plugin/src/Overlay.cpp"
     printf '#include "Plugin.h"\n#include <libavformat/avformat.h>\n' >"$tree/reference_host/media/demuxer.h"
+    echo '#include <libavformat/avformat.h>' >"$tree/tests/support/host/clips.cpp"
     printf '#include "frame/frame.h"\n#include "media/demuxer.h"\n' >"$tree/reference_host/clip/clip.h"
 }
 
@@ -45,6 +46,7 @@ refused stanag_overlay_plugin/src/stanag_overlay_config.h '"Plugin.h"'
 refused stanag_overlay_plugin/src/stanag_overlay_config.h '<class_loader/class_loader.hpp>'
 refused reference_host/media/demuxer.h '"stanag_overlay_config.h"'
 refused tests/plugin/some_test.cpp '<CLI/CLI.hpp>'
+refused tests/support/text.cpp '<png.h>'
 refused tests/plugin/some_test.cpp '"../support/text.h"'
 refused reference_host/clip/clip.h '"cli/cli.h"'
 refused reference_host/clip/clip.h '"check/check.h"'

@@ -167,8 +167,8 @@ TEST_P(BurnPixels, ShowTheTextWhereItBelongsAndNothingElse)
     ASSERT_EQ(burnt.exitCode, 0) << burnt.err;
     std::vector<std::string> const lines = e2e::linesOf(e2e::run({"text", clip, "-c", config}).out);
 
-    Pictures const before = e2e::picturesOf(clip);
-    Pictures const after = e2e::picturesOf(output);
+    Pictures const before = clip_test::picturesOf(clip);
+    Pictures const after = clip_test::picturesOf(output);
     ASSERT_EQ(before.size(), 15U);
     ASSERT_EQ(after.size(), before.size());
     ASSERT_EQ(lines.size(), before.size());
@@ -176,7 +176,7 @@ TEST_P(BurnPixels, ShowTheTextWhereItBelongsAndNothingElse)
     imaging::openFonts(painter);
     for (std::size_t number = 0; number < before.size(); ++number) {
         SCOPED_TRACE("frame " + std::to_string(number));
-        SwJsonObject const line = e2e::parseLine(lines[number]);
+        SwJsonObject const line = clip_test::parseLine(lines[number]);
         SwJsonArray const& draws = line["draws"].toArray();
         ASSERT_EQ(draws.size(), kBlocks.size());
         MappedNV12 const source = imaging::planesOf(*before[number]);
@@ -217,7 +217,7 @@ TEST(Text, TellsAnchorsAndSizes)
     ASSERT_EQ(lines.size(), 5U);
     for (std::size_t number = 0; number < lines.size(); ++number) {
         SCOPED_TRACE(lines[number]);
-        SwJsonObject const line = e2e::parseLine(lines[number]);
+        SwJsonObject const line = clip_test::parseLine(lines[number]);
         EXPECT_EQ(line["frame"].toInt(), static_cast<std::int64_t>(number));
         EXPECT_DOUBLE_EQ(line["pts"].toDouble(), 1.0 + 0.04 * static_cast<double>(number));
         SwJsonArray const& draws = line["draws"].toArray();

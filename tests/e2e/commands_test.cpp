@@ -34,15 +34,15 @@ protected:
         e2e::writeFile(file("c.json"), kConfig);
         e2e::writeFile(file("bad.json"), "{\"overlay\":[\n {\"a\":tru}]}");
         e2e::writeFile(file("t.jsonl"), "{\"t\":0,\"heading_deg\":7.25}\n\n{\"t\":0.2,\"heading_deg\":8.75}\n");
-        e2e::ClipSpec clip{file("a.ts")};
+        clip_test::ClipSpec clip{file("a.ts")};
         clip.sound = true;
         clip.klvStreams.emplace_back();
         for (int number = 0; number < clip.frames; ++number) {
             clip.klvStreams.front().push_back(telemetryOf(number));
         }
-        e2e::makeClip(clip);
-        e2e::makeClip({file("plain.mkv"), 64, 48, 10, "ffv1"});
-        e2e::makeClip({file("odd.mkv"), 35, 19, 5, "ffv1"});
+        clip_test::makeClip(clip);
+        clip_test::makeClip({file("plain.mkv"), 64, 48, 10, "ffv1"});
+        clip_test::makeClip({file("odd.mkv"), 35, 19, 5, "ffv1"});
     }
     static void TearDownTestSuite()
     {
@@ -303,7 +303,7 @@ TEST_F(Commands, SchemaListsTheKeysOfTheInput)
     EXPECT_EQ(listed.exitCode, 0);
     EXPECT_NE(listed.out.find(R"("default": ["camera_name","heading_deg","utc_timestamp_us","yaw_deg"])"),
               std::string::npos);
-    SwJsonObject const schema = e2e::parseLine(listed.out);
+    SwJsonObject const schema = clip_test::parseLine(listed.out);
     EXPECT_EQ(schema["title"].toString(), "StanagOverlayPlugin configuration");
 }
 
@@ -374,8 +374,8 @@ TEST_P(Containers, CarryPicturesSoundAndTelemetryWhereTheyCan)
     Result const result = call({"burn", "@a.ts", "-c", "@c.json", "-o", std::string("@") + row.output});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, named(row.remark));
-    e2e::StreamCounts const before = e2e::packetsOf(file("a.ts"));
-    e2e::StreamCounts const after = e2e::packetsOf(file(row.output));
+    clip_test::StreamCounts const before = clip_test::packetsOf(file("a.ts"));
+    clip_test::StreamCounts const after = clip_test::packetsOf(file(row.output));
     EXPECT_EQ(after.video, 20);
     EXPECT_EQ(after.klv, row.klv);
     EXPECT_EQ(after.sound, before.sound);
@@ -406,7 +406,7 @@ TEST_F(Commands, BurnReplacesAnOlderFileAndLeavesNothingElse)
     std::filesystem::create_directory(file("sub"));
     e2e::writeFile(file("sub/o.ts"), "old");
     ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@sub/o.ts"}).exitCode, 0);
-    EXPECT_EQ(e2e::packetsOf(file("sub/o.ts")).video, 20);
+    EXPECT_EQ(clip_test::packetsOf(file("sub/o.ts")).video, 20);
     std::filesystem::directory_iterator const entries(file("sub"));
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
@@ -416,8 +416,8 @@ TEST_F(Commands, BurnReadsStandardInputAndWritesStandardOutput)
     Result const result = run(inFolder({"burn", "-", "-c", "@c.json", "-o", "-"}), {file("a.ts"), file("piped.ts")});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(e2e::packetsOf(file("piped.ts")).video, 20);
-    EXPECT_EQ(e2e::packetsOf(file("piped.ts")).klv, 20);
+    EXPECT_EQ(clip_test::packetsOf(file("piped.ts")).video, 20);
+    EXPECT_EQ(clip_test::packetsOf(file("piped.ts")).klv, 20);
 }
 
 TEST_F(Commands, BurnSaysWhenThereIsNoTelemetry)
@@ -426,7 +426,7 @@ TEST_F(Commands, BurnSaysWhenThereIsNoTelemetry)
         call({"burn", "@plain.mkv", "-c", "@c.json", "-o", "@plain_out.mkv", "--video-codec", "ffv1"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, named("stanag-overlay: @plain.mkv: no usable telemetry was found: there is no KLV stream\n"));
-    EXPECT_EQ(e2e::packetsOf(file("plain_out.mkv")).video, 10);
+    EXPECT_EQ(clip_test::packetsOf(file("plain_out.mkv")).video, 10);
 }
 
 TEST_F(Commands, BurnStoresOddPicturesInEvenOnesWhereTheEncoderNeedsIt)
@@ -436,7 +436,7 @@ TEST_F(Commands, BurnStoresOddPicturesInEvenOnesWhereTheEncoderNeedsIt)
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, named("stanag-overlay: @odd.mp4: pictures of 35x19 are stored as 36x20, as the encoder takes "
                                 "even sizes only\n"));
-    auto const pictures = e2e::picturesOf(file("odd.mp4"));
+    auto const pictures = clip_test::picturesOf(file("odd.mp4"));
     ASSERT_EQ(pictures.size(), 5U);
     EXPECT_EQ(pictures.front()->width(), 36U);
     EXPECT_EQ(pictures.front()->height(), 20U);
@@ -460,12 +460,12 @@ TEST_F(Commands, SampleIsTheSameEveryTimeAndGoesThroughEveryCommand)
     Result const keys = call({"keys", "@s.ts"});
     EXPECT_EQ(keys.err, "");
     EXPECT_EQ(e2e::linesOf(keys.out).size(), 4U);
-    EXPECT_EQ(e2e::packetsOf(file("s.ts")).video, 4);
+    EXPECT_EQ(clip_test::packetsOf(file("s.ts")).video, 4);
     for (char const* const size : {"1x1", "3x2", "17x9"}) {
         SCOPED_TRACE(size);
         EXPECT_EQ(call({"sample", "@tiny.ts", "--seconds", "0.2", "--size", size, "--fps", "10"}).exitCode, 0);
         EXPECT_EQ(call({"burn", "@tiny.ts", "-c", "@c.json", "-o", "@tiny.mkv", "--video-codec", "ffv1"}).exitCode, 0);
-        EXPECT_EQ(e2e::packetsOf(file("tiny.mkv")).video, 2);
+        EXPECT_EQ(clip_test::packetsOf(file("tiny.mkv")).video, 2);
     }
 }
 

@@ -49,7 +49,7 @@ TEST(FullDisk, LeavesNoHalfFile)
         GTEST_SKIP() << "no small disk can be mounted here: " << std::strerror(disk.error())
                      << "; run as root. A file that may not grow is tested in e2e_hard_files_test all the same.";
     }
-    e2e::makeClip({folder.file("a.ts"), 320, 240, 200, "mpeg2video"});
+    clip_test::makeClip({folder.file("a.ts"), 320, 240, 200, "mpeg2video"});
     e2e::writeFile(folder.file("c.json"), R"({"overlay":[]})");
     for (char const* const name : {"o.ts", "o.mp4", "o.mkv"}) {
         SCOPED_TRACE(name);

@@ -22,7 +22,7 @@ class HardFiles : public testing::Test {
 protected:
     HardFiles()
     {
-        e2e::makeClip({file("a.ts"), 96, 64, 30, "mpeg2video"});
+        clip_test::makeClip({file("a.ts"), 96, 64, 30, "mpeg2video"});
         e2e::writeFile(file("c.json"), R"({"overlay":[{"formatString":"H %heading_deg","textSize":200}]})");
         e2e::writeFile(file("t.jsonl"), "{\"t\":0,\"heading_deg\":1}\n");
     }

@@ -40,7 +40,7 @@ std::vector<std::string> textsOf(Result const& result)
 {
     std::vector<std::string> texts;
     for (std::string const& line : e2e::linesOf(result.out)) {
-        SwJsonObject const object = e2e::parseLine(line);
+        SwJsonObject const object = clip_test::parseLine(line);
         SwJsonArray const& draws = object["draws"].toArray();
         texts.push_back(draws.empty() ? "" : draws[0].toObject()["text"].toString());
     }
@@ -64,7 +64,7 @@ private:
 
 TEST_F(HardInputs, CutAnywhereGiveAWholeFileOrNone)
 {
-    e2e::makeClip({file("whole.ts"), 96, 64, 12, "mpeg2video", 90000, {headings(12)}});
+    clip_test::makeClip({file("whole.ts"), 96, 64, 12, "mpeg2video", 90000, {headings(12)}});
     std::string const whole = e2e::readFile(file("whole.ts"));
     ASSERT_GT(whole.size(), 5000U);
     std::filesystem::create_directory(file("out"));
@@ -89,7 +89,7 @@ TEST_F(HardInputs, CutAnywhereGiveAWholeFileOrNone)
             EXPECT_EQ(output.size() % 188, 0U);
             EXPECT_EQ(output.front(), '\x47');
             // Shorter files are too short to be recognised with certainty.
-            EXPECT_TRUE(output.size() < 3000 || e2e::packetsOf(file("out/o.ts")).video > 0);
+            EXPECT_TRUE(output.size() < 3000 || clip_test::packetsOf(file("out/o.ts")).video > 0);
         } else {
             ++refused;
             EXPECT_EQ(result.exitCode, 1) << result.err;
@@ -104,7 +104,7 @@ TEST_F(HardInputs, CutAnywhereGiveAWholeFileOrNone)
 
 TEST_F(HardInputs, DamagedBytesAreReportedAndPassedOver)
 {
-    e2e::makeClip({file("whole.ts"), 96, 64, 25, "mpeg2video", 90000, {headings(25)}});
+    clip_test::makeClip({file("whole.ts"), 96, 64, 25, "mpeg2video", 90000, {headings(25)}});
     std::string bytes = e2e::readFile(file("whole.ts"));
     constexpr std::size_t kPacket = 188;
     for (std::size_t place = kPacket * 12 + 40; place + 60 < bytes.size(); place += kPacket * 7) {
@@ -114,7 +114,7 @@ TEST_F(HardInputs, DamagedBytesAreReportedAndPassedOver)
     Result const result = burn("damaged.ts", file("o.ts"));
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(result.err.find("damaged video packets or pictures"), std::string::npos) << result.err;
-    EXPECT_GT(e2e::packetsOf(file("o.ts")).video, 10);
+    EXPECT_GT(clip_test::packetsOf(file("o.ts")).video, 10);
 }
 
 TEST_F(HardInputs, NoiseIsRefused)
@@ -144,7 +144,7 @@ TEST_F(HardInputs, GapsInTelemetryKeepTheLastPacket)
             payloads[number] = SwJsonObject();
         }
     }
-    e2e::makeClip({file("gap.ts"), 320, 240, 30, "mpeg2video", 90000, {payloads}});
+    clip_test::makeClip({file("gap.ts"), 320, 240, 30, "mpeg2video", 90000, {payloads}});
     Result const result = text("gap.ts");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
@@ -161,7 +161,7 @@ TEST_F(HardInputs, NestingBeyondEveryStackIsReadOrRefused)
 {
     constexpr std::size_t kLevels = 200000;
     std::string const deep = std::string(kLevels, '[') + std::string(kLevels, ']');
-    e2e::makeClip({file("a.ts"), 320, 240, 2, "mpeg2video"});
+    clip_test::makeClip({file("a.ts"), 320, 240, 2, "mpeg2video"});
     e2e::writeFile(file("t.jsonl"), R"({"t":0,"heading_deg":7,"deep":)" + deep + "}\n");
     e2e::writeFile(file("deep.json"), R"({"overlay":[{"formatString":"%deep %heading_deg","decimals":0,"textSize":100,
         "condition":{"key":"heading_deg","value":)" +
@@ -187,7 +187,7 @@ TEST_F(HardInputs, NestingBeyondEveryStackIsReadOrRefused)
 
 TEST_F(HardInputs, TelemetryTimesThatRunBackwardsAreSorted)
 {
-    e2e::makeClip({file("a.ts"), 320, 240, 10, "mpeg2video"});
+    clip_test::makeClip({file("a.ts"), 320, 240, 10, "mpeg2video"});
     std::string lines;
     for (int number = 9; number >= 0; --number) {
         lines += "{\"t\":" + std::to_string(number * 0.04) + ",\"heading_deg\":" + std::to_string(number) + "}\n";
@@ -206,7 +206,7 @@ TEST_F(HardInputs, SeveralTelemetryStreamsAreMergedAndTheFirstWins)
 {
     SwJsonObject const other{{"heading_deg", SwJsonValue(300.0)}, {"sensor_lat_deg", SwJsonValue(45.0)}};
     std::vector<SwJsonObject> const second(10, other);
-    e2e::makeClip({file("two.ts"), 320, 240, 10, "mpeg2video", 90000, {headings(10), second}});
+    clip_test::makeClip({file("two.ts"), 320, 240, 10, "mpeg2video", 90000, {headings(10), second}});
     Result const result = text("two.ts");
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
@@ -214,21 +214,21 @@ TEST_F(HardInputs, SeveralTelemetryStreamsAreMergedAndTheFirstWins)
     ASSERT_EQ(texts.size(), 10U);
     EXPECT_EQ(texts[4], "H 4 L 45");
     ASSERT_EQ(burn("two.ts", file("o.ts")).exitCode, 0);
-    EXPECT_EQ(e2e::packetsOf(file("o.ts")).klv, 20);
+    EXPECT_EQ(clip_test::packetsOf(file("o.ts")).klv, 20);
     EXPECT_EQ(text("o.ts").out, result.out);
 }
 
 TEST_F(HardInputs, JoinedClipsOfDifferentSizesStayOneClip)
 {
-    e2e::makeClip({file("a.ts"), 320, 240, 10, "mpeg2video", 900000, {headings(10)}});
-    e2e::makeClip({file("b.ts"), 128, 96, 10, "mpeg2video", 90000, {headings(10)}});
+    clip_test::makeClip({file("a.ts"), 320, 240, 10, "mpeg2video", 900000, {headings(10)}});
+    clip_test::makeClip({file("b.ts"), 128, 96, 10, "mpeg2video", 90000, {headings(10)}});
     e2e::writeFile(file("joined.ts"), e2e::readFile(file("a.ts")) + e2e::readFile(file("b.ts")));
     Result const result = burn("joined.ts", file("o.ts"));
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_NE(result.err.find("pictures change from 320x240 to 128x96 at frame 10; they were scaled to the first size"),
               std::string::npos)
         << result.err;
-    auto const pictures = e2e::picturesOf(file("o.ts"));
+    auto const pictures = clip_test::picturesOf(file("o.ts"));
     ASSERT_EQ(pictures.size(), 20U);
     EXPECT_EQ(pictures.back()->width(), 320U);
     std::vector<std::string> const texts = textsOf(text("joined.ts"));
@@ -240,18 +240,18 @@ TEST_F(HardInputs, JoinedClipsOfDifferentSizesStayOneClip)
 
 TEST_F(HardInputs, InterruptCompletesTheFile)
 {
-    e2e::ClipSpec const clip{file("long.ts"), 320, 240, 200, "mpeg2video", 90000, {headings(200)}};
-    e2e::makeClip(clip);
+    clip_test::ClipSpec const clip{file("long.ts"), 320, 240, 200, "mpeg2video", 90000, {headings(200)}};
+    clip_test::makeClip(clip);
     Result const result =
         e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", file("o.ts"), "--video-codec", "mpeg2video"},
                             e2e::readFile(clip.path));
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
-    e2e::StreamCounts const counts = e2e::packetsOf(file("o.ts"));
+    clip_test::StreamCounts const counts = clip_test::packetsOf(file("o.ts"));
     EXPECT_GT(counts.video, 0);
     EXPECT_LT(counts.video, 200);
     EXPECT_NEAR(counts.klv, counts.video, 1);
-    EXPECT_EQ(e2e::picturesOf(file("o.ts")).size(), static_cast<std::size_t>(counts.video));
+    EXPECT_EQ(clip_test::picturesOf(file("o.ts")).size(), static_cast<std::size_t>(counts.video));
 }
 
 TEST_F(HardInputs, InterruptBeforeTheFirstPictureLeavesNothing)
@@ -271,7 +271,7 @@ constexpr char const* kDiskFull =
 
 TEST_F(HardInputs, FullDeviceIsSaidInOneLine)
 {
-    e2e::makeClip({file("a.ts"), 320, 240, 30, "mpeg2video", 90000, {headings(30)}});
+    clip_test::makeClip({file("a.ts"), 320, 240, 30, "mpeg2video", 90000, {headings(30)}});
     std::filesystem::create_symlink("/dev/full", file("full.ts"));
     std::filesystem::create_symlink("/dev/full", file("full.mp4"));
     std::filesystem::create_symlink("/dev/full", file("full.png"));
@@ -296,7 +296,7 @@ TEST_F(HardInputs, FullDeviceIsSaidInOneLine)
 
 TEST_F(HardInputs, ClosedReaderEndsTheListingQuietly)
 {
-    e2e::makeClip({file("a.ts"), 64, 48, 200, "mpeg2video", 90000, {headings(200)}});
+    clip_test::makeClip({file("a.ts"), 64, 48, 200, "mpeg2video", 90000, {headings(200)}});
     std::string const command = std::string("set -o pipefail; '") + OVERLAY_PROGRAM + "' keys '" + file("a.ts") +
                                 "' 2>'" + file("err") + "' | head -1 >'" + file("out") + "'";
     EXPECT_EQ(std::system(("bash -c \"" + command + "\"").c_str()), 0);

@@ -146,7 +146,8 @@ TEST_F(DemoFlight, ShowsItsLaserBlockFromThreePointTwoToNineAndAHalfSeconds)
         // Shown once the laser has been on for 200 ms, and for 1500 ms after its last frame, which is frame 239: frame
         // 96 is shown from 3.2 s on, frame 284 up to 9.5 s.
         bool const expected = number >= 96 && number <= 284;
-        EXPECT_EQ(e2e::parseLine(lines[number])["draws"].toArray().size(), expected ? 1U : 0U) << "frame " << number;
+        EXPECT_EQ(clip_test::parseLine(lines[number])["draws"].toArray().size(), expected ? 1U : 0U)
+            << "frame " << number;
     }
 }
 
@@ -158,8 +159,8 @@ TEST_F(DemoFlight, BurntTwiceGivesTheSamePictures)
         FullLoad const load;
         ASSERT_EQ(run({"burn", clip_, "-c", config, "-o", file("b.mkv"), "--video-codec", "ffv1"}).exitCode, 0);
     }
-    auto const a = e2e::picturesOf(file("a.mkv"));
-    auto const b = e2e::picturesOf(file("b.mkv"));
+    auto const a = clip_test::picturesOf(file("a.mkv"));
+    auto const b = clip_test::picturesOf(file("b.mkv"));
     ASSERT_EQ(a.size(), 300U);
     ASSERT_EQ(b.size(), 300U);
     for (std::size_t number = 0; number < a.size(); ++number) {

@@ -98,7 +98,7 @@ TEST_P(RecordedClip, GoesThroughKeysAndBurn)
     Result const burnt = run({"burn", recorded(row.file), "-c", folder.file("c.json"), "-o", folder.file("o.ts")});
     EXPECT_EQ(burnt.exitCode, 0);
     EXPECT_EQ(burnt.err, remark);
-    e2e::StreamCounts const counts = e2e::packetsOf(folder.file("o.ts"));
+    clip_test::StreamCounts const counts = clip_test::packetsOf(folder.file("o.ts"));
     EXPECT_EQ(counts.video, row.frames);
     EXPECT_EQ(counts.klv, row.klvUnits);
 }
@@ -149,7 +149,7 @@ TEST(RecordedKeys, OfTheSimulatedFlightAreThoseOfItsTable)
     for (std::size_t number = 0; number < lines.size(); ++number) {
         SCOPED_TRACE("packet " + std::to_string(number));
         std::vector<std::string> const& cells = rows[number + 1];
-        SwJsonObject const line = e2e::parseLine(lines[number]);
+        SwJsonObject const line = clip_test::parseLine(lines[number]);
         EXPECT_EQ(line["packet"].toInt(), std::stoll(cells[0]));
         EXPECT_EQ(std::llround(line["pts"].toDouble() * 90000.0), std::stoll(cells[1]));
         EXPECT_EQ(line["checksum"].toString(), "ok");
@@ -211,7 +211,7 @@ TEST(RecordedKeys, OfTheTaggedClipAreThoseOfItsTable)
         ASSERT_EQ(lines.size(), 30U);
         std::vector<SwJsonObject> packets;
         for (std::string const& line : lines) {
-            packets.push_back(e2e::parseLine(line));
+            packets.push_back(clip_test::parseLine(line));
             EXPECT_TRUE(packets.back()["pts"].isNull());
             EXPECT_EQ(packets.back()["checksum"].toString(), "ok");
         }
@@ -244,7 +244,7 @@ TEST(RecordedText, OfEveryFrameIsThatOfItsOwnPacket)
     for (std::size_t number = 0; number < lines.size(); ++number) {
         SCOPED_TRACE("frame " + std::to_string(number));
         std::vector<std::string> const& cells = rows[number + 1];
-        SwJsonObject const line = e2e::parseLine(lines[number]);
+        SwJsonObject const line = clip_test::parseLine(lines[number]);
         std::array<char, 256> expected{};
         std::snprintf(expected.data(), expected.size(), "LAT %.6f LON %.6f HDG %.6f\nRNG %.6f", std::stod(cells[10]),
                       std::stod(cells[11]), std::stod(cells[4]), std::stod(cells[18]));
@@ -269,7 +269,7 @@ TEST(RecordedText, FollowsTelemetryInDecodingOrderAndWithoutTimes)
         // Each frame has a packet of its own: shown in the order of the frames, the packets' own times rise.
         std::vector<std::pair<double, std::string>> packets;
         for (std::string const& line : e2e::linesOf(run({"keys", recorded(clip)}).out)) {
-            SwJsonObject const packet = e2e::parseLine(line);
+            SwJsonObject const packet = clip_test::parseLine(line);
             double const seconds = packet["pts"].isNull() ? 0.0 : packet["pts"].toDouble();
             packets.emplace_back(seconds, "T" + packet["payload"].toObject()["utc_timestamp_us"].toString());
         }
@@ -278,7 +278,7 @@ TEST(RecordedText, FollowsTelemetryInDecodingOrderAndWithoutTimes)
         auto const lines = e2e::linesOf(run({"text", recorded(clip), "-c", folder.file("c.json")}).out);
         ASSERT_EQ(lines.size(), packets.size());
         for (std::size_t number = 0; number < lines.size(); ++number) {
-            SwJsonObject const line = e2e::parseLine(lines[number]);
+            SwJsonObject const line = clip_test::parseLine(lines[number]);
             ASSERT_EQ(line["draws"].toArray().size(), 1U) << number;
             EXPECT_EQ(line["draws"].toArray()[0].toObject()["text"].toString(), packets[number].second) << number;
         }
@@ -295,7 +295,7 @@ TEST(RecordedKeys, WithAWrongChecksumAreUsedAndReported)
                               ": 1 of 1 telemetry packet has a wrong checksum and was used all the same\n");
     auto const lines = e2e::linesOf(result.out);
     ASSERT_EQ(lines.size(), 1U);
-    SwJsonObject const line = e2e::parseLine(lines[0]);
+    SwJsonObject const line = clip_test::parseLine(lines[0]);
     EXPECT_EQ(line["checksum"].toString(), "bad");
     EXPECT_TRUE(line["payload"].toObject().contains("sensor_lat_deg"));
 }

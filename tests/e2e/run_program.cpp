@@ -7,8 +7,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <linux/capability.h>
 #include <sstream>
 #include <stdexcept>
@@ -150,17 +148,6 @@ std::vector<std::string> linesOf(std::string const& text)
         lines.push_back(line);
     }
     return lines;
-}
-
-std::string readFile(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeFile(std::string const& path, std::string const& bytes)
-{
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 }  // namespace e2e

@@ -1,6 +1,8 @@
 // Runs the built program as a person would and keeps what it said.
 #pragma once
 
+#include "file_bytes.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -30,7 +32,7 @@ Result runInterrupted(std::vector<std::string> const& arguments, std::string con
 /// The lines of a text without their line feeds.
 std::vector<std::string> linesOf(std::string const& text);
 
-std::string readFile(std::string const& path);
-void writeFile(std::string const& path, std::string const& bytes);
+using file_test::readFile;
+using file_test::writeFile;
 
 }  // namespace e2e

@@ -1,3 +1,4 @@
+// Sets the locale that localedef made in the build folder, and in the end the one that was set before.
 #include "comma_locale.h"
 
 #include <clocale>

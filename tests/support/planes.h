@@ -1,4 +1,4 @@
-// NV12 pictures in plain vectors for the tests of this folder.
+// NV12 pictures in plain vectors, without any imaging library.
 #pragma once
 
 #include "Picture.h"

@@ -1,4 +1,4 @@
-// See the header. Numbers and texts come from lists of known troubles as often as from chance.
+// Numbers and texts come from lists of known troubles as often as from chance.
 #include "random_overlays.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Pictures, pool and painter of the host interface as lines of a text; what a test has told to fail fails here.
 #include "recording_imaging.h"
 
 #include <algorithm>

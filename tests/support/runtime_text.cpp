@@ -1,3 +1,4 @@
+// One line a field, held and refreshed values in the order of their keys.
 #include "runtime_text.h"
 
 #include <map>

@@ -1,3 +1,4 @@
+// Counts how often the plugin asks for the time, beside giving it.
 #include "test_clock.h"
 
 #include "steady_time.h"

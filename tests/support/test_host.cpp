@@ -1,3 +1,4 @@
+// Builds the render context that a test describes; what the frame leaves behind stands in the journal.
 #include "test_host.h"
 
 #include <stdexcept>

@@ -1,11 +1,11 @@
 // What the program says about configurations that the plugin would silently take for empty ones.
 #include "cli/config_file.h"
 
+#include "file_bytes.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <stdexcept>
 #include <string>
 
@@ -18,7 +18,7 @@ std::string complaintAbout(std::string const& text)
 {
     TempFolder const folder;
     std::string const path = folder.file("c.json");
-    std::ofstream(path, std::ios::binary) << text;
+    file_test::writeFile(path, text);
     try {
         cli::ConfigFile const config = cli::readConfig(path);
         EXPECT_EQ(config.text, text);

@@ -1,4 +1,5 @@
 // Output that appears under its name only when it is whole.
+#include "file_bytes.h"
 #include "media/output_file.h"
 #include "temp_folder.h"
 
@@ -6,27 +7,16 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 
 namespace {
 
 namespace fs = std::filesystem;
+using file_test::readFile;
+using file_test::writeFile;
 using media::OutputFile;
 using media_test::TempFolder;
-
-void writeText(std::string const& path, std::string const& text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string readText(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::string messageOf(std::string const& path)
 {
@@ -46,10 +36,10 @@ TEST(OutputFile, AppearsAtCommitOnly)
     EXPECT_EQ(file.path(), path);
     EXPECT_NE(file.writePath(), path);
     EXPECT_EQ(fs::path(file.writePath()).parent_path(), folder.path());
-    writeText(file.writePath(), "whole");
+    writeFile(file.writePath(), "whole");
     EXPECT_FALSE(fs::exists(path));
     file.commit();
-    EXPECT_EQ(readText(path), "whole");
+    EXPECT_EQ(readFile(path), "whole");
     EXPECT_EQ(folder.count(), 1U);
 }
 
@@ -58,7 +48,7 @@ TEST(OutputFile, LeavesNothingWhenItWasNotCommitted)
     TempFolder const folder;
     {
         OutputFile const file(folder.file("out.ts"));
-        writeText(file.writePath(), "half");
+        writeFile(file.writePath(), "half");
     }
     EXPECT_EQ(folder.count(), 0U);
 }
@@ -67,28 +57,28 @@ TEST(OutputFile, KeepsTheOlderFileUntilCommit)
 {
     TempFolder const folder;
     std::string const path = folder.file("out.ts");
-    writeText(path, "old");
+    writeFile(path, "old");
     {
         OutputFile const file(path);
-        writeText(file.writePath(), "half");
+        writeFile(file.writePath(), "half");
     }
-    EXPECT_EQ(readText(path), "old");
+    EXPECT_EQ(readFile(path), "old");
     OutputFile file(path);
-    writeText(file.writePath(), "new");
+    writeFile(file.writePath(), "new");
     file.commit();
-    EXPECT_EQ(readText(path), "new");
+    EXPECT_EQ(readFile(path), "new");
 }
 
 TEST(OutputFile, FollowsALinkInsteadOfReplacingIt)
 {
     TempFolder const folder;
-    writeText(folder.file("real.ts"), "old");
+    writeFile(folder.file("real.ts"), "old");
     fs::create_symlink("real.ts", folder.file("link.ts"));
     OutputFile file(folder.file("link.ts"));
-    writeText(file.writePath(), "new");
+    writeFile(file.writePath(), "new");
     file.commit();
     EXPECT_TRUE(fs::is_symlink(folder.file("link.ts")));
-    EXPECT_EQ(readText(folder.file("real.ts")), "new");
+    EXPECT_EQ(readFile(folder.file("real.ts")), "new");
 }
 
 TEST(OutputFile, WritesStraightToWhatIsNoOrdinaryFile)

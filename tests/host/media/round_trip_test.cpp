@@ -31,16 +31,6 @@ using media_test::TempFolder;
 constexpr AVRational kClock{1, 90000};
 constexpr std::int64_t kFrameTicks = 3600;
 
-media::PacketPtr packetOf(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
-{
-    media::PacketPtr packet = media::makePacket();
-    EXPECT_EQ(av_new_packet(packet.get(), static_cast<int>(bytes.size())), 0);
-    std::memcpy(packet->data, bytes.data(), bytes.size());
-    packet->pts = ticks;
-    packet->dts = ticks;
-    return packet;
-}
-
 /// A unit that begins with a KLV key.
 std::vector<std::uint8_t> klvUnit(int number)
 {
@@ -84,7 +74,7 @@ void writeClip(ClipSpec const& spec)
         planes.fillPattern(number);
         std::int64_t const ticks = spec.firstTicks + number * kFrameTicks;
         for (int const stream : klv) {
-            muxer.write(*packetOf(klvUnit(number + stream), ticks - spec.klvTicksEarly), stream, kClock);
+            muxer.write(*media::makePacket(klvUnit(number + stream), ticks - spec.klvTicksEarly), stream, kClock);
         }
         encoder.encode(planes.mapped(), ticks, sink);
     }

@@ -2,8 +2,9 @@
 #include "media/demuxer.h"
 #include "media/ffmpeg_types.h"
 #include "media/frame_reader.h"
-
 #include "telemetry/telemetry.h"
+
+#include "file_bytes.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +13,6 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <span>
 #include <stdexcept>
@@ -66,8 +65,8 @@ TEST_P(Truncated, AtEveryByte)
 {
     media::quietLibraries();
     av_cpu_force_count(1);
-    std::ifstream file(std::string(OVERLAY_SOURCE_DIR "/fuzz/corpus/demux_fuzz/") + GetParam(), std::ios::binary);
-    std::string const whole{std::istreambuf_iterator<char>(file), {}};
+    std::string const whole =
+        file_test::readFile(std::string(OVERLAY_SOURCE_DIR "/fuzz/corpus/demux_fuzz/") + GetParam());
     Outcome const best = readClip(whole);
     ASSERT_EQ(best.refusal, "");
     ASSERT_GT(best.pictures, 0U);

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace e2e {
+namespace clip_test {
 
 struct ClipSpec {
     std::string path;
@@ -45,4 +45,4 @@ StreamCounts packetsOf(std::string const& path);
 /// Reads one line of the program's JSON.
 SwJsonObject parseLine(std::string const& line);
 
-}  // namespace e2e
+}  // namespace clip_test

@@ -1,6 +1,7 @@
 // Bytes for the telemetry tests, written as people read them.
 #pragma once
 
+#include "sw_text.h"
 #include "telemetry/klv_reader.h"
 
 #include <cstdint>
@@ -18,14 +19,14 @@ inline Bytes fromHex(std::string_view text)
     Bytes bytes;
     int high = -1;
     for (char const c : text) {
-        auto const digit = std::string_view("0123456789abcdef").find(static_cast<char>(c | 0x20));
-        if (digit == std::string_view::npos || c < '0') {
+        int const digit = sw_detail::hexDigitValue(c);
+        if (digit < 0) {
             continue;
         }
         if (high < 0) {
-            high = static_cast<int>(digit);
+            high = digit;
         } else {
-            bytes.push_back(static_cast<std::uint8_t>(high * 16 + static_cast<int>(digit)));
+            bytes.push_back(static_cast<std::uint8_t>(high * 16 + digit));
             high = -1;
         }
     }

@@ -1,4 +1,4 @@
-// Making and reading clips with the program's own media library.
+// Clips made with the host's own media library, and what is in clips read back.
 #include "clips.h"
 
 #include "imaging/imaging_access.h"
@@ -16,24 +16,12 @@ extern "C" {
 #include <cstring>
 #include <stdexcept>
 
-namespace e2e {
+namespace clip_test {
 namespace {
 
 constexpr AVRational kClock{1, 90000};
 constexpr std::int64_t kTicksPerFrame = 3600;
 constexpr int kSampleRate = 48000;
-
-media::PacketPtr packetOf(std::vector<std::uint8_t> const& bytes, std::int64_t ticks)
-{
-    media::PacketPtr packet = media::makePacket();
-    if (av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0) {
-        throw std::bad_alloc();
-    }
-    std::memcpy(packet->data, bytes.data(), bytes.size());
-    packet->pts = ticks;
-    packet->dts = ticks;
-    return packet;
-}
 
 void paint(MappedNV12 const& planes, int number)
 {
@@ -134,7 +122,7 @@ void makeClip(ClipSpec const& spec)
         for (std::size_t stream = 0; stream < klv.size(); ++stream) {
             SwJsonObject const& payload = spec.klvStreams[stream].at(static_cast<std::size_t>(number));
             if (!payload.empty()) {
-                muxer.write(*packetOf(telemetry::encodeKlv(payload), ticks), klv[stream], kClock);
+                muxer.write(*media::makePacket(telemetry::encodeKlv(payload), ticks), klv[stream], kClock);
             }
         }
         paint(imaging::planesOf(picture), number);
@@ -223,4 +211,4 @@ SwJsonObject parseLine(std::string const& line)
     return document.object();
 }
 
-}  // namespace e2e
+}  // namespace clip_test
