@@ -15,7 +15,7 @@ namespace cli {
 void runBurn(BurnOptions const& options)
 {
     media::containerFor(options.output);
-    refuseToReplace(options.output, options.input, options.config, options.telemetry);
+    refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
     ConfigFile const config = readConfig(options.config);
     clip::AnnotatedClip clip(options.input, options.telemetry, config.text);
     clip::ClipWriter writer(options.output, options.encoding, clip);

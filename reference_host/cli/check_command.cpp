@@ -4,6 +4,7 @@
 #include "cli/config_file.h"
 #include "cli/messages.h"
 #include "cli/standard_output.h"
+#include "clip/host_keys.h"
 #include "clip/telemetry_source.h"
 
 #include <set>
@@ -11,27 +12,39 @@
 namespace cli {
 namespace {
 
+/// Where the keys come from; empty when nobody asks for them.
+std::string const& sourceOf(CheckOptions const& options)
+{
+    return options.telemetry.file.empty() ? options.input : options.telemetry.file;
+}
+
 /// Findings about keys that the input does not deliver.
-check::Findings compareWithInput(SwJsonObject const& root, std::string const& input)
+check::Findings compareWithInput(SwJsonObject const& root, CheckOptions const& options)
 {
     std::set<std::string> keys;
-    clip::TelemetrySummary const summary = clip::forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
-        for (auto const& [key, value] : packet.payload) {
+    clip::TelemetrySummary const summary =
+        clip::forEachPacket(options.input, options.telemetry, [&keys](clip::FoundPacket const& found) {
+            for (auto const& [key, value] : found.packet.payload) {
+                keys.insert(key);
+            }
+        });
+    noteAll(clip::telemetryRemarks(sourceOf(options), summary));
+    if (!keys.empty()) {
+        for (auto const& [key, value] : clip::hostKeys(0.0, 0.0, 0)) {
             keys.insert(key);
         }
-    });
-    noteAll(clip::telemetryRemarks(input, summary));
+    }
     return check::checkKeys(root, {keys.begin(), keys.end()});
 }
 
 }  // namespace
 
-bool runCheck(std::string const& configPath, std::string const& input)
+bool runCheck(CheckOptions const& options)
 {
-    ConfigFile const config = readConfig(configPath);
+    ConfigFile const config = readConfig(options.config);
     check::Findings findings = check::checkConfig(config.root, config.text);
-    if (!input.empty()) {
-        check::Findings const more = compareWithInput(config.root, input);
+    if (!sourceOf(options).empty()) {
+        check::Findings const more = compareWithInput(config.root, options);
         findings.insert(findings.end(), more.begin(), more.end());
     }
     for (check::Finding const& finding : findings) {

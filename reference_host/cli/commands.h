@@ -3,6 +3,7 @@
 // std::runtime_error with one line for everything else.
 #pragma once
 
+#include "clip/telemetry_options.h"
 #include "media/encoder.h"
 
 #include <string>
@@ -13,7 +14,7 @@ struct BurnOptions {
     std::string input;
     std::string config;
     std::string output;
-    std::string telemetry;  ///< empty: the clip's own
+    clip::TelemetryOptions telemetry;
     media::EncoderChoice encoding;
     bool noProgress = false;
 };
@@ -22,19 +23,30 @@ struct FrameOptions {
     std::string input;
     std::string config;
     std::string output;
-    std::string telemetry;
+    clip::TelemetryOptions telemetry;
     double atSeconds = 0.0;  ///< after the first picture
 };
 
 struct KeysOptions {
     std::string input;
-    std::string telemetry;
+    clip::TelemetryOptions telemetry;
 };
 
 struct TextOptions {
     std::string input;
     std::string config;
-    std::string telemetry;
+    clip::TelemetryOptions telemetry;
+};
+
+struct SchemaOptions {
+    std::string input;  ///< empty: no keys are listed
+    clip::TelemetryOptions telemetry;
+};
+
+struct CheckOptions {
+    std::string config;
+    std::string input;  ///< empty: keys are not compared
+    clip::TelemetryOptions telemetry;
 };
 
 struct SampleOptions {
@@ -50,9 +62,9 @@ void runBurn(BurnOptions const& options);
 void runFrame(FrameOptions const& options);
 void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);
-void runSchema(std::string const& input);
+void runSchema(SchemaOptions const& options);
 void runSample(SampleOptions const& options);
 /// Whether everything is taken as it stands.
-bool runCheck(std::string const& configPath, std::string const& input);
+bool runCheck(CheckOptions const& options);
 
 }  // namespace cli

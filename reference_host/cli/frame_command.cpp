@@ -69,7 +69,7 @@ private:
 
 void runFrame(FrameOptions const& options)
 {
-    refuseToReplace(options.output, options.input, options.config, options.telemetry);
+    refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
     ConfigFile const config = readConfig(options.config);
     clip::AnnotatedClip clip(options.input, options.telemetry, config.text);
     clip::ClipFrame const frame = MomentSearch(options, clip).find();

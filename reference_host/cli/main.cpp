@@ -82,10 +82,40 @@ void addConfig(CLI::App& command, std::string& config)
     command.add_option("-c,--config", config, "configuration, a JSON file")->required()->type_name("CONFIG.json");
 }
 
-void addTelemetry(CLI::App& command, std::string& file)
+constexpr double kMaxSeconds = 1e9;
+
+/// Takes numbers within these bounds; the library's own check lets not-a-number pass.
+CLI::Validator within(double least, double most)
 {
-    command.add_option("--telemetry", file, "telemetry from a .jsonl or .klv file instead of the clip's own")
+    auto const fault = [least, most](std::string const& text) {
+        double value = 0.0;
+        bool const inside = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
+        return inside ? "" : "give a number from " + check::numberText(least) + " to " + check::numberText(most);
+    };
+    return {fault, ""};
+}
+
+void addTelemetry(CLI::App& command, clip::TelemetryOptions& options)
+{
+    command
+        .add_option(
+            "--telemetry", options.file,
+            "telemetry from a file instead of the clip's own: JSON Lines, the output of keys, raw KLV, or a clip "
+            "with KLV")
         ->type_name("FILE");
+    command
+        .add_option("--telemetry-offset", options.offsetSeconds,
+                    "show the telemetry this much later; negative: earlier")
+        ->type_name("SECONDS")
+        ->check(within(-kMaxSeconds, kMaxSeconds));
+    command
+        .add_option("--max-age", options.maxAgeSeconds,
+                    "telemetry older than this counts as gone (default: 5, without limit for JSON Lines; 0: without "
+                    "limit)")
+        ->type_name("SECONDS")
+        ->check(within(0.0, kMaxSeconds));
+    command.add_option("--klv", options.stream, "which KLV stream: a PID such as 0x1f1, or the stream's number")
+        ->type_name("STREAM");
 }
 
 void addBurn(CLI::App& app, Action& action)
@@ -156,23 +186,23 @@ void addText(CLI::App& app, Action& action)
 
 void addSchema(CLI::App& app, Action& action)
 {
-    auto const input = std::make_shared<std::string>();
+    auto const options = std::make_shared<SchemaOptions>();
     CLI::App* const command = app.add_subcommand("schema", "print the JSON Schema of the configuration");
-    command->add_option("INPUT", *input, "clip whose telemetry keys are listed in it");
-    command->callback([&action, input] { action = doneAfter([input] { runSchema(*input); }); });
+    command->add_option("INPUT", options->input, "clip whose telemetry keys are listed in it");
+    addTelemetry(*command, options->telemetry);
+    command->callback([&action, options] { action = doneAfter([options] { runSchema(*options); }); });
 }
 
 void addCheck(CLI::App& app, Action& action)
 {
-    auto const config = std::make_shared<std::string>();
-    auto const input = std::make_shared<std::string>();
+    auto const options = std::make_shared<CheckOptions>();
     CLI::App* const command = app.add_subcommand("check", "tell what of a configuration would silently be changed");
-    command->add_option("CONFIG", *config, "configuration, a JSON file")->required();
-    command->add_option("INPUT", *input, "clip that must deliver the keys");
+    command->add_option("CONFIG", options->config, "configuration, a JSON file")->required();
+    command->add_option("INPUT", options->input, "clip that must deliver the keys");
+    addTelemetry(*command, options->telemetry);
     command->footer("Exit code: 0 when everything is taken as it stands, 1 when something is found or CONFIG cannot be "
                     "used, 2 for wrong usage.");
-    command->callback(
-        [&action, config, input] { action = [config, input] { return runCheck(*config, *input) ? kDone : kFound; }; });
+    command->callback([&action, options] { action = [options] { return runCheck(*options) ? kDone : kFound; }; });
 }
 
 void addSample(CLI::App& app, Action& action)

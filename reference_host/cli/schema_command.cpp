@@ -2,6 +2,7 @@
 #include "cli/commands.h"
 #include "cli/messages.h"
 #include "cli/standard_output.h"
+#include "clip/host_keys.h"
 #include "clip/telemetry_source.h"
 #include "frame/frame_renderer.h"
 
@@ -23,19 +24,31 @@ void showKeys(frame::FrameRenderer& renderer, SwJsonObject payload)
     renderer.render(1, renderer.takePicture(kSide, kSide), {producer}, {choice});
 }
 
+void addHostKeys(SwJsonObject& keys)
+{
+    for (auto const& [key, value] : clip::hostKeys(0.0, 0.0, 0)) {
+        keys.insertOrAssign(key, value);
+    }
+}
+
 }  // namespace
 
-void runSchema(std::string const& input)
+void runSchema(SchemaOptions const& options)
 {
     frame::FrameRenderer renderer;
-    if (!input.empty()) {
+    std::string const& source = options.telemetry.file.empty() ? options.input : options.telemetry.file;
+    if (!source.empty()) {
         SwJsonObject keys;
-        clip::TelemetrySummary const summary = clip::forEachPacket(input, "", [&keys](telemetry::Packet const& packet) {
-            for (auto const& [key, value] : packet.payload) {
-                keys.insertOrAssign(key, value);
-            }
-        });
-        noteAll(clip::telemetryRemarks(input, summary));
+        clip::TelemetrySummary const summary =
+            clip::forEachPacket(options.input, options.telemetry, [&keys](clip::FoundPacket const& found) {
+                for (auto const& [key, value] : found.packet.payload) {
+                    keys.insertOrAssign(key, value);
+                }
+            });
+        noteAll(clip::telemetryRemarks(source, summary));
+        if (!keys.empty()) {
+            addHostKeys(keys);
+        }
         showKeys(renderer, std::move(keys));
     }
     writeLine(renderer.plugin().getConfigList());

@@ -2,10 +2,10 @@
 // drawn on, picture by picture. What burn, frame and text have in common.
 #pragma once
 
-#include "clip/clip_telemetry.h"
 #include "clip/frame_clock.h"
+#include "clip/telemetry_feed.h"
+#include "clip/telemetry_options.h"
 #include "frame/frame_renderer.h"
-#include "frame/telemetry_timeline.h"
 #include "media/demuxer.h"
 #include "media/frame_converter.h"
 #include "media/frame_reader.h"
@@ -33,9 +33,9 @@ struct ClipFrame {
 
 class AnnotatedClip {
 public:
-    /// Opens the clip; telemetry comes from `telemetryFile` instead of the clip when that is not empty.
-    /// `config` goes to the plugin. Throws std::runtime_error with one line.
-    AnnotatedClip(std::string const& input, std::string const& telemetryFile, std::string const& config);
+    /// Opens the clip and the telemetry that is to be shown with it. `config` goes to the plugin. Throws
+    /// std::runtime_error with one line, media::UnknownChoice for a telemetry stream that cannot be meant.
+    AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config);
 
     /// Called for every telemetry and sound packet of the clip as it is read, ahead of the pictures.
     void setSideObserver(std::function<void(media::SideUnit&)> observer) { observer_ = std::move(observer); }
@@ -57,24 +57,16 @@ public:
 
 private:
     void learnTraits_(AVFrame const& frame);
-    void readTelemetryFile_(double firstSeconds);
     void takeSideUnits_();
-    void addKlv_(media::SideUnit const& unit);
-    std::size_t producerOf_(int stream);
 
-    std::string telemetryFile_;
     media::Demuxer demuxer_;
+    TelemetryFeed telemetry_;
     media::FrameReader reader_;
     FrameClock clock_;
     media::FrameConverter converter_;
-    std::vector<telemetry::Packet> filePackets_;
-    KlvStreams klv_;
-    std::map<int, std::size_t> producers_;  ///< by stream
-    frame::TelemetryTimeline timeline_;
     frame::FrameRenderer renderer_;
     std::function<void(media::SideUnit&)> observer_;
     media::PictureTraits traits_;
-    TelemetrySummary summary_;
     std::uint64_t frames_ = 0;
     std::string sizeChange_;
 };

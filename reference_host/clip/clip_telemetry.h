@@ -17,8 +17,11 @@ struct TelemetrySummary {
     telemetry::KlvCounts counts;
     std::uint64_t usable = 0;  ///< packets that held at least one key
     bool anyStream = false;    ///< whether there was a telemetry stream or file at all
-    bool fromFile = false;     ///< whether it was a telemetry file
+    bool fromFile = false;     ///< whether it was a telemetry file, not a clip
+    bool mayBeOld = false;     ///< whether it came from JSON Lines, whose first line may hold constants for all time
     std::string readError;     ///< what ended reading early; empty when the input simply ended
+    std::vector<std::string> streams;  ///< names of the streams in the order in which they win
+    double startSeconds = 0.0;         ///< of a clip: when its first picture is shown, on its own axis
 };
 
 class KlvStreams {

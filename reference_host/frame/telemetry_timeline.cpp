@@ -39,6 +39,10 @@ std::vector<Choice> TelemetryTimeline::choose(double seconds, std::uint64_t fram
         }
         entries.erase(entries.begin(), after - 1);
         Entry& chosen = entries.front();
+        newest_ = std::max(newest_.value_or(chosen.seconds), chosen.seconds);
+        if (maxAge_ && seconds - chosen.seconds > *maxAge_ + kSameMoment) {
+            continue;
+        }
         if (chosen.firstFrame == 0) {
             chosen.firstFrame = frameIndex;
         }

@@ -41,9 +41,15 @@ public:
     /// any key is left out: it says nothing.
     void add(std::size_t producer, double seconds, SwJsonObject payload);
 
+    /// From now on a packet that is older than its frame by more than this counts as gone; empty: none does.
+    void setMaxAge(std::optional<double> seconds) { maxAge_ = seconds; }
+
     /// The packets for the next frame. Packets older than the chosen ones are forgotten. Producers without
-    /// a packet at or before `seconds` are left out. `frameIndex` counts from 1.
+    /// a packet at or before `seconds`, or with one that is too old, are left out. `frameIndex` counts from 1.
     std::vector<Choice> choose(double seconds, std::uint64_t frameIndex);
+    /// The time of the newest packet, of all producers, at or before the last frame, however old; empty when there
+    /// has been none.
+    std::optional<double> newestSeconds() const { return newest_; }
 
 private:
     struct Entry {
@@ -53,9 +59,11 @@ private:
     };
 
     std::size_t maxWaiting_;
+    std::optional<double> maxAge_;
     std::vector<std::string> names_;
     std::vector<std::deque<Entry>> entries_;  ///< per producer, by rising time
     std::optional<double> previousSeconds_;
+    std::optional<double> newest_;
 };
 
 }  // namespace frame

@@ -20,11 +20,6 @@ std::optional<std::int64_t> known(std::int64_t ticks)
     return ticks == AV_NOPTS_VALUE ? std::nullopt : std::optional(ticks);
 }
 
-std::int64_t ticksPerFrame(AVRational frameRate, AVRational timeBase)
-{
-    return std::llround(1.0 / (av_q2d(frameRate) * av_q2d(timeBase)));
-}
-
 AVStream const& videoOf(Demuxer const& demuxer)
 {
     AVStream const* const video = demuxer.video();
@@ -39,7 +34,7 @@ AVStream const& videoOf(Demuxer const& demuxer)
 FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds)
     : demuxer_(demuxer)
     , timeBase_(videoOf(demuxer).time_base)
-    , timeline_(timeBase_, ticksPerFrame(demuxer.frameRate(), timeBase_), demuxer.timeMayJump())
+    , timeline_(timelineOf(demuxer))
     , side_(timeline_)
     , decoder_(videoOf(demuxer), demuxer.name())
     , aheadSeconds_(aheadSeconds)

@@ -1,6 +1,7 @@
 // The places of what goes beside the pictures: by its own time, or by its place in the byte stream.
 #include "media/side_placer.h"
 
+#include <cmath>
 #include <cstddef>
 #include <utility>
 
@@ -11,6 +12,14 @@ namespace {
 constexpr std::size_t kMaxWaitingUnits = 4096;
 
 }  // namespace
+
+Timeline timelineOf(Demuxer const& demuxer)
+{
+    AVStream const* const video = demuxer.video();
+    AVRational const timeBase = video == nullptr ? AVRational{1, 90000} : video->time_base;
+    double const frameSeconds = 1.0 / av_q2d(demuxer.frameRate());
+    return {timeBase, std::llround(frameSeconds / av_q2d(timeBase)), demuxer.timeMayJump()};
+}
 
 SideUnit sideUnitOf(PacketPtr packet, Demuxer const& demuxer)
 {

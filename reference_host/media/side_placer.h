@@ -20,6 +20,9 @@ struct SideUnit {
     double seconds = 0.0;                 ///< its place on the clip's time axis
 };
 
+/// The time axis of the clip's video; of a clip without video one on which every time stays as it is.
+Timeline timelineOf(Demuxer const& demuxer);
+
 /// The unit of a packet that `demuxer` has just read; it has no place yet.
 SideUnit sideUnitOf(PacketPtr packet, Demuxer const& demuxer);
 

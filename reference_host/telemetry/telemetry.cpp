@@ -4,12 +4,9 @@
 #include "telemetry/klv_reader.h"
 #include "telemetry/mapping.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -42,14 +39,6 @@ std::string readFile(std::string const& path)
                                  "); give a regular .klv or .jsonl file");
     }
     return bytes;
-}
-
-std::string lowerEnding(std::string const& path)
-{
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return ending;
 }
 
 }  // namespace
@@ -102,19 +91,6 @@ std::vector<Packet> readKlvFile(std::string const& path, KlvCounts& counts)
 std::vector<Packet> readJsonLinesFile(std::string const& path)
 {
     return parseJsonLines(readFile(path), path);
-}
-
-std::vector<Packet> readTelemetryFile(std::string const& path, KlvCounts& counts)
-{
-    std::string const ending = lowerEnding(path);
-    if (ending == ".jsonl") {
-        return readJsonLinesFile(path);
-    }
-    if (ending == ".klv") {
-        return readKlvFile(path, counts);
-    }
-    throw std::runtime_error(path + ": unknown kind of telemetry file; rename it to .jsonl (JSON Lines) or .klv "
-                                    "(raw ST 0601)");
 }
 
 }  // namespace telemetry

@@ -60,10 +60,6 @@ std::vector<Packet> parseJsonLines(std::string_view text, std::string const& nam
 /// parseJsonLines on a file. Throws std::runtime_error that names file, line and what is wrong.
 std::vector<Packet> readJsonLinesFile(std::string const& path);
 
-/// A telemetry file by its ending: .jsonl or .klv (anything else is refused with a clear message). `counts`
-/// is left alone by .jsonl.
-std::vector<Packet> readTelemetryFile(std::string const& path, KlvCounts& counts);
-
 /// An ST 0601 packet, checksum included, from values by key (the keys that KlvDecoder gives). Keys that
 /// the table does not know are left out, and so are values of a kind that the tag cannot hold; numbers out
 /// of a tag's range are limited to it. decode(encodeKlv(p)) is within half a code step of p.

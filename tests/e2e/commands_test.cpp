@@ -254,7 +254,7 @@ TEST_F(Commands, KeysPrintsOneLinePerPacket)
     ASSERT_EQ(lines.size(), 20U);
     EXPECT_EQ(lines[0],
               R"({"packet": 0, "pts": 1.0, "checksum": "ok", "payload": {"camera_name": "EO", "heading_deg": 0.0, )"
-              R"("utc_timestamp_us": 1700000000000000, "yaw_deg": 0.0}})");
+              R"("utc_timestamp_us": 1700000000000000, "yaw_deg": 0.0}, "stream": "0x101", "t": 0.0})");
     EXPECT_EQ(lines[19].rfind(R"({"packet": 19, "pts": 1.76, "checksum": "ok", "payload": {"camera_name": "EO", )", 0),
               0U)
         << lines[19];
@@ -301,8 +301,10 @@ TEST_F(Commands, SchemaListsTheKeysOfTheInput)
     EXPECT_EQ(plain.out.size(), 368U + 2U + 5549U + 1U) << "fixed text, an empty list, a line feed";
     Result const listed = call({"schema", "@a.ts"});
     EXPECT_EQ(listed.exitCode, 0);
-    EXPECT_NE(listed.out.find(R"("default": ["camera_name","heading_deg","utc_timestamp_us","yaw_deg"])"),
-              std::string::npos);
+    EXPECT_NE(
+        listed.out.find(R"("default": ["camera_name","frame_index","heading_deg","telemetry_age_s","utc_timestamp_us",)"
+                        R"("video_time_s","yaw_deg"])"),
+        std::string::npos);
     SwJsonObject const schema = clip_test::parseLine(listed.out);
     EXPECT_EQ(schema["title"].toString(), "StanagOverlayPlugin configuration");
 }

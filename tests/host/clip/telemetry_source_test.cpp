@@ -43,7 +43,13 @@ protected:
     TelemetrySummary read(std::string const& input, std::string const& telemetryFile = "")
     {
         packets_.clear();
-        return clip::forEachPacket(input, telemetryFile, [&](telemetry::Packet const& p) { packets_.push_back(p); });
+        places_.clear();
+        clip::TelemetryOptions options;
+        options.file = telemetryFile;
+        return clip::forEachPacket(input, options, [&](clip::FoundPacket const& found) {
+            packets_.push_back(found.packet);
+            places_.push_back(found.placeSeconds);
+        });
     }
     /// The headings of the packets read last, to the nearest degree.
     std::vector<int> headings() const
@@ -82,6 +88,7 @@ protected:
     }
 
     std::vector<telemetry::Packet> packets_;
+    std::vector<std::optional<double>> places_;
 
 private:
     media_test::TempFolder folder_;
@@ -161,6 +168,9 @@ TEST_F(TelemetrySource, ClipGivesItsPacketsWithTheirTimes)
     ASSERT_EQ(packets_.size(), 4U);
     ASSERT_TRUE(packets_[0].timeSeconds && packets_[2].timeSeconds);
     EXPECT_NEAR(*packets_[2].timeSeconds - *packets_[0].timeSeconds, 0.12, 1e-4);
+    EXPECT_NEAR(places_[2].value_or(-1.0), 0.12, 1e-9) << "after the first picture";
+    EXPECT_EQ(packets_[2].stream, "0x101");
+    EXPECT_EQ(summary.streams, std::vector<std::string>{"0x101"});
     EXPECT_TRUE(summary.anyStream);
     EXPECT_FALSE(summary.fromFile);
     EXPECT_EQ(summary.usable, 4U);
@@ -234,8 +244,7 @@ TEST_F(TelemetrySource, WhatCannotBeReadIsRefusedInOneLine)
               file("t.jsonl") +
                   ": cannot open the telemetry file (No such file or directory); check the name and its permissions");
     EXPECT_EQ(refusalOf(file("a.ts"), fileOf("t.csv", "")),
-              file("t.csv") +
-                  ": unknown kind of telemetry file; rename it to .jsonl (JSON Lines) or .klv (raw ST 0601)");
+              file("t.csv") + ": holds no telemetry that can be read; give raw KLV, JSON Lines or a clip with KLV");
 }
 
 }  // namespace

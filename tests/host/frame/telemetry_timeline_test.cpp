@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -116,6 +117,38 @@ TEST(TelemetryTimeline, LeavesOutPacketsWithoutKeys)
     timeline.add(producer, 0.0, payload(1));
     timeline.add(producer, 0.1, SwJsonObject());
     EXPECT_EQ(textOf(timeline.choose(0.1, 1)), "klv=1@1");
+}
+
+TEST(TelemetryTimeline, TakesPacketsBeyondTheGreatestAgeForGone)
+{
+    TelemetryTimeline timeline;
+    timeline.setMaxAge(0.5);
+    std::size_t const first = timeline.addProducer("a");
+    std::size_t const second = timeline.addProducer("b");
+    timeline.add(first, 1.0, payload(1));
+    timeline.add(second, 1.25, payload(2));
+    EXPECT_EQ(textOf(timeline.choose(1.5, 1)), "a=1@1 b=2@1") << "as old as it may be";
+    EXPECT_EQ(textOf(timeline.choose(1.5000005, 2)), "a=1@1* b=2@1*") << "within a microsecond";
+    EXPECT_EQ(textOf(timeline.choose(1.51, 3)), "b=2@1*");
+    EXPECT_EQ(textOf(timeline.choose(1.76, 4)), "");
+    timeline.add(first, 1.9, payload(3));
+    EXPECT_EQ(textOf(timeline.choose(2.0, 5)), "a=3@5") << "the next one is there again";
+}
+
+TEST(TelemetryTimeline, KnowsItsNewestPacketHoweverOld)
+{
+    TelemetryTimeline timeline;
+    timeline.setMaxAge(0.5);
+    std::size_t const first = timeline.addProducer("a");
+    std::size_t const second = timeline.addProducer("b");
+    timeline.add(first, 1.0, payload(1));
+    timeline.add(second, 0.9, payload(2));
+    timeline.choose(0.5, 1);
+    EXPECT_EQ(timeline.newestSeconds(), std::nullopt) << "none before the frame";
+    timeline.choose(0.95, 2);
+    EXPECT_EQ(timeline.newestSeconds(), 0.9);
+    timeline.choose(9.0, 3);
+    EXPECT_EQ(timeline.newestSeconds(), 1.0);
 }
 
 TEST(TelemetryTimeline, HoldsNoMoreThanItsLimit)

@@ -177,34 +177,33 @@ private:
     std::filesystem::path path_;
 };
 
-std::string failureOf(std::string const& path)
+std::string failureOfKlv(std::string const& path)
 {
     KlvCounts counts;
     try {
-        readTelemetryFile(path, counts);
+        readKlvFile(path, counts);
     } catch (std::runtime_error const& error) {
         return error.what();
     }
     return "no failure";
 }
 
-TEST(TelemetryFile, KlvByItsEnding)
+TEST(TelemetryFile, OfRawKlv)
 {
     ScratchFile const file("a.KLV", join(packetWithSum(fromHex("41 01 11")), packetOf(fromHex("41 01 12"))));
     KlvCounts counts;
-    auto const packets = readTelemetryFile(file.path(), counts);
+    auto const packets = readKlvFile(file.path(), counts);
     ASSERT_EQ(packets.size(), 2U);
     EXPECT_EQ(payloadText(packets[1].payload), "klv_version=18");
     EXPECT_FALSE(packets[0].timeSeconds.has_value());
     EXPECT_EQ(counts.packets, 2U);
 }
 
-TEST(TelemetryFile, JsonLinesByItsEnding)
+TEST(TelemetryFile, OfJsonLines)
 {
     std::string const text = "{\"t\":0.5,\"heading_deg\":90}\n";
     ScratchFile const file("a.jsonl", Bytes(text.begin(), text.end()));
-    KlvCounts counts;
-    auto const packets = readTelemetryFile(file.path(), counts);
+    auto const packets = readJsonLinesFile(file.path());
     ASSERT_EQ(packets.size(), 1U);
     EXPECT_EQ(packets[0].timeSeconds, 0.5);
     EXPECT_EQ(payloadText(packets[0].payload), "heading_deg=90");
@@ -215,14 +214,17 @@ TEST(TelemetryFile, FailuresNameTheFileAndTheCure)
 {
     ScratchFile const noPacket("b.klv", fromHex("01 02 03"));
     ScratchFile const broken("b.jsonl", {'{', '\n'});
-    EXPECT_EQ(failureOf("nowhere/x.klv"),
+    EXPECT_EQ(failureOfKlv("nowhere/x.klv"),
               "nowhere/x.klv: cannot open the telemetry file (No such file or directory); check the name and its "
               "permissions");
-    EXPECT_EQ(failureOf("x.csv"), "x.csv: unknown kind of telemetry file; rename it to .jsonl (JSON Lines) or .klv "
-                                  "(raw ST 0601)");
-    EXPECT_EQ(failureOf(noPacket.path()),
+    EXPECT_EQ(failureOfKlv(noPacket.path()),
               noPacket.path() + ": no ST 0601 packet in the file; give raw KLV that holds some");
-    EXPECT_EQ(failureOf(broken.path()).find(broken.path() + ":1: not a JSON object: "), 0U);
+    try {
+        readJsonLinesFile(broken.path());
+        ADD_FAILURE() << "a broken line is taken";
+    } catch (std::runtime_error const& error) {
+        EXPECT_EQ(std::string(error.what()).find(broken.path() + ":1: not a JSON object: "), 0U) << error.what();
+    }
 }
 
 }  // namespace

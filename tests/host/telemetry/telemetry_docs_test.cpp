@@ -1,4 +1,5 @@
-// Holds the key table of docs/telemetry.md to the table of the code.
+// Holds the key tables and the options of docs/telemetry.md to the code.
+#include "clip/host_keys.h"
 #include "telemetry/st0601_table.h"
 #include "ts_klv.h"
 
@@ -54,6 +55,12 @@ std::string keysOf(TableRow const& row)
     }
 }
 
+std::string page()
+{
+    auto const bytes = fileBytes(OVERLAY_SOURCE_DIR "/docs/telemetry.md");
+    return {bytes.begin(), bytes.end()};
+}
+
 TEST(TelemetryDocs, KeyTableIsTheTableOfTheCode)
 {
     std::string table = "| tag | key | item | value |\n| --- | --- | --- | --- |\n";
@@ -61,10 +68,37 @@ TEST(TelemetryDocs, KeyTableIsTheTableOfTheCode)
         table += "| " + std::to_string(row.tag) + " | " + keysOf(row) + " | " + std::string(row.item) + " | " +
                  form(row) + " |\n";
     }
-    auto const bytes = fileBytes(OVERLAY_SOURCE_DIR "/docs/telemetry.md");
-    std::string const page(bytes.begin(), bytes.end());
-    EXPECT_NE(page.find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold this table:\n"
-                                                                   << table;
+    EXPECT_NE(page().find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold this table:\n"
+                                                                     << table;
+}
+
+TEST(TelemetryDocs, HostKeysAreThoseOfTheCode)
+{
+    std::string const text = page();
+    std::size_t const begin = text.find("### Keys of the host");
+    ASSERT_NE(begin, std::string::npos);
+    std::string const section = text.substr(begin, text.find("\n## ", begin) - begin);
+    std::size_t rows = 0;
+    for (std::size_t at = section.find("\n| `"); at != std::string::npos; at = section.find("\n| `", at + 1)) {
+        ++rows;
+    }
+    SwJsonObject const keys = clip::hostKeys(0.0, 0.0, 0);
+    EXPECT_EQ(rows, keys.size());
+    for (auto const& [key, value] : keys) {
+        std::size_t const row = section.find("\n| `" + std::string(key) + "` | ");
+        ASSERT_NE(row, std::string::npos) << std::string(key);
+        std::string const line = section.substr(row + 1, section.find('\n', row + 1) - row - 1);
+        EXPECT_TRUE(line.ends_with(value.isInt() ? "| integer |" : "| number, whole microseconds |")) << line;
+    }
+}
+
+TEST(TelemetryDocs, NameEveryOptionOfTelemetry)
+{
+    std::string const text = page();
+    for (char const* const option :
+         {"--telemetry FILE", "--telemetry-offset SECONDS", "--max-age SECONDS", "--klv STREAM"}) {
+        EXPECT_NE(text.find("`" + std::string(option) + "`"), std::string::npos) << option;
+    }
 }
 
 }  // namespace

@@ -182,7 +182,7 @@ TEST_F(Recorded, NoKlvAtAll)
 TEST_F(Recorded, RawPacketWithARightSum)
 {
     KlvCounts counts;
-    auto const packets = readTelemetryFile(kFolder + "/klvdata_misb0902_dynamic_only.klv", counts);
+    auto const packets = readKlvFile(kFolder + "/klvdata_misb0902_dynamic_only.klv", counts);
     ASSERT_EQ(packets.size(), 1U);
     EXPECT_EQ(packets[0].checksum, Checksum::Ok);
     EXPECT_EQ(counts.badChecksums, 0U);
@@ -195,7 +195,7 @@ TEST_F(Recorded, RawPacketWithARightSum)
 TEST_F(Recorded, RawPacketWithAWrongSumIsUsedAndCounted)
 {
     KlvCounts counts;
-    auto const packets = readTelemetryFile(kFolder + "/klvdata_misb0902_dynamic_constant_badsum.klv", counts);
+    auto const packets = readKlvFile(kFolder + "/klvdata_misb0902_dynamic_constant_badsum.klv", counts);
     ASSERT_EQ(packets.size(), 1U);
     EXPECT_EQ(packets[0].checksum, Checksum::Bad);
     EXPECT_EQ(counts.packets, 1U);

@@ -1,0 +1,65 @@
+// The telemetry of a clip's pictures: from the clip's own streams or from a telemetry file, placed on the clip's
+// time axis and handed out picture by picture. Between demuxer and frame renderer.
+#pragma once
+
+#include "clip/clip_telemetry.h"
+#include "clip/stream_choice.h"
+#include "clip/telemetry_options.h"
+#include "frame/telemetry_timeline.h"
+#include "media/demuxer.h"
+#include "media/side_placer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace clip {
+
+class TelemetryFeed {
+public:
+    /// Reads the telemetry file if there is one. `demuxer` is the clip's and must outlive the feed. Throws
+    /// std::runtime_error with one line, media::UnknownChoice for a stream that cannot be meant.
+    TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options);
+
+    /// How far beyond a picture the clip must have been read for that picture's telemetry to be here.
+    double aheadSeconds() const;
+
+    /// When the clip's first picture is shown; to be called before choose().
+    void begin(double firstSeconds);
+    /// A telemetry unit of the clip, at its place; of no concern when a file takes its part.
+    void add(media::SideUnit const& unit);
+
+    /// What each producer delivers for the next picture. Once there has been telemetry, the host's own keys are
+    /// among it for every picture.
+    std::vector<frame::Choice> choose(double seconds, std::uint64_t frameNumber);
+    /// All that could deliver, in the order in which they win.
+    std::vector<std::string> const& producers() const { return producers_; }
+
+    /// Remarks about the telemetry, for the end of a command.
+    std::vector<std::string> remarks() const;
+
+private:
+    bool readsFile_() const { return !options_.file.empty(); }
+    void readFile_();
+    void placeFile_(std::string const& stream);
+    std::size_t producerOf_(int stream);
+    std::optional<double> maxAge_() const;
+
+    media::Demuxer const& demuxer_;
+    TelemetryOptions options_;
+    StreamChoice choice_;
+    bool ownFile_ = false;                                               ///< the telemetry file is the clip itself
+    std::map<std::string, std::vector<telemetry::Packet>> filePackets_;  ///< by stream, until they are placed
+    KlvStreams klv_;
+    std::map<int, std::size_t> producerOfStream_;
+    frame::TelemetryTimeline timeline_;
+    std::vector<std::string> producers_;
+    TelemetrySummary summary_;
+    std::vector<std::string> placementRemarks_;
+    double firstSeconds_ = 0.0;
+};
+
+}  // namespace clip
