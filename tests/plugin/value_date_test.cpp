@@ -1,6 +1,7 @@
 // The text of a key that is a time: units, rounding, patterns, time zones and the locale's names.
 #include "stanag_overlay_format.h"
 
+#include "comma_locale.h"
 #include "global_facet.h"
 #include "time_zone.h"
 
@@ -180,6 +181,14 @@ TEST(ValueDate, LocalTime)
         TimeZone const none("");
         EXPECT_EQ(lookup(spec, 1700000000), "22:13:20 14-11-2023");
     }
+}
+
+// Only the global locale of streams counts, not the one of the C library.
+TEST(ValueDate, NamesOfDaysStayEnglishUnderAnotherCLocale)
+{
+    CommaCLocale const german;
+    EXPECT_EQ(lookup(dateSpec(TimestampUnit::Seconds, "%A %d %B %H:%M"), 1704164645), "Tuesday 02 January 03:04");
+    EXPECT_EQ(lookup(dateSpec(TimestampUnit::Seconds), "1704164645.5"), "03:04:05 02-01-2024");
 }
 
 class ShoutingTime : public std::time_put<char> {

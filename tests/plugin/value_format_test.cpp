@@ -1,6 +1,7 @@
 // The text of one key: plain and fixed numbers, the checks before them, and what locales change.
 #include "stanag_overlay_format.h"
 
+#include "comma_locale.h"
 #include "global_facet.h"
 
 #include <gtest/gtest.h>
@@ -400,6 +401,25 @@ TEST(ValueFormat, FixedNumbersFollowTheGlobalLocalesDecimalPoint)
     EXPECT_TRUE(lookup(spec, 0.1) == expected);
     spec.decimals = -1;
     EXPECT_EQ(lookup(spec, 1234.5), "1234.500000") << "the plain text form does not";
+    spec.invalidValues = {"1.5"};
+    EXPECT_EQ(lookup(spec, 1.5), "--");
+}
+
+// Only the global locale of streams counts, not the one of the C library.
+TEST(ValueFormat, NumbersKeepTheirPointUnderAnotherCLocale)
+{
+    CommaCLocale const german;
+    FormatSpec spec;
+    spec.decimals = 2;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234.50");
+    EXPECT_EQ(lookup(spec, "1234.5"), "1234.50");
+    EXPECT_EQ(lookup(spec, "1234,5"), "1234,5");
+    spec.trimTrailingZeros = true;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234.5");
+    spec.decimals = 13;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234.5");
+    spec.decimals = -1;
+    EXPECT_EQ(lookup(spec, 1234.5), "1234.500000");
     spec.invalidValues = {"1.5"};
     EXPECT_EQ(lookup(spec, 1.5), "--");
 }
