@@ -2,12 +2,14 @@
 #include "clips.h"
 #include "run_program.h"
 #include "temp_folder.h"
+#include "ts_klv.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
@@ -101,6 +103,26 @@ TEST_P(RecordedClip, GoesThroughKeysAndBurn)
     clip_test::StreamCounts const counts = clip_test::packetsOf(folder.file("o.ts"));
     EXPECT_EQ(counts.video, row.frames);
     EXPECT_EQ(counts.klv, row.klvUnits);
+}
+
+TEST_P(RecordedClip, ShowsTheSameByEveryWayOfItsTelemetry)
+{
+    ClipRow const& row = GetParam();
+    NEED_RECORDED(row.file);
+    TempFolder const folder;
+    e2e::writeFile(folder.file("c.json"), R"({"overlay":[{"formatString":
+        "%utc_timestamp_us %telemetry_age_s %video_time_s %frame_index","decimals":6,"textSize":256}]})");
+    std::string const clip = recorded(row.file);
+    e2e::writeFile(folder.file("keys.jsonl"), run({"keys", clip}).out);
+    std::string const own = run({"text", clip, "-c", folder.file("c.json")}).out;
+    ASSERT_EQ(e2e::linesOf(own).size(), static_cast<std::size_t>(row.frames));
+    for (std::vector<std::string> const& way : std::vector<std::vector<std::string>>{
+             {"--telemetry", clip}, {"--telemetry", folder.file("keys.jsonl")}, {"--telemetry-offset", "-0.0000001"}}) {
+        SCOPED_TRACE(way.back());
+        std::vector<std::string> words = {"text", clip, "-c", folder.file("c.json"), "--max-age", "5"};
+        words.insert(words.end(), way.begin(), way.end());
+        EXPECT_EQ(run(words).out, own);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -312,6 +334,24 @@ TEST(RecordedKeys, OfRawFilesAreRead)
         ASSERT_EQ(lines.size(), 1U);
         EXPECT_EQ(lines[0].rfind(R"({"packet": 0, "pts": null, "checksum": "ok", "payload": {)", 0), 0U) << lines[0];
     }
+}
+
+TEST(RecordedTelemetryFile, OfRawKlvStandsWhereTheStreamStood)
+{
+    NEED_RECORDED("osh_sim_640x480_h264_klv06.ts");
+    std::string const clip = recorded("osh_sim_640x480_h264_klv06.ts");
+    TempFolder const folder;
+    std::string bytes;
+    for (std::vector<std::uint8_t> const& unit : telemetry::klvUnitsOfTransportStream(clip)) {
+        bytes.append(unit.begin(), unit.end());
+    }
+    e2e::writeFile(folder.file("raw"), bytes);
+    e2e::writeFile(folder.file("c.json"), R"({"overlay":[{"formatString":"%utc_timestamp_us","textSize":256}]})");
+    Result const raw = run({"text", clip, "-c", folder.file("c.json"), "--telemetry", folder.file("raw")});
+    EXPECT_EQ(raw.exitCode, 0);
+    EXPECT_EQ(raw.err, "");
+    EXPECT_EQ(raw.out, run({"text", clip, "-c", folder.file("c.json")}).out) << "its stamps rise as its pictures do";
+    EXPECT_EQ(e2e::linesOf(raw.out).size(), 277U);
 }
 
 TEST(RecordedTelemetryFile, ReplacesTheClipsOwn)
