@@ -4,34 +4,65 @@
 #include "cli/config_file.h"
 #include "cli/messages.h"
 #include "cli/output_check.h"
-#include "clip/annotated_clip.h"
+#include "clip/clip_seek.h"
 #include "clip/clip_writer.h"
 #include "media/interrupt.h"
 #include "media/muxer.h"
 #include "media/progress.h"
 
+#include <cstdint>
+#include <optional>
+
 namespace cli {
+
+namespace {
+
+/// Draws and writes every picture of the range; gives the place of the last one.
+media::FramePlace burnPictures(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWriter& writer)
+{
+    media::Progress progress(!options.noProgress, clip::secondsOf(options.range, clip));
+    media::FramePlace last;
+    std::optional<double> first;
+    std::uint64_t frames = 0;
+    while (std::optional<clip::ClipFrame> const frame = clip::nextOf(clip, options.range)) {
+        writer.addPicture(*frame, *clip.annotate(*frame));
+        first = first.value_or(frame->seconds);
+        last = *frame;
+        progress.update(++frames, frame->seconds - *first);
+    }
+    return last;
+}
+
+/// Telemetry and sound go as far as the range or the clip; after an interrupt, no further than they were written
+/// beside the pictures.
+void finish(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWriter& writer)
+{
+    std::optional<media::FramePlace> const behind = options.range.to ? clip.peek() : std::nullopt;
+    if (behind && !media::interrupted()) {
+        writer.finishBefore(behind->seconds);
+    } else {
+        writer.finish(!media::interrupted());
+    }
+}
+
+}  // namespace
 
 void runBurn(BurnOptions const& options)
 {
     media::containerFor(options.output);
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
     ConfigFile const config = readConfig(options.config);
-    clip::AnnotatedClip clip(options.input, options.telemetry, config.text);
-    clip::ClipWriter writer(options.output, options.encoding, clip);
-    clip.setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
-    {
-        media::Progress progress(!options.noProgress, clip.demuxer().durationSeconds());
-        std::optional<double> first;
-        while (std::optional<clip::ClipFrame> const frame = clip.next()) {
-            first = first.value_or(frame->seconds);
-            writer.addPicture(*frame, *clip.annotate(*frame));
-            progress.update(frame->number + 1, frame->seconds - *first);
-        }
+    auto const clip = clip::openRange({options.input, options.telemetry, config.text}, options.range);
+    clip::ClipWriter writer(options.output, options.encoding, *clip);
+    clip->setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
+    media::FramePlace const last = burnPictures(options, *clip, writer);
+    if (!clip->demuxer().isLive()) {
+        refuseWhenTerminated(options.output);
     }
-    writer.finish(!media::interrupted());
+    finish(options, *clip, writer);
+    noteWhenInterrupted(options.output, clip->sinceFirst(last));
     noteAll(writer.remarks());
-    noteAll(clip.remarks());
+    noteAll(clip->remarks());
 }
 
 }  // namespace cli

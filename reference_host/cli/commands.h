@@ -3,6 +3,7 @@
 // std::runtime_error with one line for everything else.
 #pragma once
 
+#include "clip/clip_seek.h"
 #include "clip/telemetry_options.h"
 #include "media/encoder.h"
 
@@ -15,6 +16,7 @@ struct BurnOptions {
     std::string config;
     std::string output;
     clip::TelemetryOptions telemetry;
+    clip::ClipRange range;
     media::EncoderChoice encoding;
     bool noProgress = false;
 };
@@ -36,6 +38,7 @@ struct TextOptions {
     std::string input;
     std::string config;
     clip::TelemetryOptions telemetry;
+    clip::ClipRange range;
 };
 
 struct SchemaOptions {

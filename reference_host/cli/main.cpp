@@ -1,7 +1,9 @@
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
-// code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage).
+// code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 130 after Ctrl-C,
+// 143 after SIGTERM).
 #include "SwAny.h"
 #include "check/number_text.h"
+#include "cli/clip_time.h"
 #include "cli/commands.h"
 #include "cli/messages.h"
 #include "cli/silent_cerr.h"
@@ -28,6 +30,15 @@ constexpr int kDone = 0;
 constexpr int kUnusable = 1;
 constexpr int kFound = 1;
 constexpr int kUsage = 2;
+
+/// How shells number the end by a signal.
+constexpr int kSignalBase = 128;
+
+/// The exit code of a command that ended early or not; after a signal it tells which.
+int codeAfter(int code)
+{
+    return media::interrupted() ? kSignalBase + media::interruptSignal() : code;
+}
 
 /// What the chosen command will do; gives the exit code.
 using Action = std::function<int()>;
@@ -118,6 +129,36 @@ void addTelemetry(CLI::App& command, clip::TelemetryOptions& options)
         ->type_name("STREAM");
 }
 
+/// --from and --to as they were written.
+struct RangeTexts {
+    std::string from;
+    std::string to;
+};
+
+std::shared_ptr<RangeTexts> addRange(CLI::App& command)
+{
+    auto texts = std::make_shared<RangeTexts>();
+    command.add_option("--from", texts->from, "start here: seconds or [HH:]MM:SS[.fff] after the first picture")
+        ->type_name("TIME");
+    command.add_option("--to", texts->to, "end before the picture that is shown then")->type_name("TIME");
+    return texts;
+}
+
+clip::ClipRange rangeOf(RangeTexts const& texts)
+{
+    clip::ClipRange range;
+    if (!texts.from.empty()) {
+        range.from = parseClipTime("--from", texts.from);
+    }
+    if (!texts.to.empty()) {
+        range.to = parseClipTime("--to", texts.to);
+    }
+    if (range.to && *range.to <= range.from.value_or(0.0)) {
+        throw WrongUsage("--to " + texts.to + ": give a time after that of --from, which is 0 without it");
+    }
+    return range;
+}
+
 void addBurn(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<BurnOptions>();
@@ -136,8 +177,10 @@ void addBurn(CLI::App& app, Action& action)
         ->type_name("N")
         ->excludes(rate);
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
-    command->callback([&action, options, bitRate] {
-        action = doneAfter([options, bitRate] {
+    auto const range = addRange(*command);
+    command->callback([&action, options, bitRate, range] {
+        action = doneAfter([options, bitRate, range] {
+            options->range = rangeOf(*range);
             if (!bitRate->empty()) {
                 options->encoding.bitRate = parseBitRate(*bitRate);
             }
@@ -152,14 +195,15 @@ void addFrame(CLI::App& app, Action& action)
     CLI::App* const command = app.add_subcommand("frame", "make one annotated picture");
     command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
-    command->add_option("--at", options->atSeconds, "seconds after the first picture")
+    auto const at = std::make_shared<std::string>();
+    command->add_option("--at", *at, "seconds or [HH:]MM:SS[.fff] after the first picture")
         ->required()
-        ->type_name("SECONDS");
+        ->type_name("TIME");
     command->add_option("-o,--output", options->output, "the picture")->required()->type_name("OUT.png");
     addTelemetry(*command, options->telemetry);
-    command->callback([&action, options] {
-        action = doneAfter([options] {
-            requireWithin("--at", options->atSeconds, 0.0, 1e9);
+    command->callback([&action, options, at] {
+        action = doneAfter([options, at] {
+            options->atSeconds = parseClipTime("--at", *at);
             runFrame(*options);
         });
     });
@@ -181,7 +225,13 @@ void addText(CLI::App& app, Action& action)
     command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
     addTelemetry(*command, options->telemetry);
-    command->callback([&action, options] { action = doneAfter([options] { runText(*options); }); });
+    auto const range = addRange(*command);
+    command->callback([&action, options, range] {
+        action = doneAfter([options, range] {
+            options->range = rangeOf(*range);
+            runText(*options);
+        });
+    });
 }
 
 void addSchema(CLI::App& app, Action& action)
@@ -260,7 +310,7 @@ int run(int argc, char** argv)
     } catch (CLI::ParseError const& failure) {
         return app.exit(failure) == 0 ? kDone : kUsage;
     }
-    return action();
+    return codeAfter(action());
 }
 
 }  // namespace
@@ -284,6 +334,6 @@ int main(int argc, char** argv)
         return cli::kUnusable;
     } catch (std::exception const& failure) {
         cli::note(failure.what());
-        return cli::kUnusable;
+        return cli::codeAfter(cli::kUnusable);
     }
 }

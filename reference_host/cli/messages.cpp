@@ -1,10 +1,31 @@
 // One line per matter on standard error, however odd the names in it.
 #include "cli/messages.h"
 
+#include "media/interrupt.h"
+
 #include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdio>
 #include <iostream>
 
 namespace cli {
+
+void refuseWhenTerminated(std::string const& output)
+{
+    if (media::interruptSignal() == SIGTERM) {
+        throw std::runtime_error(output + ": terminated before the end, nothing was kept; start again");
+    }
+}
+
+void noteWhenInterrupted(std::string const& output, double seconds)
+{
+    if (media::interrupted()) {
+        std::array<char, 64> text{};
+        std::snprintf(text.data(), text.size(), "%.3f s", seconds);
+        note(output + ": interrupted; the file was finished up to " + text.data());
+    }
+}
 
 void note(std::string const& text)
 {

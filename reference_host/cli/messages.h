@@ -17,6 +17,12 @@ struct ReaderGone : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// Called when a file has all that will be in it, before it is finished: after SIGTERM throws std::runtime_error with
+/// one line, so that no cut file is taken for a whole one.
+void refuseWhenTerminated(std::string const& output);
+/// After Ctrl-C says up to which second the finished file goes.
+void noteWhenInterrupted(std::string const& output, double seconds);
+
 /// Writes "stanag-overlay: " and the text as one line.
 void note(std::string const& text);
 /// note() for each remark.

@@ -48,8 +48,9 @@ void runSample(SampleOptions const& options)
     MappedNV12 const planes = imaging::planesOf(picture);
     double const aspect = static_cast<double>(options.width) / options.height;
     auto const frames = std::llround(options.seconds * options.framesPerSecond);
+    double seconds = 0.0;
     for (std::int64_t number = 0; number < frames && !media::interrupted(); ++number) {
-        double const seconds = static_cast<double>(number) / options.framesPerSecond;
+        seconds = static_cast<double>(number) / options.framesPerSecond;
         std::int64_t const ticks = kFirstTicks + std::llround(seconds * kClock.den);
         flight::paintGround(seconds, planes);
         media::PacketPtr const packet =
@@ -57,8 +58,10 @@ void runSample(SampleOptions const& options)
         muxer.write(*packet, *klv, kClock);
         encoder.encode(planes, ticks, writeVideo);
     }
+    refuseWhenTerminated(options.output);
     encoder.flush(writeVideo);
     muxer.finish();
+    noteWhenInterrupted(options.output, seconds);
 }
 
 }  // namespace cli

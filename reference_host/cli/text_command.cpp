@@ -4,7 +4,7 @@
 #include "cli/json_line.h"
 #include "cli/messages.h"
 #include "cli/standard_output.h"
-#include "clip/annotated_clip.h"
+#include "clip/clip_seek.h"
 #include "imaging/imaging_access.h"
 
 namespace cli {
@@ -32,11 +32,12 @@ std::string textLine(clip::ClipFrame const& frame, std::vector<imaging::DrawnTex
 void runText(TextOptions const& options)
 {
     ConfigFile const config = readConfig(options.config);
-    clip::AnnotatedClip clip(options.input, options.telemetry, config.text);
+    auto const opened = clip::openRange({options.input, options.telemetry, config.text}, options.range);
+    clip::AnnotatedClip& clip = *opened;
     std::vector<imaging::DrawnText> draws;
     imaging::recordTexts(clip.painter(), [&draws](imaging::DrawnText const& text) { draws.push_back(text); });
     bool any = false;
-    while (std::optional<clip::ClipFrame> const frame = clip.next()) {
+    while (std::optional<clip::ClipFrame> const frame = clip::nextOf(clip, options.range)) {
         draws.clear();
         clip.annotate(*frame);
         writeLine(textLine(*frame, draws));

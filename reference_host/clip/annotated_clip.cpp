@@ -5,6 +5,7 @@
 #include "imaging/imaging_access.h"
 #include "media/interrupt.h"
 
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -21,29 +22,50 @@ AnnotatedClip::AnnotatedClip(std::string const& input, TelemetryOptions const& t
 std::optional<ClipFrame> AnnotatedClip::next()
 {
     std::optional<media::VideoUnit> unit = reader_.next();
-    takeSideUnits_();
     if (!unit) {
+        takeSideUnits_(std::numeric_limits<double>::infinity());
         return std::nullopt;
     }
     AVFrame const& decoded = *unit->frame;
-    if (frames_ == 0) {
-        learnTraits_(decoded);
-        telemetry_.begin(unit->seconds);
+    if (!begin_) {
+        learnTraits_(reader_.firstPicture() != nullptr ? *reader_.firstPicture() : decoded);
+        begin_ = *unit;
     } else if (sizeChange_.empty() && (decoded.width != traits_.width || decoded.height != traits_.height)) {
         sizeChange_ = "pictures change from " + media::sizeText(traits_.width, traits_.height) + " to " +
                       media::sizeText(decoded.width, decoded.height) + " at frame " + std::to_string(unit->number) +
                       "; they were scaled to the first size";
     }
-    ++frames_;
-    ClipFrame frame;
-    frame.number = unit->number;
-    frame.seconds = unit->seconds;
-    frame.ticks = unit->ticks;
+    ClipFrame frame{*unit, 0, nullptr, {}};
+    frame.telemetry = telemetryFor_(*unit);
     frame.timeNs = clock_.next(unit->ticks);
     frame.picture = renderer_.takePicture(static_cast<unsigned>(traits_.width), static_cast<unsigned>(traits_.height));
     converter_.toNv12(decoded, imaging::planesOf(*frame.picture), traits_.color);
-    frame.telemetry = telemetry_.choose(frame.seconds, frame.number);
     return frame;
+}
+
+std::vector<frame::Choice> AnnotatedClip::telemetryFor_(media::FramePlace const& place)
+{
+    takeSideUnits_(place.seconds);
+    if (!first_) {
+        first_ = place;
+        telemetry_.begin(place.seconds);
+    }
+    return telemetry_.choose(place.seconds, place.number);
+}
+
+void AnnotatedClip::pass()
+{
+    ClipFrame frame{reader_.peek().value(), 0, nullptr, {}};
+    reader_.skip();
+    frame.telemetry = telemetryFor_(frame);
+    frame.timeNs = clock_.next(frame.ticks);
+    if (!noPicture_) {
+        // Texts on so small a picture have no height: the plugin makes them and nothing is drawn.
+        constexpr unsigned kSide = 2;
+        noPicture_ = renderer_.takePicture(kSide, kSide);
+    }
+    frame.picture = noPicture_;
+    annotate(frame);
 }
 
 std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& frame)
@@ -61,14 +83,31 @@ void AnnotatedClip::learnTraits_(AVFrame const& frame)
                       traits_.color.fullRange);
 }
 
-void AnnotatedClip::takeSideUnits_()
+void AnnotatedClip::takeSideUnits_(double seconds)
 {
-    for (media::SideUnit& unit : reader_.takeSideUnits()) {
+    for (media::SideUnit& unit : reader_.takeSideUnits(seconds)) {
         telemetry_.add(unit);
-        if (observer_) {
+        unobserved_.push_back(std::move(unit));
+    }
+    if (begin_) {
+        observe_();
+        return;
+    }
+    // The first picture that next() will give is not earlier.
+    while (!unobserved_.empty() && unobserved_.front().seconds < seconds) {
+        unobserved_.pop_front();
+    }
+}
+
+void AnnotatedClip::observe_()
+{
+    bool const cut = begin_->number > 0;
+    for (media::SideUnit& unit : unobserved_) {
+        if (observer_ && !(cut && unit.seconds < begin_->seconds)) {
             observer_(unit);
         }
     }
+    unobserved_.clear();
 }
 
 std::vector<std::string> AnnotatedClip::remarks() const

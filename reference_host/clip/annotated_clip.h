@@ -11,7 +11,9 @@
 #include "media/frame_reader.h"
 #include "media/picture_traits.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -22,11 +24,8 @@
 namespace clip {
 
 /// One picture before the plugin has drawn on it.
-struct ClipFrame {
-    std::uint64_t number = 0;  ///< counts from 0
-    double seconds = 0.0;      ///< presentation time on the stream's own axis
-    std::int64_t ticks = 0;    ///< the same in AnnotatedClip::timeBase()
-    std::uint64_t timeNs = 0;  ///< the same as the plugin is told it; see FrameClock
+struct ClipFrame : media::FramePlace {
+    std::uint64_t timeNs = 0;  ///< presentation time as the plugin is told it; see FrameClock
     std::shared_ptr<zelvo::ZelvoPicture> picture;
     std::vector<frame::Choice> telemetry;
 };
@@ -37,12 +36,28 @@ public:
     /// std::runtime_error with one line, media::UnknownChoice for a telemetry stream that cannot be meant.
     AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config);
 
-    /// Called for every telemetry and sound packet of the clip as it is read, ahead of the pictures.
+    /// Called for every telemetry and sound packet of the clip as it is read, ahead of the pictures; not for those
+    /// that lie before the first picture that next() gives, if frames were passed over.
     void setSideObserver(std::function<void(media::SideUnit&)> observer) { observer_ = std::move(observer); }
 
     /// The next picture; empty at the end or after an interrupt. Pictures of another size than the first
     /// are scaled to it.
     std::optional<ClipFrame> next();
+    /// The place of the next frame, or with `further` 1 of the one after it; empty when there is none.
+    std::optional<media::FramePlace> peek(std::size_t further = 0) { return reader_.peek(further); }
+    /// Passes over the next frame, which peek() has shown: the plugin sees it as any other, without its picture.
+    void pass();
+    /// A range ends before this place, which peek() has shown: what belongs beside its pictures goes to the observer.
+    void endBefore(media::FramePlace const& place) { takeSideUnits_(place.seconds); }
+
+    /// As FrameReader's; for passing over many frames. To be called before anything is read.
+    void tellFromPackets() { reader_.tellFromPackets(); }
+    bool settle() { return reader_.settle(); }
+    std::string const& doubt() const { return reader_.doubt(); }
+    /// Seconds from the clip's first frame to this place; 0 as long as no frame was given out or passed over.
+    double sinceFirst(media::FramePlace const& place) const { return first_ ? place.seconds - first_->seconds : 0.0; }
+    /// Ticks of timeBase() from the clip's first frame to the first one that next() has given.
+    std::int64_t passedTicks() const { return begin_->ticks - first_->ticks; }
     /// The picture with the plugin's drawing.
     std::shared_ptr<zelvo::ZelvoPicture> annotate(ClipFrame const& frame);
 
@@ -57,7 +72,9 @@ public:
 
 private:
     void learnTraits_(AVFrame const& frame);
-    void takeSideUnits_();
+    std::vector<frame::Choice> telemetryFor_(media::FramePlace const& place);
+    void takeSideUnits_(double seconds);
+    void observe_();
 
     media::Demuxer demuxer_;
     TelemetryFeed telemetry_;
@@ -66,8 +83,11 @@ private:
     media::FrameConverter converter_;
     frame::FrameRenderer renderer_;
     std::function<void(media::SideUnit&)> observer_;
+    std::deque<media::SideUnit> unobserved_;
     media::PictureTraits traits_;
-    std::uint64_t frames_ = 0;
+    std::optional<media::FramePlace> first_;
+    std::optional<media::FramePlace> begin_;
+    std::shared_ptr<zelvo::ZelvoPicture> noPicture_;  ///< drawn on in passing
     std::string sizeChange_;
 };
 

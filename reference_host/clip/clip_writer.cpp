@@ -32,19 +32,28 @@ void ClipWriter::addPicture(ClipFrame const& frame, zelvo::ZelvoPicture& picture
     if (!begun_) {
         begin_();
     }
-    encoder_->encode(imaging::planesOf(picture), frame.ticks, [this](AVPacket& packet) { writeVideo_(packet); });
-    writeSideUpTo_(frame.seconds);
+    encoder_->encode(imaging::planesOf(picture), frame.ticks - clip_.passedTicks(),
+                     [this](AVPacket& packet) { writeVideo_(packet); });
+    writeSideUpTo_(side_.upper_bound(frame.seconds));
 }
 
 void ClipWriter::finish(bool whole)
+{
+    end_(whole ? side_.end() : side_.begin());
+}
+
+void ClipWriter::finishBefore(double seconds)
+{
+    end_(side_.lower_bound(seconds));
+}
+
+void ClipWriter::end_(SideUnits::iterator sideEnd)
 {
     if (!begun_) {
         throw noPictures(clip_.demuxer().name());
     }
     encoder_->flush([this](AVPacket& packet) { writeVideo_(packet); });
-    if (whole) {
-        writeSideUpTo_(HUGE_VAL);
-    }
+    writeSideUpTo_(sideEnd);
     muxer_.finish();
 }
 
@@ -91,9 +100,10 @@ void ClipWriter::addSideStreams_()
     }
 }
 
-void ClipWriter::writeSideUpTo_(double seconds)
+void ClipWriter::writeSideUpTo_(SideUnits::iterator end)
 {
-    auto const end = side_.upper_bound(seconds);
+    // A part of a clip begins at the time at which the whole clip begins.
+    double const passed = media::secondsOf(clip_.passedTicks(), clip_.timeBase());
     for (auto next = side_.begin(); next != end; ++next) {
         media::SideUnit& unit = next->second;
         auto const output = outputs_.find(unit.stream);
@@ -102,7 +112,7 @@ void ClipWriter::writeSideUpTo_(double seconds)
         }
         // Times on the clip's one axis: those of joined clips rise where the originals start anew.
         AVRational const timeBase = clip_.demuxer().stream(unit.stream).time_base;
-        unit.packet->pts = std::llround(unit.seconds / av_q2d(timeBase));
+        unit.packet->pts = std::llround((unit.seconds - passed) / av_q2d(timeBase));
         unit.packet->dts = unit.packet->pts;
         muxer_.write(*unit.packet, output->second, timeBase);
     }

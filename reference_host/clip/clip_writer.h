@@ -27,6 +27,8 @@ public:
     /// Ends the output and gives it its name. `whole` says that the clip was read to its end: then what is left
     /// beside the pictures belongs into the output. Throws noPictures() when there was none.
     void finish(bool whole);
+    /// The same for a range that ends before `seconds`: of what is left, that before it belongs into the output.
+    void finishBefore(double seconds);
 
     /// What somebody should know of the output once it is written.
     std::vector<std::string> const& remarks() const { return remarks_; }
@@ -37,7 +39,9 @@ private:
 
     void begin_();
     void addSideStreams_();
-    void writeSideUpTo_(double seconds);
+    using SideUnits = std::multimap<double, media::SideUnit>;
+    void writeSideUpTo_(SideUnits::iterator end);
+    void end_(SideUnits::iterator sideEnd);
     void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, clip_.timeBase()); }
 
     std::string output_;
@@ -46,8 +50,8 @@ private:
     media::Muxer muxer_;
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
-    std::map<int, int> outputs_;                   ///< output stream by input stream
-    std::multimap<double, media::SideUnit> side_;  ///< by time, waiting for their picture
+    std::map<int, int> outputs_;  ///< output stream by input stream
+    SideUnits side_;              ///< by time, waiting for their picture
     std::vector<std::string> remarks_;
     bool begun_ = false;
 };

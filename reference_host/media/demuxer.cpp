@@ -11,6 +11,7 @@ extern "C" {
 #include <array>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace media {
@@ -202,6 +203,14 @@ std::optional<double> Demuxer::durationSeconds() const
         return std::nullopt;
     }
     return static_cast<double>(input_->duration) / AV_TIME_BASE;
+}
+
+bool Demuxer::isLive() const
+{
+    static constexpr std::array<std::string_view, 7> kLive = {
+        "udp:", "rtp:", "rtsp:", "rtmp:", "srt:", "tcp:", "rist:"};
+    return std::any_of(kLive.begin(), kLive.end(),
+                       [this](std::string_view scheme) { return name_.compare(0, scheme.size(), scheme) == 0; });
 }
 
 bool Demuxer::timeMayJump() const

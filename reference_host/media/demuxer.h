@@ -56,6 +56,8 @@ public:
     AVRational frameRate() const;
     /// Empty when unknown (live input, pipes).
     std::optional<double> durationSeconds() const;
+    /// Whether the input is a live address, which has no end of its own.
+    bool isLive() const;
     /// Whether time stamps may start anew in mid-stream (transport streams).
     bool timeMayJump() const;
 

@@ -4,6 +4,7 @@
 
 #include "media/interrupt.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 #include <utility>
@@ -14,6 +15,11 @@ namespace {
 /// Compressed video that may wait for telemetry; a stream that runs on without times stops here.
 constexpr std::size_t kMaxWaitingBytes = 64U << 20U;
 constexpr std::size_t kMaxWaitingUnits = 4096;
+
+/// Compressed video that is kept for the time when decoding begins.
+constexpr std::size_t kMaxKeptBytes = 256U << 20U;
+
+constexpr char const* kOtherPictures = "the decoder gives other pictures than the packets tell";
 
 std::optional<std::int64_t> known(std::int64_t ticks)
 {
@@ -42,6 +48,61 @@ FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds)
 }
 
 std::optional<VideoUnit> FrameReader::next()
+{
+    if (held_.empty()) {
+        return decodeNext_();
+    }
+    VideoUnit unit = std::move(held_.front());
+    held_.pop_front();
+    return unit;
+}
+
+std::optional<FramePlace> FrameReader::peek(std::size_t further)
+{
+    if (packets_) {
+        return peekTold_(further);
+    }
+    while (held_.size() <= further) {
+        std::optional<VideoUnit> unit = decodeNext_();
+        if (!unit) {
+            return std::nullopt;
+        }
+        held_.push_back(std::move(*unit));
+    }
+    return held_[further];
+}
+
+void FrameReader::skip()
+{
+    if (!packets_) {
+        held_.pop_front();
+        return;
+    }
+    lastTicks_ = told_.front();
+    passed_.push_back(told_.front());
+    told_.pop_front();
+    ++nextNumber_;
+}
+
+std::vector<SideUnit> FrameReader::takeSideUnits(double seconds)
+{
+    keepSideUnits_();
+    std::vector<SideUnit> units;
+    while (!sideUnits_.empty() && sideUnits_.front().readUpTo < seconds + aheadSeconds_) {
+        units.push_back(std::move(sideUnits_.front().unit));
+        sideUnits_.pop_front();
+    }
+    return units;
+}
+
+void FrameReader::keepSideUnits_()
+{
+    for (SideUnit& unit : side_.take()) {
+        sideUnits_.push_back({std::move(unit), readUpTo_});
+    }
+}
+
+std::optional<VideoUnit> FrameReader::decodeNext_()
 {
     for (;;) {
         if (interrupted()) {
@@ -101,6 +162,10 @@ void FrameReader::readPacket_()
     if (!demuxer_.read(*packet)) {
         ended_ = true;
         side_.placeRest();
+        keepSideUnits_();
+        if (packets_) {
+            packets_->end();
+        }
         return;
     }
     StreamKind const kind = demuxer_.kindOf(packet->stream_index);
@@ -114,14 +179,21 @@ void FrameReader::readPacket_()
 void FrameReader::addVideo_(PacketPtr packet)
 {
     Timeline::Placed const placed = timeline_.placeVideo(known(packet->dts), known(packet->pts));
+    bool const cleanStart = packets_ && packets_->add(*packet, placed);
     packet->dts = placed.decodeTicks;
     packet->pts = placed.presentTicks;
-    readUpTo_ = secondsOf(placed.decodeTicks, timeBase_);
+    // What was placed before stands before this packet.
+    keepSideUnits_();
+    readUpTo_ = std::max(readUpTo_, secondsOf(placed.decodeTicks, timeBase_));
     side_.placeUpToVideo(packet->pos);
+    keepSideUnits_();
     videoBytes_ += static_cast<std::size_t>(packet->size);
     // A clock that jumps in front of a dependent picture is a disturbance, not another clip.
     bool const newClip = placed.newClock && (packet->flags & AV_PKT_FLAG_KEY) != 0;
-    video_.push_back({std::move(packet), newClip});
+    if (cleanStart) {
+        starts_.push_back(packet->pts);
+    }
+    video_.push_back({std::move(packet), newClip, cleanStart});
 }
 
 VideoUnit FrameReader::finish_(FramePtr frame)
@@ -135,6 +207,107 @@ VideoUnit FrameReader::finish_(FramePtr frame)
     unit.frame = std::move(frame);
     lastTicks_ = unit.ticks;
     return unit;
+}
+
+void FrameReader::tellFromPackets()
+{
+    packets_.emplace(*demuxer_.video());
+}
+
+std::optional<FramePlace> FrameReader::peekTold_(std::size_t further)
+{
+    takeTold_();
+    while (!ended_ && doubt_.empty() && !interrupted() &&
+           (told_.size() <= further || readUpTo_ < secondsOf(told_[further], timeBase_) + aheadSeconds_)) {
+        readPacket_();
+        takeTold_();
+    }
+    if (!doubt_.empty() || interrupted() || told_.size() <= further) {
+        return std::nullopt;
+    }
+    if (!firstPicture_) {
+        decodeFirst_();
+    }
+    forgetBefore_(told_.front());
+    FramePlace place;
+    place.number = nextNumber_ + further;
+    place.ticks = told_[further];
+    place.seconds = secondsOf(place.ticks, timeBase_);
+    return doubt_.empty() ? std::optional(place) : std::nullopt;
+}
+
+void FrameReader::takeTold_()
+{
+    while (std::optional<std::int64_t> const ticks = packets_->next()) {
+        told_.push_back(*ticks);
+    }
+    doubt_ = packets_->doubt();
+    if (videoBytes_ > kMaxKeptBytes) {
+        doubt_ = "key pictures lie too far apart";
+    }
+}
+
+void FrameReader::decodeFirst_()
+{
+    Decoder decoder(*demuxer_.video(), demuxer_.name());
+    firstPicture_ = makeFrame();
+    bool decoded = false;
+    for (auto next = video_.begin(); next != video_.end() && !decoded; ++next) {
+        decoder.send(next->packet.get());
+        decoded = decoder.receive(*firstPicture_);
+    }
+    if (!decoded) {
+        decoder.send(nullptr);
+        decoded = decoder.receive(*firstPicture_);
+    }
+    if (!decoded || firstPicture_->best_effort_timestamp != told_.front()) {
+        doubt_ = kOtherPictures;
+    }
+}
+
+void FrameReader::forgetBefore_(std::int64_t ticks)
+{
+    while (starts_.size() > 1 && starts_[1] <= ticks) {
+        starts_.pop_front();
+        do {
+            videoBytes_ -= static_cast<std::size_t>(video_.front().packet->size);
+            video_.pop_front();
+        } while (!video_.front().cleanStart);
+    }
+    while (!passed_.empty() && passed_.front() < starts_.front()) {
+        passed_.pop_front();
+    }
+}
+
+bool FrameReader::settle()
+{
+    if (!doubt_.empty() || told_.empty()) {
+        video_.clear();
+        packets_.reset();
+        return doubt_.empty();
+    }
+    packets_.reset();
+    std::uint64_t const number = nextNumber_;
+    std::deque<std::int64_t> expected = std::move(passed_);
+    expected.push_back(told_.front());
+    while (std::optional<VideoUnit> unit = decodeNext_()) {
+        if (unit->ticks < starts_.front()) {
+            continue;  // leads the picture where decoding began, and refers to what stands before it
+        }
+        if (unit->ticks != expected.front()) {
+            break;
+        }
+        expected.pop_front();
+        if (expected.empty()) {
+            damagedBefore_ = decoder_.damaged();
+            unit->number = number;
+            nextNumber_ = number + 1;
+            held_.push_back(std::move(*unit));
+            return true;
+        }
+    }
+    doubt_ = interrupted() ? "" : kOtherPictures;
+    return doubt_.empty();
 }
 
 }  // namespace media

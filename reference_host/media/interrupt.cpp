@@ -7,11 +7,13 @@
 namespace media {
 namespace {
 
-volatile std::sig_atomic_t gInterrupted = 0;
+volatile std::sig_atomic_t gSignal = 0;
 
-extern "C" void onInterrupt(int)
+extern "C" void onInterrupt(int signal)
 {
-    gInterrupted = 1;
+    if (gSignal == 0) {
+        gSignal = signal;
+    }
 }
 
 }  // namespace
@@ -28,7 +30,12 @@ void catchInterrupts()
 
 bool interrupted() noexcept
 {
-    return gInterrupted != 0;
+    return gSignal != 0;
+}
+
+int interruptSignal() noexcept
+{
+    return gSignal;
 }
 
 }  // namespace media

@@ -9,5 +9,7 @@ void catchInterrupts();
 
 /// Whether an interrupt has arrived.
 bool interrupted() noexcept;
+/// The signal that arrived first, SIGINT or SIGTERM; 0 when none has.
+int interruptSignal() noexcept;
 
 }  // namespace media

@@ -5,9 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -238,32 +241,64 @@ TEST_F(HardInputs, JoinedClipsOfDifferentSizesStayOneClip)
     }
 }
 
-TEST_F(HardInputs, InterruptCompletesTheFile)
+TEST_F(HardInputs, InterruptCompletesTheFileAndSaysUpToWhere)
 {
     clip_test::ClipSpec const clip{file("long.ts"), 320, 240, 200, "mpeg2video", 90000, {headings(200)}};
     clip_test::makeClip(clip);
     Result const result =
         e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", file("o.ts"), "--video-codec", "mpeg2video"},
-                            e2e::readFile(clip.path));
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(result.err, "");
+                            e2e::readFile(clip.path), SIGINT);
+    EXPECT_EQ(result.exitCode, 130) << result.err;
     clip_test::StreamCounts const counts = clip_test::packetsOf(file("o.ts"));
     EXPECT_GT(counts.video, 0);
     EXPECT_LT(counts.video, 200);
     EXPECT_NEAR(counts.klv, counts.video, 1);
     EXPECT_EQ(clip_test::picturesOf(file("o.ts")).size(), static_cast<std::size_t>(counts.video));
+    std::array<char, 32> last{};
+    std::snprintf(last.data(), last.size(), "%.3f", 0.04 * (counts.video - 1));
+    EXPECT_EQ(result.err,
+              "stanag-overlay: " + file("o.ts") + ": interrupted; the file was finished up to " + last.data() + " s\n");
+}
+
+TEST_F(HardInputs, TerminationLeavesNothingUnderTheOutputsName)
+{
+    clip_test::ClipSpec const clip{file("long.ts"), 320, 240, 200, "mpeg2video", 90000, {headings(200)}};
+    clip_test::makeClip(clip);
+    std::string const older = "an older file";
+    e2e::writeFile(file("older.ts"), older);
+    for (char const* const output : {"o.ts", "older.ts"}) {
+        Result const result =
+            e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", file(output), "--video-codec", "mpeg2video"},
+                                e2e::readFile(clip.path), SIGTERM);
+        EXPECT_EQ(result.exitCode, 143) << result.err;
+        EXPECT_EQ(result.err,
+                  "stanag-overlay: " + file(output) + ": terminated before the end, nothing was kept; start again\n");
+    }
+    EXPECT_EQ(e2e::readFile(file("older.ts")), older);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file("")), {}), 3) << "clip, configuration, older file";
 }
 
 TEST_F(HardInputs, InterruptBeforeTheFirstPictureLeavesNothing)
 {
-    Result const result = e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", file("o.ts")}, "");
-    // The signal may even come before the program listens to it.
-    if (result.exitCode == 1) {
-        EXPECT_EQ(result.err, "stanag-overlay: -: interrupted before anything was read; start again\n");
-    } else {
-        EXPECT_EQ(result.exitCode, 128 + SIGINT);
+    for (int const signal : {SIGINT, SIGTERM}) {
+        Result const result = e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", file("o.ts")}, "", signal);
+        EXPECT_EQ(result.exitCode, 128 + signal);
+        // The signal may even come before the program listens to it.
+        if (!result.err.empty()) {
+            EXPECT_EQ(result.err, "stanag-overlay: -: interrupted before anything was read; start again\n");
+        }
+        EXPECT_FALSE(std::filesystem::exists(file("o.ts")));
     }
-    EXPECT_FALSE(std::filesystem::exists(file("o.ts")));
+}
+
+TEST_F(HardInputs, InterruptsShowInTheExitCodeOfListingsToo)
+{
+    clip_test::ClipSpec const clip{file("long.ts"), 320, 240, 200, "mpeg2video", 90000, {headings(200)}};
+    clip_test::makeClip(clip);
+    std::string const bytes = e2e::readFile(clip.path);
+    EXPECT_EQ(e2e::runInterrupted({"text", "-", "-c", file("c.json")}, bytes, SIGINT).exitCode, 130);
+    EXPECT_EQ(e2e::runInterrupted({"text", "-", "-c", file("c.json")}, bytes, SIGTERM).exitCode, 143);
+    EXPECT_EQ(e2e::runInterrupted({"keys", "-"}, bytes, SIGTERM).exitCode, 143);
 }
 
 constexpr char const* kDiskFull =

@@ -106,7 +106,7 @@ Result run(std::vector<std::string> const& arguments, RunOptions const& options)
     return result;
 }
 
-Result runInterrupted(std::vector<std::string> const& arguments, std::string const& bytes)
+Result runInterrupted(std::vector<std::string> const& arguments, std::string const& bytes, int signal)
 {
     media_test::TempFolder const folder;
     int ends[2];
@@ -131,7 +131,7 @@ Result runInterrupted(std::vector<std::string> const& arguments, std::string con
         }
         sent += static_cast<std::size_t>(count);
     }
-    kill(child, SIGINT);
+    kill(child, signal);
     Result result;
     result.exitCode = exitCodeOf(child);
     close(ends[1]);

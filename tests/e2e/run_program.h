@@ -26,8 +26,8 @@ struct RunOptions {
 /// Runs `stanag-overlay` with these arguments to its end.
 Result run(std::vector<std::string> const& arguments, RunOptions const& options = {});
 
-/// Feeds `bytes` to the program's standard input, keeps that open, sends SIGINT and waits for the end.
-Result runInterrupted(std::vector<std::string> const& arguments, std::string const& bytes);
+/// Feeds `bytes` to the program's standard input, keeps that open, sends the signal and waits for the end.
+Result runInterrupted(std::vector<std::string> const& arguments, std::string const& bytes, int signal);
 
 /// The lines of a text without their line feeds.
 std::vector<std::string> linesOf(std::string const& text);

@@ -7,6 +7,7 @@
 #include "media/frame_converter.h"
 #include "media/frame_reader.h"
 #include "media/muxer.h"
+#include "media/png_writer.h"
 #include "telemetry/telemetry.h"
 
 extern "C" {
@@ -118,7 +119,9 @@ void makeClip(ClipSpec const& spec)
     auto const sink = [&](AVPacket& packet) { muxer.write(packet, video, kClock); };
     zelvo::ZelvoPicture picture(static_cast<unsigned>(spec.width), static_cast<unsigned>(spec.height));
     for (int number = 0; number < spec.frames; ++number) {
-        std::int64_t const ticks = spec.firstTicks + number * kTicksPerFrame;
+        std::int64_t const offset =
+            spec.times.empty() ? number * kTicksPerFrame : spec.times.at(static_cast<std::size_t>(number));
+        std::int64_t const ticks = spec.firstTicks + offset;
         for (std::size_t stream = 0; stream < klv.size(); ++stream) {
             SwJsonObject const& payload = spec.klvStreams[stream].at(static_cast<std::size_t>(number));
             if (!payload.empty()) {
@@ -149,6 +152,12 @@ std::vector<std::shared_ptr<zelvo::ZelvoPicture>> picturesOf(std::string const& 
         converter.toNv12(frame, imaging::planesOf(*pictures.back()), media::nv12ColorOf(frame));
     }
     return pictures;
+}
+
+void writePngOf(std::string const& path, zelvo::ZelvoPicture& picture)
+{
+    constexpr unsigned kBt709FromLines = 720;
+    media::writePng(path, imaging::planesOf(picture), {false, picture.height() >= kBt709FromLines});
 }
 
 bool samePicture(zelvo::ZelvoPicture& a, zelvo::ZelvoPicture& b)

@@ -22,13 +22,18 @@ struct ClipSpec {
     std::int64_t firstTicks = 90000;                      ///< of a 90 kHz clock
     std::vector<std::vector<SwJsonObject>> klvStreams{};  ///< per stream and frame; an empty payload is not sent
     bool sound = false;
+    std::vector<std::int64_t> times{};  ///< ticks of the frames after the first one's; empty: 25 frames per second
 };
 
-/// 25 grey frames per second, each with its own pattern. Frame n is shown at firstTicks + n * 3600.
+/// 25 grey frames per second, each with its own pattern. Frame n is shown at firstTicks + n * 3600, unless times are
+/// given.
 void makeClip(ClipSpec const& spec);
 
 /// All pictures of a clip as NV12.
 std::vector<std::shared_ptr<zelvo::ZelvoPicture>> picturesOf(std::string const& path);
+
+/// The same in the colours that the program writes pictures in, for comparing with PNG files.
+void writePngOf(std::string const& path, zelvo::ZelvoPicture& picture);
 
 /// Whether two pictures are equal in size, luma and chroma.
 bool samePicture(zelvo::ZelvoPicture& a, zelvo::ZelvoPicture& b);
