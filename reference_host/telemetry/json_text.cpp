@@ -106,6 +106,12 @@ private:
 SwJsonValue parseJsonText(std::string_view text, std::string& error)
 {
     error.clear();
+    // The library would pass over it wherever a value begins.
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+        error = "column 1: a byte order mark where a value should begin";
+        return {};
+    }
     TreeBuilder builder(error);
     bool const whole = Json::sax_parse(text.begin(), text.end(), &builder);
     return whole ? builder.takeRoot() : SwJsonValue();

@@ -71,6 +71,11 @@ TEST(JsonLines, Rows)
         {"bytes that are not UTF-8", "{\"t\":0,\"a\":\"\xC3(\"}",
          "f.jsonl:1: not a JSON object: column 14: syntax error while parsing value - invalid string: ill-formed UTF-8 "
          "byte; mend the JSON there"},
+        // Former bugs.
+        {"a second byte order mark", "\xEF\xBB\xBF\xEF\xBB\xBF{\"t\":0}",
+         "f.jsonl:1: not a JSON object: column 1: a byte order mark where a value should begin; mend the JSON there"},
+        {"a byte order mark in a later line", "{\"t\":0}\n\xEF\xBB\xBF{\"t\":1}",
+         "f.jsonl:2: not a JSON object: column 1: a byte order mark where a value should begin; mend the JSON there"},
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.name);
