@@ -25,7 +25,7 @@ media::FramePlace burnPictures(BurnOptions const& options, clip::AnnotatedClip& 
     std::optional<double> first;
     std::uint64_t frames = 0;
     while (std::optional<clip::ClipFrame> const frame = clip::nextOf(clip, options.range)) {
-        writer.addPicture(*frame, *clip.annotate(*frame));
+        writer.addPicture(*frame, clip.annotate(*frame));
         first = first.value_or(frame->seconds);
         last = *frame;
         progress.update(++frames, frame->seconds - *first);

@@ -72,7 +72,8 @@ std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& fr
 {
     FrameTime const time(frame.timeNs);
     // The plugin takes frame number 0 for "none yet".
-    return renderer_.render(frame.number + 1, frame.picture, telemetry_.producers(), frame.telemetry);
+    renderer_.renderOnto(frame.number + 1, frame.picture, telemetry_.producers(), frame.telemetry);
+    return frame.picture;
 }
 
 void AnnotatedClip::learnTraits_(AVFrame const& frame)

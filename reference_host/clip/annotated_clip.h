@@ -23,7 +23,7 @@
 
 namespace clip {
 
-/// One picture before the plugin has drawn on it.
+/// One picture with what the plugin is to draw on it.
 struct ClipFrame : media::FramePlace {
     std::uint64_t timeNs = 0;  ///< presentation time as the plugin is told it; see FrameClock
     std::shared_ptr<zelvo::ZelvoPicture> picture;
@@ -58,7 +58,7 @@ public:
     double sinceFirst(media::FramePlace const& place) const { return first_ ? place.seconds - first_->seconds : 0.0; }
     /// Ticks of timeBase() from the clip's first frame to the first one that next() has given.
     std::int64_t passedTicks() const { return begin_->ticks - first_->ticks; }
-    /// The picture with the plugin's drawing.
+    /// Lets the plugin draw on the frame's picture, and gives it.
     std::shared_ptr<zelvo::ZelvoPicture> annotate(ClipFrame const& frame);
 
     media::Demuxer const& demuxer() const { return demuxer_; }

@@ -27,13 +27,14 @@ void ClipWriter::addSide(media::SideUnit& unit)
     }
 }
 
-void ClipWriter::addPicture(ClipFrame const& frame, zelvo::ZelvoPicture& picture)
+void ClipWriter::addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::ZelvoPicture> const& picture)
 {
     if (!begun_) {
         begin_();
     }
-    encoder_->encode(imaging::planesOf(picture), frame.ticks - clip_.passedTicks(),
-                     [this](AVPacket& packet) { writeVideo_(packet); });
+    encoder_->encode(
+        imaging::planesOf(*picture), frame.ticks - clip_.passedTicks(),
+        [this](AVPacket& packet) { writeVideo_(packet); }, picture);
     writeSideUpTo_(side_.upper_bound(frame.seconds));
 }
 

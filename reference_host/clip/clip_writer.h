@@ -22,8 +22,8 @@ public:
     /// A packet of telemetry or sound: it is written with the picture that is shown at its time. The packet's owner
     /// is the writer from now on.
     void addSide(media::SideUnit& unit);
-    /// The next picture; the first one opens the encoder.
-    void addPicture(ClipFrame const& frame, zelvo::ZelvoPicture& picture);
+    /// The next picture, which must stay as it is from now on; the first one opens the encoder.
+    void addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::ZelvoPicture> const& picture);
     /// Ends the output and gives it its name. `whole` says that the clip was read to its end: then what is left
     /// beside the pictures belongs into the output. Throws noPictures() when there was none.
     void finish(bool whole);

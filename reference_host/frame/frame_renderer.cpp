@@ -68,18 +68,32 @@ std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::render(std::uint64_t frameIn
                                                            std::vector<std::string> const& producers,
                                                            std::vector<Choice> const& choices)
 {
-    PayloadAccessor const accessor{
-        [&choices](std::uint64_t frame, std::string const& key) { return payloadOf(choices, frame, key); }};
     RenderContext context;
-    context.frameIndex = frameIndex;
-    context.payloadAccessor = &accessor;
     context.picture.reset(kPictureNamespace, frameIndex, source, pool_, nullptr);
-    fillInputs(context, producers, choices);
-
-    plugin_.get().render(context);
-
+    render_(context, frameIndex, producers, choices);
     // Both the source and the copy were made by this host and are not const in truth.
     return std::const_pointer_cast<zelvo::ZelvoPicture>(context.picture.readablePicShared());
+}
+
+void FrameRenderer::renderOnto(std::uint64_t frameIndex, std::shared_ptr<zelvo::ZelvoPicture> const& picture,
+                               std::vector<std::string> const& producers, std::vector<Choice> const& choices)
+{
+    RenderContext context;
+    // Where nobody else reads the original, it serves as its own copy.
+    context.picture.reset(kPictureNamespace, frameIndex, picture, nullptr,
+                          [&picture](std::string const&, std::uint64_t) { return picture; });
+    render_(context, frameIndex, producers, choices);
+}
+
+void FrameRenderer::render_(RenderContext& context, std::uint64_t frameIndex, std::vector<std::string> const& producers,
+                            std::vector<Choice> const& choices)
+{
+    PayloadAccessor const accessor{
+        [&choices](std::uint64_t frame, std::string const& key) { return payloadOf(choices, frame, key); }};
+    context.frameIndex = frameIndex;
+    context.payloadAccessor = &accessor;
+    fillInputs(context, producers, choices);
+    plugin_.get().render(context);
 }
 
 }  // namespace frame

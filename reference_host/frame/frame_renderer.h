@@ -4,6 +4,7 @@
 #include "IRenderPlugin.h"
 #include "Painter.h"
 #include "Picture.h"
+#include "RenderContext.h"
 #include "frame/mapped_backend.h"
 #include "frame/plugin_loader.h"
 #include "frame/telemetry_timeline.h"
@@ -34,8 +35,14 @@ public:
                                                 std::shared_ptr<zelvo::ZelvoPicture> const& source,
                                                 std::vector<std::string> const& producers,
                                                 std::vector<Choice> const& choices);
+    /// The same for a picture that nobody else reads: it is not copied but drawn on.
+    void renderOnto(std::uint64_t frameIndex, std::shared_ptr<zelvo::ZelvoPicture> const& picture,
+                    std::vector<std::string> const& producers, std::vector<Choice> const& choices);
 
 private:
+    void render_(RenderContext& context, std::uint64_t frameIndex, std::vector<std::string> const& producers,
+                 std::vector<Choice> const& choices);
+
     // In this order: the plugin ends before what it was given.
     Painter painter_;
     MappedBackend backend_;

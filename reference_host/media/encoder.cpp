@@ -2,6 +2,7 @@
 #include "media/encoder.h"
 
 extern "C" {
+#include <libavutil/buffer.h>
 #include <libavutil/dict.h>
 #include <libavutil/opt.h>
 }
@@ -147,6 +148,41 @@ int evenUp(int length)
     return length + length % 2;
 }
 
+void releaseOwner(void* owner, std::uint8_t*)
+{
+    delete static_cast<std::shared_ptr<void const>*>(owner);
+}
+
+/// A reference to a plane that keeps its owner alive.
+AVBufferRef* borrowPlane(std::uint8_t* plane, int stride, int rows, std::shared_ptr<void const> const& owner)
+{
+    auto kept = std::make_unique<std::shared_ptr<void const>>(owner);
+    std::size_t const bytes = static_cast<std::size_t>(stride) * static_cast<std::size_t>(rows);
+    // Read-only for the encoder: the flag makes it copy before it would write.
+    AVBufferRef* const buffer = av_buffer_create(plane, bytes, &releaseOwner, kept.get(), AV_BUFFER_FLAG_READONLY);
+    if (buffer == nullptr) {
+        throw std::bad_alloc();
+    }
+    static_cast<void>(kept.release());  // the buffer's from now on
+    return buffer;
+}
+
+/// A frame whose planes are those of a picture.
+FramePtr borrowPlanes(MappedNV12 const& planes, std::shared_ptr<void const> const& owner)
+{
+    FramePtr frame = makeFrame();
+    frame->format = AV_PIX_FMT_NV12;
+    frame->width = planes.width;
+    frame->height = planes.height;
+    frame->data[0] = planes.y;
+    frame->data[1] = planes.uv;
+    frame->linesize[0] = planes.yStride == 0 ? planes.width : planes.yStride;
+    frame->linesize[1] = planes.uvStride == 0 ? evenUp(planes.width) : planes.uvStride;
+    frame->buf[0] = borrowPlane(planes.y, frame->linesize[0], planes.height, owner);
+    frame->buf[1] = borrowPlane(planes.uv, frame->linesize[1], evenUp(planes.height) / 2, owner);
+    return frame;
+}
+
 }  // namespace
 
 Encoder::Encoder(EncoderSettings const& settings, AVOutputFormat const& container)
@@ -203,9 +239,12 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     }
 }
 
-FramePtr Encoder::makeInput_(MappedNV12 const& planes)
+FramePtr Encoder::makeInput_(MappedNV12 const& planes, std::shared_ptr<void const> const& owner)
 {
     AVCodecContext const& context = *context_;
+    if (owner && !extended_ && context.pix_fmt == AV_PIX_FMT_NV12) {
+        return borrowPlanes(planes, owner);
+    }
     if (!extended_ && context.pix_fmt != AV_PIX_FMT_NV12) {
         FramePtr frame = makePlanes(context.pix_fmt, context.width, context.height);
         converter_.fromNv12(planes, *frame, settings_.picture.color);
@@ -229,7 +268,8 @@ FramePtr Encoder::makeInput_(MappedNV12 const& planes)
     return converted;
 }
 
-void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink)
+void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink,
+                     std::shared_ptr<void const> const& owner)
 {
     if (!lastTicks_ && countsFrames(context_->codec_id)) {
         offset_ = ticks;  // the first frame need not lie on a multiple of the frame interval
@@ -239,7 +279,7 @@ void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink co
         own = *lastTicks_ + 1;
     }
     lastTicks_ = own;
-    FramePtr const frame = makeInput_(planes);
+    FramePtr const frame = makeInput_(planes, owner);
     frame->pts = own;
     frame->color_range = context_->color_range;
     frame->colorspace = context_->colorspace;

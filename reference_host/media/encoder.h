@@ -43,8 +43,10 @@ public:
     Encoder(EncoderSettings const& settings, AVOutputFormat const& container);
 
     /// Encodes one picture shown at `ticks` of the settings' time base; a time that does not rise is moved
-    /// on by one tick. The planes must hold the settings' size.
-    void encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink);
+    /// on by one tick. The planes must hold the settings' size. With an `owner` they are not copied if the encoder
+    /// takes NV12: they must stay as they are until it has let the owner go.
+    void encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink const& sink,
+                std::shared_ptr<void const> const& owner = nullptr);
     /// Gives out what the encoder still holds; called once, at the end.
     void flush(PacketSink const& sink);
 
@@ -56,7 +58,7 @@ public:
 private:
     void open_(AVCodec const& codec, AVOutputFormat const& container, int width, int height);
     void drain_(PacketSink const& sink);
-    FramePtr makeInput_(MappedNV12 const& planes);
+    FramePtr makeInput_(MappedNV12 const& planes, std::shared_ptr<void const> const& owner);
 
     EncoderSettings settings_;
     CodecPtr context_;

@@ -80,6 +80,30 @@ void fillGray(Planes const& to, MappedNV12 const& planes)
     }
 }
 
+/// Whether the planes of a picture hold what NV12 holds, with Cb and Cr apart.
+bool isPlanar420(int format)
+{
+    return format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVJ420P;
+}
+
+void interleave(std::uint8_t const* cb, std::uint8_t const* cr, std::uint8_t* pairs, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        pairs[2 * i] = cb[i];
+        pairs[2 * i + 1] = cr[i];
+    }
+}
+
+/// What most decoders give. The scaler takes twice as long for it.
+void joinChroma(AVFrame const& frame, Planes const& to, int width, int height)
+{
+    av_image_copy_plane(to.data[0], to.strides[0], frame.data[0], frame.linesize[0], width, height);
+    for (std::ptrdiff_t row = 0; row < (height + 1) / 2; ++row) {
+        interleave(frame.data[1] + row * frame.linesize[1], frame.data[2] + row * frame.linesize[2],
+                   to.data[1] + row * to.strides[1], (width + 1) / 2);
+    }
+}
+
 void run(SwsContext* scaler, std::uint8_t const* const* fromData, int const* fromStrides, int lines,
          std::uint8_t* const* toData, int const* toStrides)
 {
@@ -172,6 +196,10 @@ void FrameConverter::toNv12(AVFrame const& frame, MappedNV12 const& planes, Colo
         av_image_copy_plane(to.data[0], to.strides[0], frame.data[0], frame.linesize[0], planes.width, planes.height);
         av_image_copy_plane(to.data[1], to.strides[1], frame.data[1], frame.linesize[1], (planes.width + 1) / 2 * 2,
                             (planes.height + 1) / 2);
+        return;
+    }
+    if (sameSize && isPlanar420(frame.format) && own == color) {
+        joinChroma(frame, to, planes.width, planes.height);
         return;
     }
     // The scaler takes RGB pixels in pairs for half chroma and mixes what stands beyond an odd last one.

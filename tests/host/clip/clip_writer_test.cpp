@@ -49,7 +49,7 @@ protected:
             if (!frame) {
                 break;
             }
-            writer.addPicture(*frame, *source.annotate(*frame));
+            writer.addPicture(*frame, source.annotate(*frame));
         }
         writer.finish(whole);
         return writer.remarks();
@@ -106,7 +106,7 @@ TEST_F(Writer, NothingStandsUnderTheNameBeforeTheEnd)
     clip::ClipWriter writer(output, {"mpeg2video", {}, {}}, source);
     auto const frame = source.next();
     ASSERT_TRUE(frame.has_value());
-    writer.addPicture(*frame, *frame->picture);
+    writer.addPicture(*frame, frame->picture);
     EXPECT_FALSE(std::filesystem::exists(output));
     writer.finish(false);
     EXPECT_TRUE(std::filesystem::exists(output));

@@ -126,4 +126,26 @@ TEST(FrameRenderer, LeavesTheSourcePictureAsItIs)
     EXPECT_FALSE(std::all_of(result.y, result.y + bytes, [](std::uint8_t y) { return y == 77; }));
 }
 
+TEST(FrameRenderer, DrawsOntoAPictureThatNobodyElseReads)
+{
+    FrameRenderer renderer;
+    renderer.plugin().setConfig(R"({"overlay":[{"formatString":"%a","textSize":256}]})");
+    auto const filled = [&renderer] {
+        auto picture = renderer.takePicture(320, 240);
+        MappedNV12 const planes = imaging::planesOf(*picture);
+        std::fill_n(planes.y, planes.yStride * 240, std::uint8_t{77});
+        std::fill_n(planes.uv, planes.uvStride * 120, std::uint8_t{128});
+        return picture;
+    };
+    std::vector<Choice> const choices = {choiceOf("klv", {{"a", SwJsonValue(1)}}, 1)};
+    auto const copy = renderer.render(1, filled(), {"klv"}, choices);
+    auto const picture = filled();
+    renderer.renderOnto(1, picture, {"klv"}, choices);
+    MappedNV12 const drawn = imaging::planesOf(*picture);
+    MappedNV12 const expected = imaging::planesOf(*copy);
+    EXPECT_TRUE(std::equal(drawn.y, drawn.y + drawn.yStride * 240, expected.y));
+    EXPECT_TRUE(std::equal(drawn.uv, drawn.uv + drawn.uvStride * 120, expected.uv));
+    EXPECT_NE(std::count(drawn.y, drawn.y + drawn.yStride * 240, 77), drawn.yStride * 240);
+}
+
 }  // namespace

@@ -18,6 +18,7 @@ extern "C" {
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -50,6 +51,7 @@ struct ClipSpec {
     /// How long before a picture's presentation its telemetry stands in the stream. The encoder sends
     /// pictures one interval ahead of their presentation.
     std::int64_t klvTicksEarly = 0;
+    bool lent = false;  ///< pictures are lent to the encoder, not copied
 };
 
 void writeClip(ClipSpec const& spec)
@@ -70,13 +72,13 @@ void writeClip(ClipSpec const& spec)
     muxer.begin();
     auto const sink = [&](AVPacket& packet) { muxer.write(packet, video, kClock); };
     for (int number = 0; number < spec.frames; ++number) {
-        Planes planes(spec.width, spec.height);
-        planes.fillPattern(number);
+        auto const planes = std::make_shared<Planes>(spec.width, spec.height);
+        planes->fillPattern(number);
         std::int64_t const ticks = spec.firstTicks + number * kFrameTicks;
         for (int const stream : klv) {
             muxer.write(*media::makePacket(klvUnit(number + stream), ticks - spec.klvTicksEarly), stream, kClock);
         }
-        encoder.encode(planes.mapped(), ticks, sink);
+        encoder.encode(planes->mapped(), ticks, sink, spec.lent ? planes : nullptr);
     }
     encoder.flush(sink);
     muxer.finish();
@@ -97,6 +99,7 @@ struct LosslessRow {
     char const* codec;
     int width;
     int height;
+    bool lent = false;
 };
 
 class Lossless : public testing::TestWithParam<LosslessRow> {};
@@ -106,6 +109,7 @@ TEST_P(Lossless, GivesBackEverySampleAndTime)
     LosslessRow const& row = GetParam();
     TempFolder const folder;
     ClipSpec spec{folder.file(row.file), row.codec, row.width, row.height};
+    spec.lent = row.lent;
     writeClip(spec);
     media::Demuxer demuxer(spec.path);
     media::FrameReader reader(demuxer);
@@ -128,8 +132,35 @@ INSTANTIATE_TEST_SUITE_P(Rows, Lossless,
                                          LosslessRow{"ffv1_odd_size", "a.mkv", "ffv1", 35, 19},
                                          LosslessRow{"ffv1_one_pixel", "a.mkv", "ffv1", 1, 1},
                                          LosslessRow{"rawvideo_in_nut", "a.nut", "rawvideo", 35, 19},
+                                         LosslessRow{"rawvideo_lent", "a.nut", "rawvideo", 64, 48, true},
+                                         LosslessRow{"rawvideo_lent_odd", "a.nut", "rawvideo", 35, 19, true},
+                                         LosslessRow{"ffv1_lent", "a.mkv", "ffv1", 64, 48, true},
                                          LosslessRow{"huffyuv_in_mkv", "a.mkv", "ffvhuff", 64, 48}),
                          [](auto const& row) { return row.param.name; });
+
+TEST(Encoder, HoldsLentPicturesOnlyAsLongAsItNeedsThem)
+{
+    media::EncoderSettings settings;
+    settings.choice.codecName = "libx264";
+    settings.picture.width = 64;
+    settings.picture.height = 48;
+    settings.timeBase = kClock;
+    std::vector<std::weak_ptr<Planes>> lent;
+    {
+        media::Encoder encoder(settings, *av_guess_format("mpegts", nullptr, nullptr));
+        ASSERT_EQ(encoder.context().pix_fmt, AV_PIX_FMT_NV12) << "else nothing is lent";
+        for (int number = 0; number < 60; ++number) {
+            auto const planes = std::make_shared<Planes>(64, 48);
+            planes->fillPattern(number);
+            lent.push_back(planes);
+            encoder.encode(
+                planes->mapped(), number * kFrameTicks, [](AVPacket&) {}, planes);
+        }
+        EXPECT_TRUE(lent.front().expired());
+        encoder.flush([](AVPacket&) {});
+    }
+    EXPECT_TRUE(std::all_of(lent.begin(), lent.end(), [](auto const& planes) { return planes.expired(); }));
+}
 
 TEST(RoundTrip, KeepsTicksAndTelemetryBytesInATransportStream)
 {
