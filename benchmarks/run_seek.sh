@@ -16,11 +16,10 @@ if [ ! -e "$hour" ]; then
     rm "$work/minute.ts"
 fi
 
+# Processor time of a command, all its threads.
 seconds_of() {
-    local begin
-    begin=$(date +%s.%N)
-    "$@" >"$work/said" 2>&1 || { cat "$work/said" >&2; exit 1; }
-    echo "$(date +%s.%N) $begin" | awk '{ printf "%.3f", $1 - $2 }'
+    local TIMEFORMAT='%U %S'
+    { time "$@" >"$work/said" 2>&1 || { cat "$work/said" >&2; exit 1; }; } 2>&1 | awk '{ printf "%.3f", $1 + $2 }'
 }
 
 config=$root/examples/full_screen_hud.json
@@ -38,7 +37,7 @@ limit=$(echo "$demux $decode" | awk '{ printf "%.3f", 2 * $1 + $2 }')
     echo "Machine: $(LC_ALL=C lscpu | sed -n 's/^Model name: *//p'), $(nproc) processors, load $load before the run,"
     echo "$(. /etc/os-release && echo "$PRETTY_NAME"), $(c++ --version | head -n 1)."
     echo "Command: \`benchmarks/run_seek.sh BUILD_DIR\`. A transport stream of $(($(stat -c %s "$hour") / 1000000)) MB;"
-    echo "the run of median length out of three, in seconds of real time."
+    echo "the median of three runs, processor time of all threads."
     echo
     echo "| what | s |"
     echo "| --- | ---: |"

@@ -39,6 +39,8 @@ bool writeRgb(AVFrame const& rgb, std::FILE* file)
     image.width = static_cast<png_uint_32>(rgb.width);
     image.height = static_cast<png_uint_32>(rgb.height);
     image.format = PNG_FORMAT_RGB;
+    // A third of the time for a file a little larger: compressing would cost as much as decoding half a second.
+    image.flags = PNG_IMAGE_FLAG_FAST;
     return png_image_write_to_stdio(&image, file, 0, rgb.data[0], rgb.linesize[0], nullptr) != 0 &&
            std::fflush(file) == 0;
 }
