@@ -164,7 +164,7 @@ TEST_F(DemoFlight, BurntTwiceGivesTheSamePictures)
     ASSERT_EQ(a.size(), 300U);
     ASSERT_EQ(b.size(), 300U);
     for (std::size_t number = 0; number < a.size(); ++number) {
-        EXPECT_TRUE(e2e::samePicture(*a[number], *b[number])) << "frame " << number;
+        EXPECT_TRUE(clip_test::samePicture(*a[number], *b[number])) << "frame " << number;
     }
 }
 
