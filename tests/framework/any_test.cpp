@@ -257,6 +257,23 @@ TEST(SwAny, TheFrameworksOwnTypesKeepItsOperations)
     EXPECT_NE(first->clear, second->clear);
 }
 
+TEST(SwAny, OneOtherOperationMakesOtherOperations)
+{
+    SwAny::TypeOps const usual = SwAny::opsOf<int>();
+    SwAny::TypeOps const other = SwAny::opsOf<double>();
+    std::vector<SwAny::TypeOps> variants(5, usual);
+    variants[0].construct = other.construct;
+    variants[1].copy = other.copy;
+    variants[2].move = [](void*&, void*&) {};
+    variants[3].clear = other.clear;
+    variants[4].data = [](void*) -> void* { return nullptr; };
+    for (std::size_t i = 0; i < variants.size(); ++i) {
+        std::string const name = "a type with operation " + std::to_string(i) + " exchanged";
+        SwAny::TypeOps const* const first = SwAny::storeOps(name, usual);
+        EXPECT_NE(SwAny::storeOps(name, variants[i]), first) << i;
+    }
+}
+
 TEST(SwAny, ConvertToTheSameTypeIsACopy)
 {
     SwAny const any(SwString("x"));

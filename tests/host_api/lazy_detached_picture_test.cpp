@@ -191,6 +191,18 @@ TEST(LazyPicture, ResetDropsTheCopy)
     EXPECT_EQ(picture.readablePicShared(), next);
 }
 
+TEST(LazyPicture, ResetTakesNamespaceAndIdForTheCloner)
+{
+    LazyDetachedPicture picture("/a", 1, somePicture(), nullptr, {});
+    std::string asked;
+    picture.reset("/b", 2, somePicture(), nullptr, [&asked](std::string const& sourceNamespace, std::uint64_t id) {
+        asked = sourceNamespace + " " + std::to_string(id);
+        return std::make_shared<ZelvoPicture>(16U, 8U);
+    });
+    picture.ensureWritablePicShared();
+    EXPECT_EQ(asked, "/b 2");
+}
+
 TEST(LazyPicture, ResetLetsGoWithoutTheLock)
 {
     LazyDetachedPicture picture;

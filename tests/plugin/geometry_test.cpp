@@ -77,3 +77,15 @@ TEST(Geometry, AnchorOfOddPicture)
     EXPECT_EQ(anchorPx(1080.0F, 1.0F), 1080);
     EXPECT_EQ(anchorPx(0.0F, 0.5F), 0);
 }
+
+TEST(Geometry, AnchorDropsTheFraction)
+{
+    EXPECT_EQ(anchorPx(870.0F, 0.01F), 8);
+}
+
+TEST(Geometry, AnchorIsComputedInSinglePrecision)
+{
+    // In double precision the products stay just below 5 and 9.
+    EXPECT_EQ(anchorPx(1000.0F, 0.005F), 6);
+    EXPECT_EQ(anchorPx(1000.0F, 0.009F), 10);
+}

@@ -386,6 +386,14 @@ TEST_F(Render, TextIsExpandedAgainAfterNFrames)
     EXPECT_EQ(drawnTexts(25, R"({"v":25})"), drawn("25"));
 }
 
+TEST_F(Render, WithTwoTextIsExpandedOnEveryOtherFrame)
+{
+    plugin_.setConfig(R"({"overlay":[{"formatString":"%v","updateEveryNFrames":2}]})");
+    EXPECT_EQ(drawnTexts(10, R"({"v":10})"), drawn("10"));
+    EXPECT_EQ(drawnTexts(11, R"({"v":11})"), drawn("10"));
+    EXPECT_EQ(drawnTexts(12, R"({"v":12})"), drawn("12"));
+}
+
 TEST_F(Render, WithOneOrLessTextIsExpandedOnEveryFrame)
 {
     for (char const* n : {"0", "1", "-3"}) {
