@@ -1,4 +1,4 @@
-// See painter_report.h.
+// From the times of single frames to tables and plot.
 #include "painter_report.h"
 
 #include <png.h>

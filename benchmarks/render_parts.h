@@ -1,4 +1,4 @@
-// Benchmarks of the parts of a frame; see render_parts.cpp.
+// Benchmarks of the parts of a frame: expansion, conditions, one number, one date.
 #pragma once
 
 #include "ratio_table.h"

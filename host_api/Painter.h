@@ -1,4 +1,5 @@
-// The host's drawing facility. Implemented by the imaging library; see Picture.h.
+// The host's drawing facility: pen, measuring, boxes and text on a mapped NV12 picture. The imaging library implements
+// it.
 #pragma once
 
 #include "Picture.h"

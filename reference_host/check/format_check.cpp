@@ -1,9 +1,9 @@
 // Formats of single keys: each member by its own rule, the two bounds together, the conversions of dates.
 #include "check/format_check.h"
 
-#include "check/number_text.h"
 #include "check/reading_rules.h"
 #include "check/written_config.h"
+#include "sw_number_text.h"
 
 #include <algorithm>
 #include <limits>
@@ -74,7 +74,7 @@ void checkBound(Member const& bound, Findings& findings)
         findings.push_back({bound.place, shown(bound.written) + (isOutOfRange ? " is out of range" : " is no number") +
                                              " and is ignored: there is no bound"});
     } else if (literalNumber(bound.written) != held) {
-        findings.push_back({bound.place, shown(bound.written) + " becomes " + numberText(*held)});
+        findings.push_back({bound.place, shown(bound.written) + " becomes " + sw_text::numberText(*held)});
     }
 }
 
@@ -99,8 +99,8 @@ void checkBounds(Member const& format, Findings& findings)
         }
     }
     if (least && most && *least > *most) {
-        findings.push_back({format.place, "\"minValue\" " + numberText(*least) + " is above \"maxValue\" " +
-                                              numberText(*most) + ": every value is out of range"});
+        findings.push_back({format.place, "\"minValue\" " + sw_text::numberText(*least) + " is above \"maxValue\" " +
+                                              sw_text::numberText(*most) + ": every value is out of range"});
     }
 }
 

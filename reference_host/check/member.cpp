@@ -1,11 +1,11 @@
 // Comparing one member with what its record holds, and the sentences about it.
 #include "check/member.h"
 
-#include "check/number_text.h"
 #include "check/reading_rules.h"
 #include "check/suggestion.h"
 #include "check/written_config.h"
 
+#include "sw_number_text.h"
 #include "sw_numbers.h"
 
 #include <algorithm>
@@ -27,8 +27,8 @@ void add(Member const& member, std::string const& says, Findings& findings)
 void addNumber(Member const& member, double held, double least, double most, Findings& findings)
 {
     add(member,
-        (isNumber(member.read) ? " becomes " : " is no number and becomes ") + numberText(held) +
-            " (allowed: " + numberText(least) + " to " + numberText(most) + ")",
+        (isNumber(member.read) ? " becomes " : " is no number and becomes ") + sw_text::numberText(held) +
+            " (allowed: " + sw_text::numberText(least) + " to " + sw_text::numberText(most) + ")",
         findings);
 }
 

@@ -1,6 +1,8 @@
 // Reading of times for --at, --from and --to.
 #include "cli/clip_time.h"
 
+#include "sw_text.h"
+
 #include "cli/messages.h"
 
 #include <algorithm>
@@ -38,9 +40,8 @@ std::optional<double> numberOf(std::string const& text)
 /// A part of a time with colons: digits, with a fraction only in the last part.
 std::optional<double> partOf(std::string const& text, bool last)
 {
-    auto const isDigit = [](char c) { return c >= '0' && c <= '9'; };
     std::string const whole = text.substr(0, text.find('.'));
-    if (whole.empty() || !std::all_of(whole.begin(), whole.end(), isDigit) || (!last && whole != text)) {
+    if (whole.empty() || !std::all_of(whole.begin(), whole.end(), sw_detail::isDigit) || (!last && whole != text)) {
         return std::nullopt;
     }
     return numberOf(text);

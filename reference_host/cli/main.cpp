@@ -2,7 +2,6 @@
 // code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 130 after Ctrl-C,
 // 143 after SIGTERM).
 #include "SwAny.h"
-#include "check/number_text.h"
 #include "cli/clip_time.h"
 #include "cli/commands.h"
 #include "cli/messages.h"
@@ -10,6 +9,7 @@
 #include "media/encoder.h"
 #include "media/ffmpeg_types.h"
 #include "media/interrupt.h"
+#include "sw_number_text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -70,8 +70,8 @@ std::int64_t parseBitRate(std::string const& text)
 void requireWithin(char const* option, double value, double least, double most)
 {
     if (!(value >= least && value <= most)) {
-        throw WrongUsage(std::string(option) + ": give a number from " + check::numberText(least) + " to " +
-                         check::numberText(most));
+        throw WrongUsage(std::string(option) + ": give a number from " + sw_text::numberText(least) + " to " +
+                         sw_text::numberText(most));
     }
 }
 
@@ -101,7 +101,7 @@ CLI::Validator within(double least, double most)
     auto const fault = [least, most](std::string const& text) {
         double value = 0.0;
         bool const inside = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
-        return inside ? "" : "give a number from " + check::numberText(least) + " to " + check::numberText(most);
+        return inside ? "" : "give a number from " + sw_text::numberText(least) + " to " + sw_text::numberText(most);
     };
     return {fault, ""};
 }

@@ -2,11 +2,10 @@
 #include "cli/messages.h"
 
 #include "media/interrupt.h"
+#include "sw_number_text.h"
 
 #include <algorithm>
-#include <array>
 #include <csignal>
-#include <cstdio>
 #include <iostream>
 
 namespace cli {
@@ -21,9 +20,7 @@ void refuseWhenTerminated(std::string const& output)
 void noteWhenInterrupted(std::string const& output, double seconds)
 {
     if (media::interrupted()) {
-        std::array<char, 64> text{};
-        std::snprintf(text.data(), text.size(), "%.3f s", seconds);
-        note(output + ": interrupted; the file was finished up to " + text.data());
+        note(output + ": interrupted; the file was finished up to " + sw_text::secondsText(seconds));
     }
 }
 

@@ -2,10 +2,9 @@
 #include "clip/clip_seek.h"
 
 #include "media/interrupt.h"
+#include "sw_number_text.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <stdexcept>
@@ -14,13 +13,7 @@ namespace clip {
 namespace {
 
 using frame::kSameMoment;
-
-std::string secondsText(double seconds)
-{
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.3f s", seconds);
-    return text.data();
-}
+using sw_text::secondsText;
 
 /// Passes over the frames before the wanted one, which peek() then shows. When the clip ends before it, gives the
 /// clip's length in seconds.

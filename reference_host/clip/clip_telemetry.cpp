@@ -1,15 +1,14 @@
 // Telemetry decoding per stream and the remarks about it; used by every command that reads a clip.
 #include "clip/clip_telemetry.h"
 
+#include "sw_number_text.h"
+
 #include <span>
 
 namespace clip {
 namespace {
 
-std::string counted(std::uint64_t count, std::string const& one, std::string const& many)
-{
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
+using sw_text::counted;
 
 std::string whyNothing(TelemetrySummary const& summary)
 {

@@ -1,12 +1,16 @@
 // Times for telemetry that comes without a clip of its own.
 #include "clip/telemetry_placement.h"
 
+#include "sw_number_text.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 namespace clip {
 namespace {
+
+using sw_text::counted;
 
 constexpr char const* kStampKey = "utc_timestamp_us";
 
@@ -28,11 +32,6 @@ Stamps stampsOf(std::vector<telemetry::Packet> const& packets)
         stamps.push_back(usable ? std::optional(stamp.toInt()) : std::nullopt);
     }
     return stamps;
-}
-
-std::string counted(std::size_t count, char const* one, char const* many)
-{
-    return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
 /// Gives stamped packets their places one after the other.

@@ -1,6 +1,6 @@
 // What stands in a file, before anything is made of it.
-#include "check/number_text.h"
 #include "check/written_config.h"
+#include "sw_number_text.h"
 
 #include <gtest/gtest.h>
 
@@ -107,13 +107,13 @@ TEST(WrittenConfig, ShowsOneLineThatIsNotTooLong)
 
 TEST(NumberText, HasTheDigitsThatReadBack)
 {
-    EXPECT_EQ(check::numberText(1.5), "1.5");
-    EXPECT_EQ(check::numberText(600000.0), "600000");
-    EXPECT_EQ(check::numberText(1e22), "1e+22");
-    EXPECT_EQ(check::numberText(0.1), "0.1");
-    EXPECT_EQ(check::numberText(static_cast<double>(0.1F)), "0.10000000149011612");
-    EXPECT_EQ(check::numberText(1.0 / 3.0), "0.3333333333333333");
-    EXPECT_EQ(check::numberText(-2147483648.0), "-2147483648");
+    EXPECT_EQ(sw_text::numberText(1.5), "1.5");
+    EXPECT_EQ(sw_text::numberText(600000.0), "600000");
+    EXPECT_EQ(sw_text::numberText(1e22), "1e+22");
+    EXPECT_EQ(sw_text::numberText(0.1), "0.1");
+    EXPECT_EQ(sw_text::numberText(static_cast<double>(0.1F)), "0.10000000149011612");
+    EXPECT_EQ(sw_text::numberText(1.0 / 3.0), "0.3333333333333333");
+    EXPECT_EQ(sw_text::numberText(-2147483648.0), "-2147483648");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // Numbers as messages show them.
-#include "check/number_text.h"
+#include "sw_number_text.h"
 
 #include "comma_locale.h"
 
@@ -20,7 +20,7 @@ class NumberText : public testing::TestWithParam<Row> {};
 
 TEST_P(NumberText, IsAsPeopleWriteIt)
 {
-    EXPECT_EQ(check::numberText(GetParam().number), GetParam().text);
+    EXPECT_EQ(sw_text::numberText(GetParam().number), GetParam().text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, NumberText,
@@ -42,7 +42,23 @@ INSTANTIATE_TEST_SUITE_P(Rows, NumberText,
 TEST(NumberText, KnowsNoLanguage)
 {
     CommaCLocale const german;
-    EXPECT_EQ(check::numberText(1.5), "1.5");
+    EXPECT_EQ(sw_text::numberText(1.5), "1.5");
+    EXPECT_EQ(sw_text::secondsText(9.8), "9.800 s");
+}
+
+TEST(SecondsText, EndsAtTheMillisecond)
+{
+    EXPECT_EQ(sw_text::secondsText(0.0), "0.000 s");
+    EXPECT_EQ(sw_text::secondsText(9.8), "9.800 s");
+    EXPECT_EQ(sw_text::secondsText(3600.0004), "3600.000 s");
+    EXPECT_EQ(sw_text::secondsText(0.9996), "1.000 s");
+}
+
+TEST(Counted, HasOneAndMany)
+{
+    EXPECT_EQ(sw_text::counted(0, "packet", "packets"), "0 packets");
+    EXPECT_EQ(sw_text::counted(1, "packet", "packets"), "1 packet");
+    EXPECT_EQ(sw_text::counted(18446744073709551615U, "packet", "packets"), "18446744073709551615 packets");
 }
 
 }  // namespace

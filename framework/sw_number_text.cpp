@@ -1,11 +1,13 @@
-// Numbers in messages of the check and of the command line.
-#include "check/number_text.h"
+// Numbers in messages: never in the locale of the process.
+#include "sw_number_text.h"
+
+#include "sw_fixed_number.h"
 
 #include <array>
 #include <charconv>
 #include <limits>
 
-namespace check {
+namespace sw_text {
 
 std::string numberText(double number)
 {
@@ -25,4 +27,17 @@ std::string numberText(double number)
     return {begin, end};
 }
 
-}  // namespace check
+std::string secondsText(double seconds)
+{
+    constexpr int kMilliseconds = 3;
+    std::string text;
+    sw_detail::appendFixed(text, seconds, kMilliseconds);
+    return text + " s";
+}
+
+std::string counted(std::uint64_t count, std::string_view one, std::string_view many)
+{
+    return std::to_string(count).append(" ").append(count == 1 ? one : many);
+}
+
+}  // namespace sw_text
