@@ -190,6 +190,7 @@ TEST(SwAnyConversion, Row19And20Float)
 {
     EXPECT_EQ(converted<float>(SwString("0.1")), 0.1F);
     EXPECT_EQ(converted<float>(SwString("1e39")), std::numeric_limits<float>::infinity());
+    EXPECT_EQ(converted<float>(SwString("-1e39")), -std::numeric_limits<float>::infinity());
     EXPECT_EQ(converted<float>(SwString("3.4028235677973366e38")), std::numeric_limits<float>::infinity());
     EXPECT_EQ(converted<float>(SwString("3.4028235677973362e38")), std::numeric_limits<float>::max());
     EXPECT_EQ(standardErrorOf([] { EXPECT_EQ(converted<float>(SwString(" x ")), 0.0F); }),

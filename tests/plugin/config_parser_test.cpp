@@ -197,6 +197,7 @@ TEST(ConfigParser, TrimTrailingZeros)
         {"zero double", R"({"trimTrailingZeros":0.0})", "trimTrailingZeros=false"},
         {"negative zero", R"({"trimTrailingZeros":-0.0})", "trimTrailingZeros=false"},
         {"small double", R"({"trimTrailingZeros":0.001})", ""},
+        {"negative double", R"({"trimTrailingZeros":-0.5})", ""},
         {"text that is a literal", R"({"trimTrailingZeros":"true"})", ""},
         {"text false", R"({"trimTrailingZeros":"false"})", "trimTrailingZeros=false"},
         {"text in capitals", R"({"trimTrailingZeros":"TRUE"})", "trimTrailingZeros=false"},
