@@ -18,29 +18,19 @@
 #include "SwString.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
-namespace sw_detail {
-struct JsonDocumentMemory;
-}  // namespace sw_detail
-
 /// A document: root value, reader and writer.
 class SwJsonDocument {
 public:
-    SwJsonDocument() noexcept;
-    explicit SwJsonDocument(SwJsonValue root);
-    SwJsonDocument(SwJsonDocument const& other);
-    SwJsonDocument(SwJsonDocument&& other) noexcept;
-    SwJsonDocument& operator=(SwJsonDocument const& other);
-    SwJsonDocument& operator=(SwJsonDocument&& other) noexcept;
-    ~SwJsonDocument();
+    SwJsonDocument() noexcept = default;
+    explicit SwJsonDocument(SwJsonValue root) noexcept : root_(std::move(root)) {}
 
     SwJsonValue const& root() const noexcept { return root_; }
     /// Gives the root away; the document's own root is Null afterwards.
-    SwJsonValue takeRoot();
+    SwJsonValue takeRoot() noexcept { return std::move(root_); }
     bool isNull() const noexcept { return root_.isNull(); }
     bool isObject() const noexcept { return root_.isObject(); }
     bool isArray() const noexcept { return root_.isArray(); }
@@ -54,16 +44,16 @@ public:
 
     /// Reads one value from byte `cursor` on, leading white space skipped, and leaves the cursor after
     /// it. An error leaves the cursor at or near the problem and gives Null. With a non-empty key
-    /// string values and bare tokens are decrypted.
+    /// string values and bare tokens are decrypted. With an error that is there already it does nothing.
     static SwJsonValue parseJson(SwString const& text, std::size_t& cursor, SwString const& key, SwString& error);
 
     /// Reads a string whose opening quote is at `cursor`; on an error gives "".
     static std::string parseString(SwString const& text, std::size_t& cursor, SwString& error);
 
     /// Decodes one escape whose first hex digit (just after \u) is at `cursor`, with its low-surrogate
-    /// partner, and appends its UTF-8 form to `out`. Returns false after recording an error.
-    static bool parseUnicodeEscapeSequence(SwString const& text, std::size_t& cursor, std::string& out,
-                                           SwString& error);
+    /// partner, and appends its UTF-8 form to `out`. There is no error to report to: what is wrong is returned
+    /// ("" when nothing is), `out` is then as before, and the cursor stands where reportError wants it reported.
+    static std::string_view parseUnicodeEscapeSequence(SwString const& text, std::size_t& cursor, std::string& out);
 
     /// Records the first error: message, " (index N) near \"", up to 20 bytes on either side, and "\"".
     /// A later error changes nothing.
@@ -72,7 +62,8 @@ public:
     /// Appends the text of `value` to `out`: compact, or indented by two spaces a level. Whole doubles
     /// are written as integers (saturating), others fixed with six digits. With a key, scalars become
     /// bare cipher text and strings quoted cipher text; null stays in clear. What
-    /// cannot be encrypted is left out, with a line on standard error. A level below 0 counts as 0.
+    /// cannot be encrypted is left out, with a line on standard error. A level below 0 counts as 0. Numbers
+    /// have a point whatever locale is set. When memory runs out, `out` is as before.
     static void generateJson(SwJsonValue const& value, SwString& out, bool pretty, int level, SwString const& key);
 
     /// The root's text; see generateJson.
@@ -80,6 +71,4 @@ public:
 
 private:
     SwJsonValue root_;
-    /// Of a large document that was read: while nobody could change the tree, it goes as a whole.
-    std::unique_ptr<sw_detail::JsonDocumentMemory> memory_;
 };

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "SwJsonValue.h"
+#include "SwJsonMemory.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
 /// Growable sequence of values.
 class SwJsonArray {
@@ -15,14 +18,9 @@ public:
     using iterator = SwJsonValue*;
 
     SwJsonArray() noexcept = default;
-    SwJsonArray(std::initializer_list<SwJsonValue> items);
-    SwJsonArray(SwJsonArray const& other);
-    SwJsonArray(SwJsonArray&& other) noexcept
-        : items_(std::exchange(other.items_, nullptr))
-        , size_(std::exchange(other.size_, 0))
-        , capacity_(std::exchange(other.capacity_, 0))
-    {
-    }
+    SwJsonArray(std::initializer_list<SwJsonValue> items) : items_(items) {}
+    SwJsonArray(SwJsonArray const& other) = default;
+    SwJsonArray(SwJsonArray&& other) noexcept = default;
     SwJsonArray& operator=(SwJsonArray const& other) { return *this = SwJsonArray(other); }
     SwJsonArray& operator=(SwJsonArray&& other) noexcept
     {
@@ -31,37 +29,31 @@ public:
         swap(taken);
         return *this;
     }
-    ~SwJsonArray();
-    void swap(SwJsonArray& other) noexcept
-    {
-        std::swap(items_, other.items_);
-        std::swap(size_, other.size_);
-        std::swap(capacity_, other.capacity_);
-    }
+    ~SwJsonArray() = default;
+    void swap(SwJsonArray& other) noexcept { items_.swap(other.items_); }
 
-    void append(SwJsonValue value);
-    std::size_t size() const noexcept { return size_; }
-    bool empty() const noexcept { return size_ == 0; }
-    bool isEmpty() const noexcept { return size_ == 0; }
+    void append(SwJsonValue value) { items_.push_back(std::move(value)); }
+    void reserve(std::size_t size) { items_.reserve(size); }
+    std::size_t size() const noexcept { return items_.size(); }
+    bool empty() const noexcept { return items_.empty(); }
+    bool isEmpty() const noexcept { return items_.empty(); }
     /// The item at `index`, which must be below size().
     SwJsonValue const& operator[](std::size_t index) const { return items_[index]; }
     SwJsonValue& operator[](std::size_t index) { return items_[index]; }
-    void clear() noexcept;
+    void clear() noexcept { items_.clear(); }
 
-    const_iterator begin() const noexcept { return items_; }
-    const_iterator end() const noexcept { return items_ + size_; }
-    iterator begin() noexcept { return items_; }
-    iterator end() noexcept { return items_ + size_; }
+    const_iterator begin() const noexcept { return items_.data(); }
+    const_iterator end() const noexcept { return items_.data() + items_.size(); }
+    iterator begin() noexcept { return items_.data(); }
+    iterator end() noexcept { return items_.data() + items_.size(); }
 
-    friend bool operator==(SwJsonArray const& a, SwJsonArray const& b);
+    friend bool operator==(SwJsonArray const& a, SwJsonArray const& b) { return a.items_ == b.items_; }
     friend bool operator!=(SwJsonArray const& a, SwJsonArray const& b) { return !(a == b); }
 
 private:
     friend class SwJsonTree;
 
-    void moveTo_(std::size_t capacity);
+    using Items = std::vector<SwJsonValue, sw_detail::JsonAllocator<SwJsonValue>>;
 
-    SwJsonValue* items_ = nullptr;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 0;
+    Items items_;
 };

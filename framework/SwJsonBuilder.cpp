@@ -10,16 +10,12 @@ namespace sw_detail {
 
 namespace {
 
-/// Room for the records of one telemetry payload.
-constexpr std::size_t kFirstRecords = 64;
+/// Room for one telemetry payload.
+constexpr std::size_t kFirstMembers = 64;
 constexpr std::size_t kFirstLevels = 8;
 
-/// From this size on a text is read into chunks of its own. Smaller ones take single blocks, so that what
-/// outlives a frame does not hold on to a chunk.
-constexpr std::size_t kLargeText = std::size_t{16} * 1024;
-
 /// From so many members on their order is worth remembering.
-constexpr std::size_t kFirstRemembered = 8;
+constexpr std::size_t kFirstRemembered = 16;
 
 /// How the members of an object last sorted by this thread had to be placed. A source of telemetry sends the same
 /// names in the same order again and again: then there is nothing to sort.
@@ -29,160 +25,134 @@ struct LastOrder {
 };
 constinit thread_local LastOrder lastOrder;
 
+/// The first eight bytes of a name as a number, the first on top, so that numbers compare as the names do.
+std::uint64_t prefixOf(std::string_view name)
+{
+    std::uint64_t prefix = 0;
+    if (name.size() >= 8) {
+        // Compilers make one load of it.
+        for (std::size_t i = 0; i < 8; ++i) {
+            prefix = prefix << 8U | static_cast<unsigned char>(name[i]);
+        }
+        return prefix;
+    }
+    for (char const byte : name) {
+        prefix = prefix << 8U | static_cast<unsigned char>(byte);
+    }
+    return name.empty() ? 0 : prefix << (64U - 8U * name.size());
+}
+
 }  // namespace
 
-JsonBuilder::JsonBuilder(std::size_t textBytes)
+JsonBuilder::JsonBuilder()
     : room_(firstRoom_.data(), firstRoom_.size())
-    , isLarge_(textBytes >= kLargeText)
-    , records_(room_, kFirstRecords)
-    , levels_(room_, kFirstLevels)
-    , ranks_(room_, kFirstRecords)
-    , finished_(&room_)
+    , waiting_(&room_)
+    , open_(&room_)
+    , ranks_(&room_)
+    , made_(&room_)
 {
-    finished_.reserve(kFirstLevels);
+    waiting_.reserve(kFirstMembers);
+    open_.reserve(kFirstLevels);
+    ranks_.reserve(kFirstMembers);
+    made_.reserve(kFirstLevels);
 }
 
-std::string_view JsonBuilder::keep(std::string_view bytes)
+/// Calls `make` with what the value is to be made from.
+template <typename Make>
+inline void JsonBuilder::makeValue_(Waiting const& waiting, Make const& make)
 {
-    char* const kept = static_cast<char*>(room_.allocate(bytes.size(), 1));
-    bytes.copy(kept, bytes.size());
-    return {kept, bytes.size()};
-}
-
-void JsonBuilder::close()
-{
-    Level const level = levels_.top();
-    levels_.shrink(levels_.size() - 1);
-    Record const* const first = records_.begin() + level.firstRecord;
-    std::shared_ptr<void> made =
-        level.isObject ? makeObject_(first, records_.end()) : makeArray_(first, records_.end());
-    records_.shrink(level.firstRecord);
-    // What is left of these are members that a later one of their name replaced.
-    finished_.resize(level.firstFinished);
-    name_ = level.name;
-    record_(level.isObject ? SwJsonValue::Object : SwJsonValue::Array).size = finished_.size();
-    finished_.push_back(std::move(made));
-}
-
-SwJsonValue JsonBuilder::takeRoot()
-{
-    SwJsonValue root;
-    fill_(root, records_.top());
-    return root;
-}
-
-std::unique_ptr<JsonDocumentMemory> JsonBuilder::takeMemory()
-{
-    if (!isLarge_ || !isWhole_) {
-        return nullptr;
-    }
-    return std::make_unique<JsonDocumentMemory>(JsonDocumentMemory{chunks_.takeBlocks(), std::move(owners_)});
-}
-
-/// Makes the waiting value in a Null slot; whether it owns memory.
-inline bool JsonBuilder::fill_(SwJsonValue& slot, Record const& record)
-{
-    bool owns = false;
-    switch (record.type) {
+    switch (waiting.type) {
     case SwJsonValue::Null:
-        return false;
+        return make(nullptr);
     case SwJsonValue::Bool:
-        SwJsonTree::setBool(slot, record.whole != 0);
-        return false;
+        return make(waiting.whole != 0);
     case SwJsonValue::Int:
-        SwJsonTree::setInt(slot, record.whole);
-        return false;
+        return make(waiting.whole);
     case SwJsonValue::Double:
-        SwJsonTree::setDouble(slot, record.real);
-        return false;
+        return make(waiting.real);
     case SwJsonValue::String:
-        owns = record.size > std::string().capacity();
-        if (owns && isLarge_) {
-            owners_.push_back(&slot);
-        }
-        SwJsonTree::setString(slot, {record.text, record.size});
-        return owns;
+        return make(std::string_view(waiting.text, waiting.size));
     case SwJsonValue::Object:
-        SwJsonTree::setObject(slot, std::static_pointer_cast<SwJsonObject>(std::move(finished_[record.size])));
-        return true;
     case SwJsonValue::Array:
-        SwJsonTree::setArray(slot, std::static_pointer_cast<SwJsonArray>(std::move(finished_[record.size])));
-        return true;
+        return make(std::move(made_[static_cast<std::size_t>(waiting.whole)]));
     }
-    return false;
 }
 
-std::shared_ptr<void> JsonBuilder::makeArray_(Record const* first, Record const* end)
+void JsonBuilder::takeRoot(SwJsonValue& root)
 {
-    auto array = std::allocate_shared<SwJsonArray>(JsonAllocator<SwJsonArray>(arena_()));
-    SwJsonTree::resize(*array, static_cast<std::size_t>(end - first), arena_());
-    for (SwJsonValue& item : *array) {
-        fill_(item, *first++);
-    }
-    return array;
+    makeValue_(waiting_.back(), [&root](auto&& value) { root = SwJsonValue(std::forward<decltype(value)>(value)); });
 }
 
-inline bool JsonBuilder::ranksBefore_(Rank const& a, Rank const& b)
+void JsonBuilder::closeObject()
 {
-    return a.prefix != b.prefix ? a.prefix < b.prefix : a.record->name < b.record->name;
+    rankMembers_(waiting_.data() + open_.back().firstWaiting, waiting_.size() - open_.back().firstWaiting);
+    auto object = std::allocate_shared<SwJsonObject>(JsonAllocator<SwJsonObject>());
+    SwJsonTree::reserve(*object, ranks_.size());
+    for (Rank const& rank : ranks_) {
+        makeValue_(*rank.member, [&](auto&& value) {
+            SwJsonTree::append(*object, rank.member->name, std::forward<decltype(value)>(value));
+        });
+    }
+    close_(SwJsonValue(std::move(object)));
+}
+
+void JsonBuilder::closeArray()
+{
+    auto array = std::allocate_shared<SwJsonArray>(JsonAllocator<SwJsonArray>());
+    array->reserve(waiting_.size() - open_.back().firstWaiting);
+    for (std::size_t i = open_.back().firstWaiting; i < waiting_.size(); ++i) {
+        makeValue_(waiting_[i],
+                   [&](auto&& value) { SwJsonTree::append(*array, std::forward<decltype(value)>(value)); });
+    }
+    close_(SwJsonValue(std::move(array)));
+}
+
+/// The container takes the place of what it holds.
+void JsonBuilder::close_(SwJsonValue&& container)
+{
+    Open const& open = open_.back();
+    name_ = open.name;
+    waiting_.erase(waiting_.begin() + static_cast<std::ptrdiff_t>(open.firstWaiting), waiting_.end());
+    // What is left of these are members that a later one of their name replaced.
+    made_.erase(made_.begin() + static_cast<std::ptrdiff_t>(open.firstMade), made_.end());
+    waiting_.emplace_back(name_, container.type()).whole = static_cast<std::int64_t>(made_.size());
+    made_.push_back(std::move(container));
+    open_.pop_back();
 }
 
 /// Puts the members in order, of several with one name only the last.
-void JsonBuilder::rankMembers_(Record const* first, Record const* end)
+void JsonBuilder::rankMembers_(Waiting const* first, std::size_t count)
 {
-    LastOrder const& known = lastOrder;
-    std::uint8_t const* const places =
-        known.count == static_cast<std::size_t>(end - first) ? known.places.data() : nullptr;
-    ranks_.shrink(0);
-    bool inOrder = true;
-    for (std::ptrdiff_t i = 0; i < end - first; ++i) {
-        Record const* const record = first + (places != nullptr ? places[i] : i);
-        Rank const& rank = ranks_.push(SwJsonTree::prefixOf(record->name), record);
-        inOrder = inOrder && (i == 0 || ranksBefore_(*(&rank - 1), rank));
+    LastOrder const& last = lastOrder;
+    std::uint8_t const* const places = last.count == count ? last.places.data() : nullptr;
+    ranks_.clear();
+    bool isInOrder = true;
+    for (std::size_t i = 0; i < count; ++i) {
+        Waiting const* const member = first + (places != nullptr ? places[i] : i);
+        ranks_.push_back({prefixOf(member->name), member});
+        isInOrder = isInOrder && (i == 0 || ranks_[i - 1].isBefore(ranks_[i]));
     }
-    if (!inOrder) {
+    if (!isInOrder) {
         sortRanks_(first);
     }
 }
 
-void JsonBuilder::sortRanks_(Record const* first)
+void JsonBuilder::sortRanks_(Waiting const* first)
 {
-    std::sort(ranks_.begin(), ranks_.end(), [](Rank const& a, Rank const& b) {
-        return ranksBefore_(a, b) || (!ranksBefore_(b, a) && a.record > b.record);
-    });
-    auto const isSame = [](Rank const& a, Rank const& b) { return !ranksBefore_(a, b); };
-    Rank const* const firstRepeated = std::unique(ranks_.begin(), ranks_.end(), isSame);
+    std::sort(ranks_.begin(), ranks_.end(),
+              [](Rank const& a, Rank const& b) { return a.isBefore(b) || (!b.isBefore(a) && a.member > b.member); });
+    auto const isSame = [](Rank const& a, Rank const& b) { return !a.isBefore(b); };
+    auto const firstRepeated = std::unique(ranks_.begin(), ranks_.end(), isSame);
     if (firstRepeated != ranks_.end()) {
-        isWhole_ = false;
-        ranks_.shrink(static_cast<std::size_t>(firstRepeated - ranks_.begin()));
+        ranks_.erase(firstRepeated, ranks_.end());
         return;
     }
     LastOrder& last = lastOrder;
     if (ranks_.size() >= kFirstRemembered && ranks_.size() <= last.places.size()) {
         last.count = ranks_.size();
         std::transform(ranks_.begin(), ranks_.end(), last.places.begin(),
-                       [first](Rank const& rank) { return static_cast<std::uint8_t>(rank.record - first); });
+                       [first](Rank const& rank) { return static_cast<std::uint8_t>(rank.member - first); });
     }
-}
-
-std::shared_ptr<void> JsonBuilder::makeObject_(Record const* first, Record const* end)
-{
-    rankMembers_(first, end);
-    std::size_t nameBytes = 0;
-    for (Rank const& rank : ranks_) {
-        nameBytes += rank.record->name.size();
-    }
-    auto object = std::allocate_shared<SwJsonObject>(JsonAllocator<SwJsonObject>(arena_()));
-    if (ranks_.empty()) {
-        return object;
-    }
-    SwJsonTree::MemberFiller filler(*object, ranks_.size(), nameBytes, arena_());
-    for (Rank const& rank : ranks_) {
-        if (fill_(filler.append(rank.prefix, rank.record->name), *rank.record)) {
-            filler.lastOwns();
-        }
-    }
-    return object;
 }
 
 }  // namespace sw_detail

@@ -4,7 +4,6 @@
 #include "SwJson.h"
 #include "sw_diagnostic.h"
 #include "sw_json_builder.h"
-#include "sw_json_number.h"
 #include "sw_json_scan.h"
 #include "sw_numbers.h"
 
@@ -18,11 +17,14 @@ using sw_detail::isDigit;
 using sw_detail::isLetter;
 using sw_detail::isSpace;
 using sw_detail::JsonBuilder;
+using sw_detail::JsonProblem;
+using sw_detail::readShortDouble;
+using sw_detail::scanDigits;
 using sw_detail::skipSpace;
 
 namespace {
 
-/// What an all-literal or all-number text is: nothing, digits only, or digits around one point.
+/// What a text of digits is: digits only, or digits around one point.
 enum class NumericForm { None, Integer, Decimal };
 
 NumericForm numericForm(std::string_view text)
@@ -58,13 +60,6 @@ bool addLiteral(JsonBuilder& tree, std::string_view text)
     return false;
 }
 
-/// Whether the text begins as a literal or number does: most do not.
-bool mayBeCoerced(std::string_view text)
-{
-    char const first = text.empty() ? '\0' : text.front();
-    return isDigit(first) || first == '-' || first == '.' || first == 't' || first == 'f' || first == 'n';
-}
-
 /// A string value takes the kind that its text looks like: configurations write numbers and switches as
 /// strings. The bytes of `text` stay.
 void addCoerced(JsonBuilder& tree, std::string_view text)
@@ -91,20 +86,16 @@ void addCoerced(JsonBuilder& tree, std::string_view text)
     }
 }
 
-/// The whole of a decrypted text as a base-10 integer, as strtoll reads it.
+/// The whole of a decrypted text as a base-10 integer.
 bool wholeInteger(std::string const& text, std::int64_t& number)
 {
-    char const* const end = text.c_str() + text.size();
-    char const* at = skipSpace(text.c_str(), end);
-    // A plus sign is the one thing that strtoll accepts and from_chars does not.
-    if (*at == '+' && isDigit(at[1])) {
-        ++at;
-    }
-    std::from_chars_result const read = std::from_chars(at, end, number);
-    return read.ec == std::errc() && read.ptr == end;
+    char* stop = nullptr;
+    errno = 0;
+    number = std::strtoll(text.c_str(), &stop, 10);
+    return stop == text.c_str() + text.size() && errno == 0;
 }
 
-/// The whole of a decrypted text as a double, as strtod reads it in the "C" locale.
+/// The whole of a decrypted text as a double, in the "C" locale.
 bool wholeDouble(std::string const& text, double& number)
 {
     char* stop = nullptr;
@@ -113,7 +104,7 @@ bool wholeDouble(std::string const& text, double& number)
     return stop == text.c_str() + text.size() && errno == 0;
 }
 
-/// A decrypted bare token takes the kind of the scalar that was written.
+/// A decrypted bare token takes the kind of the scalar that was written. The bytes of `plain` stay.
 void addDecryptedScalar(JsonBuilder& tree, std::string const& plain)
 {
     if (addLiteral(tree, plain)) {
@@ -127,155 +118,134 @@ void addDecryptedScalar(JsonBuilder& tree, std::string const& plain)
     } else if (isReal && wholeDouble(plain, real)) {
         tree.addDouble(real);
     } else {
-        tree.addString(tree.keep(plain));
+        tree.addString(plain);
     }
 }
 
-/// One reading of one value: the open containers and the first problem. Each step takes the cursor and gives the
-/// new one, null after a problem; so it stays in a register of the processor.
+/// One reading of one value. Each step takes the cursor and gives the new one, null after a problem.
 class Reader {
 public:
-    Reader(SwString const& text, SwString const& key)
+    Reader(std::string const& text, SwString const& key)
         : begin_(text.c_str())
-        , end_(begin_ + text.toStdString().size())
+        , end_(begin_ + text.size())
         , key_(key)
         , hasKey_(!key.isEmpty())
-        , tree_(text.toStdString().size())
     {
     }
 
-    /// Reads the value at `cursor` into `root` and moves the cursor behind it, or to where reading stopped;
-    /// false when there is a problem.
+    /// Reads the value at `cursor` into `root` and moves the cursor behind it, or to the problem; false then.
     bool read(std::size_t& cursor, SwJsonValue& root)
     {
-        char const* const stop = readAll_(begin_ + std::min(cursor, size_()));
-        cursor = static_cast<std::size_t>((stop != nullptr ? stop : stopped_) - begin_);
-        if (stop == nullptr) {
-            return false;
+        char const* at = begin_ + std::min(cursor, static_cast<std::size_t>(end_ - begin_));
+        at = readTree_(at);
+        cursor = static_cast<std::size_t>((at != nullptr ? at : problem_.at) - begin_);
+        if (at != nullptr) {
+            tree_.takeRoot(root);
         }
-        root = tree_.takeRoot();
-        return true;
+        return at != nullptr;
     }
-
-    /// What the root owns; see JsonBuilder.
-    std::unique_ptr<sw_detail::JsonDocumentMemory> takeMemory() { return tree_.takeMemory(); }
-    std::size_t problemIndex() const { return static_cast<std::size_t>(problem_.at - begin_); }
-    std::string_view problemMessage() const { return problem_.message; }
+    std::string_view problem() const { return problem_.message; }
 
 private:
-    std::size_t size_() const { return static_cast<std::size_t>(end_ - begin_); }
-
-    char const* fail_(char const* at, std::string_view message)
+    /// One value with all that is in it.
+    char const* readTree_(char const* at)
     {
-        problem_ = {at, message};
-        return stopAt_(at);
-    }
-    /// The problem is noted already.
-    char const* stopAt_(char const* at)
-    {
-        stopped_ = at;
-        return nullptr;
+        at = readValue_(at);
+        while (at != nullptr && tree_.isOpen()) {
+            at = tree_.isInObject() ? readMember_(at) : readElement_(at);
+        }
+        return at;
     }
 
-    char const* readAll_(char const* at)
+    /// A scalar, or the bracket that opens a container.
+    char const* readValue_(char const* at)
     {
-        for (;;) {
-            at = skipSpace(at, end_);
-            if (at == end_) {
-                return fail_(at, "Unexpected end of JSON input");
-            }
-            bool const opens = *at == '{' || *at == '[';
-            if (opens) {
-                tree_.open(*at == '{');
-                ++at;
-            } else {
-                at = *at == '"' ? readStringValue_(at) : readBareValue_(at);
-            }
-            bool isFirst = opens;
-            bool valueFollows = false;
-            while (!valueFollows) {
-                if (at == nullptr || !tree_.isOpen()) {
-                    return at;
-                }
-                at = tree_.isInObject() ? nextMember_(at, isFirst, valueFollows)
-                                        : nextElement_(at, isFirst, valueFollows);
-                isFirst = false;
-            }
+        at = skipSpace(at);
+        if (at == end_) {
+            return problem_.note(at, "Unexpected end of JSON input");
+        }
+        switch (*at) {
+        case '{':
+        case '[':
+            tree_.open(*at == '{');
+            return at + 1;
+        case '"':
+            return readStringValue_(at);
+        default:
+            return hasKey_ ? readEncryptedToken_(at) : readBareValue_(at);
         }
     }
 
-    /// Reads up to the value of the next member; without one the object ends here.
-    char const* nextMember_(char const* at, bool isFirst, bool& valueFollows)
+    /// The next member of the open object with its value or the bracket that opens it; or the object's end.
+    char const* readMember_(char const* at)
     {
-        at = skipSpace(at, end_);
-        if (!isFirst) {
+        at = skipSpace(at);
+        if (!tree_.isFirst()) {
             if (*at == ',') {
-                at = skipSpace(at + 1, end_);
+                at = skipSpace(at + 1);
             } else if (*at != '}') {
-                return fail_(at, at == end_ ? "Unterminated JSON object" : "Expected ',' or '}' in object");
+                return problem_.note(at, at == end_ ? "Unterminated JSON object" : "Expected ',' or '}' in object");
             }
+        }
+        // Also after a comma: a trailing one is accepted.
+        if (*at == '}') {
+            tree_.closeObject();
+            return at + 1;
         }
         if (*at != '"') {
-            // Also after a comma: a trailing one is accepted.
-            if (*at == '}') {
-                return close_(at);
-            }
-            return fail_(at, at == end_ ? "Unterminated JSON object" : "Expected string key in object");
+            return problem_.note(at, at == end_ ? "Unterminated JSON object" : "Expected string key in object");
         }
         std::string_view name;
         at = readString_(at, name);
         if (at == nullptr) {
             return nullptr;
         }
-        at = skipSpace(at, end_);
+        at = skipSpace(at);
         if (*at != ':') {
-            return fail_(at, "Expected ':' after object key");
+            return problem_.note(at, "Expected ':' after object key");
         }
         tree_.name(name);
-        valueFollows = true;
-        return at + 1;
+        return readValue_(at + 1);
     }
 
-    /// Reads up to the next element; without one the array ends here.
-    char const* nextElement_(char const* at, bool isFirst, bool& valueFollows)
+    /// The next element of the open array, as readMember_.
+    char const* readElement_(char const* at)
     {
-        if (!isFirst) {
-            at = skipSpace(at, end_);
+        if (!tree_.isFirst()) {
+            at = skipSpace(at);
             if (*at == ']') {
-                return close_(at);
+                return closeArray_(at);
             }
             if (*at != ',') {
-                return fail_(at, at == end_ ? "Unterminated JSON array" : "Expected ',' or ']' in array");
+                return problem_.note(at, at == end_ ? "Unterminated JSON array" : "Expected ',' or ']' in array");
             }
             ++at;
         }
         // Only directly behind the bracket or comma; white space there makes it a missing value.
         if (at == end_) {
-            return fail_(at, "Unterminated JSON array");
+            return problem_.note(at, "Unterminated JSON array");
         }
-        at = skipSpace(at, end_);
-        if (*at == ']') {
-            return close_(at);
-        }
-        valueFollows = true;
-        return at;
+        at = skipSpace(at);
+        return *at == ']' ? closeArray_(at) : readValue_(at);
     }
 
-    char const* close_(char const* at)
+    char const* closeArray_(char const* at)
     {
-        tree_.close();
+        tree_.closeArray();
         return at + 1;
     }
 
     /// A string whose bytes stay: in the text itself or, with escapes, kept.
     char const* readString_(char const* at, std::string_view& text)
     {
-        if (!sw_detail::scanString(at, end_, text, scratch_, problem_)) {
-            return stopAt_(at);
+        char const* const stop = sw_detail::endOfPlainRun(at + 1, end_);
+        if (stop != end_ && *stop == '"') {
+            text = std::string_view(at + 1, static_cast<std::size_t>(stop - at - 1));
+            return stop + 1;
         }
-        if (text.data() == scratch_.data()) {
-            text = tree_.keep(text);
-        }
+        std::string& decoded = tree_.keep();
+        at = sw_detail::scanString(at, end_, decoded, problem_);
+        text = decoded;
         return at;
     }
 
@@ -287,183 +257,187 @@ private:
             return nullptr;
         }
         if (hasKey_) {
-            return addDecryptedString_(at, text);
+            std::string& plain = tree_.keep();
+            if (!decrypt_(text, plain)) {
+                return problem_.note(at, "Unable to decrypt string value");
+            }
+            text = plain;
         }
-        if (mayBeCoerced(text)) {
-            addCoerced(tree_, text);
-        } else {
-            tree_.addString(text);
-        }
-        return at;
-    }
-
-    char const* addDecryptedString_(char const* at, std::string_view text)
-    {
-        std::string plain;
-        try {
-            plain = SwCrypto::decryptOrReport(text, key_.toStdString());
-        } catch (std::bad_alloc const&) {
-            throw;
-        } catch (...) {
-            return fail_(at, "Unable to decrypt string value");
-        }
-        addCoerced(tree_, tree_.keep(plain));
+        addCoerced(tree_, text);
         return at;
     }
 
     char const* readBareValue_(char const* at)
     {
-        if (hasKey_) {
-            if (char const* const stop = readEncryptedToken_(at)) {
-                return stop;
-            }
-        }
-        if (isDigit(*at) || *at == '-') {
-            return readNumber_(at);
-        }
         switch (*at) {
         case 't':
         case 'f':
-            return readLetters_(at, "Invalid boolean literal");
+            return readLiteral_(at, "Invalid boolean literal");
         case 'n':
-            return readLetters_(at, "Invalid literal, expected 'null'");
+            return readLiteral_(at, "Invalid literal, expected 'null'");
         default:
             // With a key every other byte is read as a number, which it is not.
-            return hasKey_ ? readNumber_(at) : fail_(at, "Invalid JSON token");
+            return isDigit(*at) || *at == '-' || hasKey_ ? readNumber_(at) : problem_.note(at, "Invalid JSON token");
         }
     }
 
     /// The run of letters here, which must be one of the literals that its first letter announces.
-    char const* readLetters_(char const* at, std::string_view message)
+    char const* readLiteral_(char const* at, std::string_view message)
     {
         char const* const start = at;
         while (isLetter(*at)) {
             ++at;
         }
         bool const isLiteral = addLiteral(tree_, std::string_view(start, static_cast<std::size_t>(at - start)));
-        return isLiteral ? at : fail_(at, message);
+        return isLiteral ? at : problem_.note(at, message);
     }
 
     char const* readNumber_(char const* at)
     {
-        sw_detail::JsonNumber number;
-        if (!sw_detail::scanNumber(at, end_, number, problem_)) {
-            return stopAt_(at);
+        char const* const start = at;
+        at += *at == '-' ? 1 : 0;
+        if (*at == '0' && isDigit(at[1])) {
+            return problem_.note(at + 1, "Leading zeros are not allowed in JSON numbers");
         }
-        if (number.isDouble) {
-            tree_.addDouble(number.real);
-        } else {
-            tree_.addInt(number.whole);
+        if (!isDigit(*at)) {
+            return problem_.note(at, "Expected digit in number literal");
         }
+        std::uint64_t digits = 0;
+        std::ptrdiff_t decimals = 0;
+        at = scanDigits(at, digits);
+        if (*at == '.') {
+            char const* const fraction = at + 1;
+            at = scanDigits(fraction, digits);
+            decimals = at - fraction;
+            if (decimals == 0) {
+                return problem_.note(at, "Expected digit after decimal point");
+            }
+        }
+        bool const hasExponent = *at == 'e' || *at == 'E';
+        if (hasExponent) {
+            at += at[1] == '-' || at[1] == '+' ? 2 : 1;
+            if (!isDigit(*at)) {
+                return problem_.note(at, "Expected digit in exponent");
+            }
+            std::uint64_t exponent = 0;
+            at = scanDigits(at, exponent);
+        }
+        if (decimals == 0 && !hasExponent) {
+            return addInt_(start, at);
+        }
+        double number = 0.0;
+        if ((hasExponent || !readShortDouble(start, at, digits, decimals, number)) &&
+            !sw_detail::readDouble(start, at, number)) {
+            return problem_.note(start, "Invalid floating-point number");
+        }
+        tree_.addDouble(number);
         return at;
     }
 
-    /// Takes the bytes up to a delimiter as cipher text of a scalar; null when there are none.
+    char const* addInt_(char const* start, char const* end)
+    {
+        std::int64_t number = 0;
+        if (std::from_chars(start, end, number).ec != std::errc()) {
+            return problem_.note(start, "Invalid integer number");
+        }
+        tree_.addInt(number);
+        return end;
+    }
+
+    /// Takes the bytes up to a delimiter as cipher text of a scalar. Without any, or when they cannot be decrypted,
+    /// reads on as if there were no key.
     char const* readEncryptedToken_(char const* at)
     {
         char const* stop = at;
         while (stop != end_ && *stop != ']' && *stop != '}' && *stop != ',' && !isSpace(*stop)) {
             ++stop;
         }
-        if (stop == at) {
-            return nullptr;
-        }
-        std::string plain;
-        try {
-            plain = SwCrypto::decryptOrReport({at, static_cast<std::size_t>(stop - at)}, key_.toStdString());
-        } catch (std::bad_alloc const&) {
-            throw;
-        } catch (...) {
-            // Read on as if there were no key.
-            return nullptr;
+        std::string& plain = tree_.keep();
+        if (stop == at || !decrypt_({at, static_cast<std::size_t>(stop - at)}, plain)) {
+            return readBareValue_(at);
         }
         addDecryptedScalar(tree_, plain);
         return stop;
+    }
+
+    /// False when decryption throws, which it does for nothing that the data could cause.
+    bool decrypt_(std::string_view cipherText, std::string& plain) const
+    {
+        try {
+            plain = SwCrypto::decryptOrReport(cipherText, key_.toStdString());
+        } catch (std::bad_alloc const&) {
+            throw;
+        } catch (...) {
+            return false;
+        }
+        return true;
     }
 
     char const* begin_;
     char const* end_;
     SwString const& key_;
     bool hasKey_;
+    JsonProblem problem_;
     JsonBuilder tree_;
-    std::string scratch_;
-    sw_detail::JsonProblem problem_;
-    char const* stopped_ = nullptr;
 };
+
+/// Moves the cursor to where a step ended, or to its problem, which is given back.
+template <typename Step>
+std::string_view takeStep(std::string const& text, std::size_t& cursor, Step const& step)
+{
+    char const* const begin = text.c_str();
+    JsonProblem problem;
+    char const* const at = step(begin + std::min(cursor, text.size()), begin + text.size(), problem);
+    cursor = static_cast<std::size_t>((at != nullptr ? at : problem.at) - begin);
+    return problem.message;
+}
 
 }  // namespace
 
 SwJsonDocument SwJsonDocument::fromJson(SwString const& text, SwString const& key, SwString& error)
 {
-    SwJsonDocument document;
     std::size_t cursor = 0;
-    Reader reader(text, key);
-    if (!reader.read(cursor, document.root_)) {
-        reportError(error, text, reader.problemIndex(), reader.problemMessage());
+    SwJsonDocument document(parseJson(text, cursor, key, error));
+    std::string const& bytes = text;
+    if (error.isEmpty() && skipSpace(bytes.c_str() + cursor) != bytes.c_str() + bytes.size()) {
+        error = "Unexpected characters at the end of JSON.";
         return {};
-    }
-    if (error.isEmpty()) {
-        char const* const end = text.c_str() + text.toStdString().size();
-        if (skipSpace(text.c_str() + cursor, end) != end) {
-            error = "Unexpected characters at the end of JSON.";
-        }
-    }
-    if (!error.isEmpty()) {
-        return {};
-    }
-    // A single long string owns no block.
-    if (document.root_.hasContainer()) {
-        document.memory_ = reader.takeMemory();
     }
     return document;
 }
 
 SwJsonValue SwJsonDocument::parseJson(SwString const& text, std::size_t& cursor, SwString const& key, SwString& error)
 {
-    Reader reader(text, key);
     SwJsonValue root;
+    if (!error.isEmpty()) {
+        return root;
+    }
+    Reader reader(text, key);
     if (!reader.read(cursor, root)) {
-        reportError(error, text, reader.problemIndex(), reader.problemMessage());
-        return {};
+        reportError(error, text, cursor, reader.problem());
     }
     return root;
 }
 
 std::string SwJsonDocument::parseString(SwString const& text, std::size_t& cursor, SwString& error)
 {
-    char const* const begin = text.c_str();
-    std::size_t const size = text.toStdString().size();
-    char const* const end = begin + size;
-    if (cursor >= size) {
-        reportError(error, text, size, "Unterminated string literal");
-        return {};
+    std::string decoded;
+    std::string_view const problem =
+        takeStep(text, cursor, [&decoded](char const* at, char const* end, JsonProblem& found) {
+            return sw_detail::scanString(at, end, decoded, found);
+        });
+    if (!problem.empty()) {
+        reportError(error, text, cursor, problem);
+        decoded.clear();
     }
-    char const* at = begin + cursor;
-    std::string_view decoded;
-    std::string scratch;
-    sw_detail::JsonProblem problem;
-    bool const read = sw_detail::scanString(at, end, decoded, scratch, problem);
-    cursor = static_cast<std::size_t>(at - begin);
-    if (!read) {
-        reportError(error, text, static_cast<std::size_t>(problem.at - begin), problem.message);
-        return {};
-    }
-    return std::string(decoded);
+    return decoded;
 }
 
-bool SwJsonDocument::parseUnicodeEscapeSequence(SwString const& text, std::size_t& cursor, std::string& out,
-                                                SwString& error)
+std::string_view SwJsonDocument::parseUnicodeEscapeSequence(SwString const& text, std::size_t& cursor, std::string& out)
 {
-    char const* const begin = text.c_str();
-    char const* const end = begin + text.toStdString().size();
-    char const* at = begin + std::min(cursor, text.toStdString().size());
-    sw_detail::JsonProblem problem;
-    bool const read = sw_detail::scanUnicodeEscape(at, end, out, problem);
-    cursor = static_cast<std::size_t>(at - begin);
-    if (!read) {
-        reportError(error, text, static_cast<std::size_t>(problem.at - begin), problem.message);
-    }
-    return read;
+    return takeStep(text, cursor, [&out](char const* at, char const* end, JsonProblem& found) {
+        return sw_detail::scanUnicodeEscape(at, end, out, found);
+    });
 }
 
 void SwJsonDocument::reportError(SwString& error, SwString const& text, std::size_t index, std::string_view message)
@@ -472,11 +446,11 @@ void SwJsonDocument::reportError(SwString& error, SwString const& text, std::siz
         return;
     }
     constexpr std::size_t kContextBytes = 20;
-    std::size_t const size = text.toStdString().size();
-    std::size_t const first = std::min(std::max(index, kContextBytes) - kContextBytes, size);
-    std::size_t const last = std::min(index + kContextBytes, size);
+    std::string const& bytes = text;
+    std::size_t const first = std::min(std::max(index, kContextBytes) - kContextBytes, bytes.size());
+    std::size_t const last = std::min(index + kContextBytes, bytes.size());
     std::string report(message);
     report.append(" (index ").append(std::to_string(index)).append(") near \"");
-    report.append(text.toStdString(), first, last - first).push_back('"');
+    report.append(bytes, first, last - first).push_back('"');
     error = std::move(report);
 }

@@ -1,17 +1,15 @@
-// Strings of the JSON reader and their escapes, with the exact place of a problem.
-// The reader calls these for every value; SwJsonDocument's public string operations wrap them.
+// Strings with escapes, with the exact place of a problem, and numbers that are not short.
 #include "sw_json_scan.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
 
 namespace sw_detail {
 
 namespace {
-
-bool fail(JsonProblem& problem, char const* at, std::string_view message)
-{
-    problem.at = at;
-    problem.message = message;
-    return false;
-}
 
 void appendUtf8(std::uint32_t codePoint, std::string& out)
 {
@@ -34,29 +32,43 @@ void appendUtf8(std::uint32_t codePoint, std::string& out)
     put(0x80U | (codePoint & 0x3FU));
 }
 
-/// Four hex digits at `at`; moves behind them, or to the problem.
-bool scanFourHexDigits(char const*& at, char const* end, std::uint32_t& unit, JsonProblem& problem)
+char const* scanFourHexDigits(char const* at, char const* end, std::uint32_t& unit, JsonProblem& problem)
 {
     if (end - at < 4) {
-        return fail(problem, at, "Incomplete Unicode escape sequence");
+        return problem.note(at, "Incomplete Unicode escape sequence");
     }
     unit = 0;
     for (char const* const stop = at + 4; at != stop; ++at) {
         int const digit = hexDigitValue(*at);
         if (digit < 0) {
-            return fail(problem, at, "Invalid hex digit in Unicode escape");
+            return problem.note(at, "Invalid hex digit in Unicode escape");
         }
         unit = unit << 4U | static_cast<std::uint32_t>(digit);
     }
-    return true;
+    return at;
+}
+
+/// Behind a high surrogate: makes one code point of it and the low one that has to follow.
+char const* scanLowSurrogate(char const* at, char const* end, std::uint32_t& unit, JsonProblem& problem)
+{
+    if (end - at < 2 || at[0] != '\\' || at[1] != 'u') {
+        return problem.note(at, "Missing low surrogate after high surrogate");
+    }
+    std::uint32_t low = 0;
+    at = scanFourHexDigits(at + 2, end, low, problem);
+    if (at != nullptr && (low < 0xDC00U || low > 0xDFFFU)) {
+        return problem.note(at, "Invalid low surrogate in Unicode escape");
+    }
+    unit = 0x10000U + ((unit - 0xD800U) << 10U) + (low - 0xDC00U);
+    return at;
 }
 
 /// The escape whose backslash is at `at`.
-bool scanEscape(char const*& at, char const* end, std::string& out, JsonProblem& problem)
+char const* scanEscape(char const* at, char const* end, std::string& out, JsonProblem& problem)
 {
     ++at;
     if (at == end) {
-        return fail(problem, at, "Invalid escape sequence in string");
+        return problem.note(at, "Invalid escape sequence in string");
     }
     switch (*at) {
     case '"':
@@ -80,71 +92,68 @@ bool scanEscape(char const*& at, char const* end, std::string& out, JsonProblem&
         out.push_back('\t');
         break;
     case 'u':
-        ++at;
-        return scanUnicodeEscape(at, end, out, problem);
+        return scanUnicodeEscape(at + 1, end, out, problem);
     default:
-        return fail(problem, at, "Invalid escape character in string");
+        return problem.note(at, "Invalid escape character in string");
     }
-    ++at;
-    return true;
+    return at + 1;
 }
 
 }  // namespace
 
-bool scanUnicodeEscape(char const*& at, char const* end, std::string& out, JsonProblem& problem)
+char const* scanString(char const* at, char const* end, std::string& decoded, JsonProblem& problem)
 {
-    std::uint32_t unit = 0;
-    if (!scanFourHexDigits(at, end, unit, problem)) {
-        return false;
-    }
-    if (unit >= 0xDC00U && unit <= 0xDFFFU) {
-        return fail(problem, at, "Unexpected low surrogate without leading high surrogate");
-    }
-    if (unit >= 0xD800U && unit <= 0xDBFFU) {
-        if (end - at < 2 || at[0] != '\\' || at[1] != 'u') {
-            return fail(problem, at, "Missing low surrogate after high surrogate");
-        }
-        at += 2;
-        std::uint32_t low = 0;
-        if (!scanFourHexDigits(at, end, low, problem)) {
-            return false;
-        }
-        if (low < 0xDC00U || low > 0xDFFFU) {
-            return fail(problem, at, "Invalid low surrogate in Unicode escape");
-        }
-        unit = 0x10000U + ((unit - 0xD800U) << 10U) + (low - 0xDC00U);
-    }
-    if (unit > 0x10FFFFU) {
-        return fail(problem, at, "Unicode code point out of range");
-    }
-    appendUtf8(unit, out);
-    return true;
-}
-
-bool scanEscapedString(char const*& at, char const* end, std::string_view& decoded, std::string& scratch,
-                       JsonProblem& problem)
-{
-    ++at;
-    scratch.clear();
-    for (;;) {
+    at += at != end ? 1 : 0;
+    while (at != nullptr) {
         char const* const run = at;
         at = endOfPlainRun(at, end);
-        scratch.append(run, at);
+        decoded.append(run, at);
         if (at == end) {
-            return fail(problem, at, "Unterminated string literal");
+            return problem.note(at, "Unterminated string literal");
         }
         if (*at == '"') {
-            decoded = scratch;
-            ++at;
-            return true;
+            return at + 1;
         }
         if (*at != '\\') {
-            return fail(problem, at, "Unescaped control character in string");
+            return problem.note(at, "Unescaped control character in string");
         }
-        if (!scanEscape(at, end, scratch, problem)) {
-            return false;
-        }
+        at = scanEscape(at, end, decoded, problem);
     }
+    return nullptr;
+}
+
+char const* scanUnicodeEscape(char const* at, char const* end, std::string& out, JsonProblem& problem)
+{
+    std::uint32_t unit = 0;
+    at = scanFourHexDigits(at, end, unit, problem);
+    if (at != nullptr && unit >= 0xDC00U && unit <= 0xDFFFU) {
+        return problem.note(at, "Unexpected low surrogate without leading high surrogate");
+    }
+    if (at != nullptr && unit >= 0xD800U && unit <= 0xDBFFU) {
+        at = scanLowSurrogate(at, end, unit, problem);
+    }
+    if (at == nullptr) {
+        return nullptr;
+    }
+    if (unit > 0x10FFFFU) {
+        return problem.note(at, "Unicode code point out of range");
+    }
+    appendUtf8(unit, out);
+    return at;
+}
+
+bool readDouble(char const* start, char const* end, double& number)
+{
+    std::from_chars_result const read = std::from_chars(start, end, number);
+    // Both round to the nearest double, so they agree on every normal number. Which tiny numbers are range
+    // errors is for strtod alone to say.
+    if (read.ec == std::errc() && read.ptr == end && std::abs(number) > std::numeric_limits<double>::min()) {
+        return true;
+    }
+    char* stop = nullptr;
+    errno = 0;
+    number = strtod_l(start, &stop, classicLocale());
+    return stop == end && errno != ERANGE;
 }
 
 }  // namespace sw_detail

@@ -2,188 +2,150 @@
 // depth of the tree, so that a million levels fit on the smallest thread.
 #include "sw_json_tree.h"
 
-#include <cstddef>
-#include <new>
+#include <utility>
+#include <vector>
 
-namespace {
-
-/// How many levels are destroyed the plain way, by the destructors of containers calling each other. It
-/// is the fastest, and so many frames fit anywhere.
-constexpr int kPlainLevels = 32;
-
-}  // namespace
+/// A value whose container is still to be copied.
+struct SwJsonTree::Copy {
+    SwJsonValue const* source = nullptr;
+    SwJsonValue* target = nullptr;
+};
 
 /// The container references of one value, taken out of it.
 struct SwJsonTree::Containers {
+    explicit Containers(SwJsonValue& value) noexcept : object(std::move(value.object_)), array(std::move(value.array_))
+    {
+    }
+    Containers() = default;
+    void giveTo(SwJsonValue& value) noexcept
+    {
+        value.object_ = std::move(object);
+        value.array_ = std::move(array);
+    }
+    explicit operator bool() const { return object != nullptr || array != nullptr; }
+
     std::shared_ptr<SwJsonObject> object;
     std::shared_ptr<SwJsonArray> array;
-
-    explicit operator bool() const { return object != nullptr || array != nullptr; }
 };
 
-void SwJsonTree::copyTree(SwJsonValue const& source, SwJsonValue& target)
+/// Into a Null value, which is to have the same fields but its own container.
+void SwJsonTree::copyFields(SwJsonValue const& source, SwJsonValue& target)
 {
-    std::vector<SwJsonCopy> pending{{&source, &target}};
-    copyPending(pending);
+    target.type_ = source.type_;
+    target.bool_ = source.bool_;
+    target.int_ = source.int_;
+    target.double_ = source.double_;
+    target.string_ = source.string_;
 }
 
-void SwJsonTree::copyItems(SwJsonArray const& source, SwJsonArray& target, std::vector<SwJsonCopy>& pending)
+void SwJsonTree::copyContainers(SwJsonValue const& source, SwJsonValue& target)
 {
-    // Sized at once: the list points at elements of the target.
-    resize(target, source.size(), nullptr);
-    for (std::size_t i = 0; i < source.size(); ++i) {
-        copyFields(source[i], target[i], pending);
-    }
-}
-
-void SwJsonTree::copyPending(std::vector<SwJsonCopy>& pending)
-{
+    std::vector<Copy> pending{{&source, &target}};
+    auto const copyOne = [&pending](SwJsonValue const& from, SwJsonValue& to) {
+        copyFields(from, to);
+        if (from.hasContainer()) {
+            pending.push_back({&from, &to});
+        }
+    };
     while (!pending.empty()) {
-        SwJsonCopy const copy = pending.back();
+        Copy const copy = pending.back();
         pending.pop_back();
         if (copy.source->object_) {
             copy.target->object_ = std::make_shared<SwJsonObject>();
-            copy.target->object_->copyMembers_(*copy.source->object_, pending);
+            reserve(*copy.target->object_, copy.source->object_->size());
+            for (auto const& [key, value] : *copy.source->object_) {
+                copyOne(value, append(*copy.target->object_, key));
+            }
         }
         if (copy.source->array_) {
             copy.target->array_ = std::make_shared<SwJsonArray>();
-            copyItems(*copy.source->array_, *copy.target->array_, pending);
+            // The list points at items, which must not move.
+            copy.target->array_->items_.reserve(copy.source->array_->size());
+            for (SwJsonValue const& item : *copy.source->array_) {
+                copyOne(item, copy.target->array_->items_.emplace_back());
+            }
         }
     }
 }
 
-bool SwJsonTree::equal(SwJsonValue const& a, SwJsonValue const& b)
+bool operator==(SwJsonValue const& a, SwJsonValue const& b)
 {
-    std::vector<Pair> pending;
-    return equalFields(a, b, pending) && equalPending(pending);
-}
-
-bool SwJsonTree::equalFields(SwJsonValue const& a, SwJsonValue const& b, std::vector<Pair>& pending)
-{
-    if (a.type_ != b.type_ || a.bool_ != b.bool_ || a.int_ != b.int_ || a.double_ != b.double_ ||
-        a.string_ != b.string_) {
-        return false;
-    }
-    if (a.hasContainer() || b.hasContainer()) {
-        pending.emplace_back(&a, &b);
-    }
-    return true;
-}
-
-bool SwJsonTree::equalMembers(SwJsonObject const& a, SwJsonObject const& b, std::vector<Pair>& pending)
-{
-    if (a.size() != b.size()) {
-        return false;
-    }
-    for (auto first = a.begin(), second = b.begin(); first != a.end(); ++first, ++second) {
-        if (first->first != second->first || !equalFields(first->second, second->second, pending)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool SwJsonTree::equalItems(SwJsonArray const& a, SwJsonArray const& b, std::vector<Pair>& pending)
-{
-    if (a.size() != b.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (!equalFields(a[i], b[i], pending)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool SwJsonTree::equalPending(std::vector<Pair>& pending)
-{
+    std::vector<std::pair<SwJsonValue const*, SwJsonValue const*>> pending{{&a, &b}};
     while (!pending.empty()) {
-        auto const [a, b] = pending.back();
+        auto const [x, y] = pending.back();
         pending.pop_back();
-        // A null container counts as an empty one.
-        if (!equalMembers(a->toObject(), b->toObject(), pending) || !equalItems(a->toArray(), b->toArray(), pending)) {
+        // A null container has the contents of an empty one.
+        SwJsonObject const& members = x->toObject();
+        SwJsonArray const& items = x->toArray();
+        if (x->type_ != y->type_ || x->bool_ != y->bool_ || x->int_ != y->int_ || x->double_ != y->double_ ||
+            x->string_ != y->string_ || members.size() != y->toObject().size() || items.size() != y->toArray().size()) {
             return false;
+        }
+        auto other = y->toObject().begin();
+        for (auto member = members.begin(); member != members.end(); ++member, ++other) {
+            if (member->first != other->first) {
+                return false;
+            }
+            pending.emplace_back(&member->second, &other->second);
+        }
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            pending.emplace_back(&items[i], &y->toArray()[i]);
         }
     }
     return true;
 }
 
-void SwJsonTree::release(SwJsonValue& value) noexcept
+/// The last value of the container, null when it is empty.
+SwJsonValue* SwJsonTree::lastValue(Containers& containers) noexcept
 {
-    if (sw_detail::JsonReturn::depth >= kPlainLevels) {
-        releaseDeep(value);
-        return;
+    if (containers.object != nullptr) {
+        return containers.object->empty() ? nullptr : &containers.object->order_.back()->member.second;
     }
-    sw_detail::JsonReturn const level;
-    value.object_.reset();
-    value.array_.reset();
+    return containers.array->empty() ? nullptr : &containers.array->items_.back();
 }
 
-void SwJsonTree::releaseAll(SwJsonValue& root, sw_detail::JsonDocumentMemory& memory) noexcept
+/// The last value that has a container itself, null when there is none; the values behind it are dropped. A container
+/// that somebody else holds too is left as it is.
+SwJsonValue* SwJsonTree::lastHolder(Containers& containers) noexcept
 {
-    // Nobody counts the references any more: what they count stands in the blocks.
-    alignas(Containers) std::byte forgotten[sizeof(Containers)];
-    new (forgotten) Containers{std::move(root.object_), std::move(root.array_)};
-    for (SwJsonValue* const owner : memory.owners) {
-        std::string().swap(owner->string_);
+    if (containers.object.use_count() + containers.array.use_count() != 1) {
+        return nullptr;
     }
-    memory.blocks.giveBack();
-}
-
-/// The value whose container is to be released before the container it stands in; null when there is
-/// none left. Values without one are dropped on the way. A container that somebody else holds too is
-/// left as it is.
-SwJsonValue* SwJsonTree::nextToRelease(Containers& containers) noexcept
-{
-    if (containers.object.use_count() == 1) {
-        // The count alone does not order the other holder's last access before ours; taking and giving
-        // back a reference does.
-        std::shared_ptr<SwJsonObject>(containers.object).reset();
+    // The count alone does not order the other holder's last access before ours; taking and giving back a reference
+    // does.
+    static_cast<void>(Containers(containers));
+    if (containers.array != nullptr) {
+        SwJsonArray::Items& items = containers.array->items_;
+        while (!items.empty() && !items.back().hasContainer()) {
+            items.pop_back();
+        }
+    } else {
         SwJsonObject& object = *containers.object;
-        while (object.first_ != nullptr && !object.first_->member.second.hasContainer()) {
-            object.dropFirst_();
+        while (!object.empty() && !object.order_.back()->member.second.hasContainer()) {
+            object.destroyNode_(object.order_.back());
+            object.order_.pop_back();
         }
-        return object.first_ != nullptr ? &object.first_->member.second : nullptr;
     }
-    if (containers.array.use_count() == 1) {
-        std::shared_ptr<SwJsonArray>(containers.array).reset();
-        SwJsonArray& array = *containers.array;
-        while (!array.empty() && !array.items_[array.size_ - 1].hasContainer()) {
-            array.items_[--array.size_].~SwJsonValue();
-        }
-        return !array.empty() ? &array.items_[array.size_ - 1] : nullptr;
-    }
-    return nullptr;
-}
-
-/// The value that nextToRelease gave.
-SwJsonValue& SwJsonTree::slotOf(Containers& containers) noexcept
-{
-    return containers.object ? containers.object->first_->member.second
-                             : containers.array->items_[containers.array->size_ - 1];
+    return lastValue(containers);
 }
 
 /// Goes down the tree without a stack: the way back up is kept in the very values whose containers were
-/// taken out to go down.
-void SwJsonTree::releaseDeep(SwJsonValue& value) noexcept
+/// taken out to go down. So it needs no memory, which a destructor could not ask for.
+void SwJsonTree::release(SwJsonValue& value) noexcept
 {
-    Containers current{std::move(value.object_), std::move(value.array_)};
+    Containers current(value);
     Containers parent;
-    for (;;) {
-        if (SwJsonValue* const child = nextToRelease(current)) {
-            Containers below{std::move(child->object_), std::move(child->array_)};
-            child->object_ = std::move(parent.object);
-            child->array_ = std::move(parent.array);
-            parent = std::move(current);
-            current = std::move(below);
+    while (current) {
+        if (SwJsonValue* const child = lastHolder(current)) {
+            Containers below(*child);
+            parent.giveTo(*child);
+            parent = std::exchange(current, std::move(below));
             continue;
         }
-        if (!parent) {
-            return;
-        }
         current = std::move(parent);
-        SwJsonValue& slot = slotOf(current);
-        parent = Containers{std::move(slot.object_), std::move(slot.array_)};
+        if (current) {
+            // The value that was the way down.
+            parent = Containers(*lastValue(current));
+        }
     }
 }

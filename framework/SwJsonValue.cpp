@@ -18,7 +18,7 @@ SwJsonValue::SwJsonValue(std::shared_ptr<SwJsonArray> array) noexcept : type_(Ar
 
 void SwJsonValue::copyContainer_(SwJsonValue const& other)
 {
-    SwJsonTree::copyTree(other, *this);
+    SwJsonTree::copyContainers(other, *this);
 }
 
 void SwJsonValue::releaseContainer_() noexcept
@@ -58,21 +58,4 @@ SwJsonArray const& SwJsonValue::toArray() const noexcept
 {
     static SwJsonArray const empty;
     return array_ ? *array_ : empty;
-}
-
-bool operator==(SwJsonValue const& a, SwJsonValue const& b)
-{
-    return SwJsonTree::equal(a, b);
-}
-
-bool operator==(SwJsonObject const& a, SwJsonObject const& b)
-{
-    std::vector<SwJsonTree::Pair> pending;
-    return SwJsonTree::equalMembers(a, b, pending) && SwJsonTree::equalPending(pending);
-}
-
-bool operator==(SwJsonArray const& a, SwJsonArray const& b)
-{
-    std::vector<SwJsonTree::Pair> pending;
-    return SwJsonTree::equalItems(a, b, pending) && SwJsonTree::equalPending(pending);
 }

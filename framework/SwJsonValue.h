@@ -22,17 +22,26 @@ public:
     // Not defaulted: a value made with () would then be cleared twice, once as so many plain bytes.
     SwJsonValue() noexcept {}
     SwJsonValue(std::nullptr_t) noexcept {}
-    SwJsonValue(bool value) noexcept : type_(Bool), bool_(value) {}
-    /// Any integer type; an unsigned value above the signed range wraps to its two's complement.
-    template <typename T, std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, bool>, int> = 0>
-    SwJsonValue(T value) noexcept : type_(Int)
-                                  , int_(static_cast<std::int64_t>(value))
+    /// A Bool of bool, a Double of any floating type, an Int of any other number; an unsigned value above the signed
+    /// range wraps to its two's complement. Nothing else becomes a number by itself, pointers in particular.
+    template <typename T, std::enable_if_t<std::is_arithmetic_v<T>, int> = 0>
+    SwJsonValue(T value) noexcept
     {
+        if constexpr (std::is_same_v<T, bool>) {
+            type_ = Bool;
+            bool_ = value;
+        } else if constexpr (std::is_floating_point_v<T>) {
+            type_ = Double;
+            double_ = static_cast<double>(value);
+        } else {
+            type_ = Int;
+            int_ = static_cast<std::int64_t>(value);
+        }
     }
-    SwJsonValue(double value) noexcept : type_(Double), double_(value) {}
     /// A null pointer gives the empty String.
     SwJsonValue(char const* text) : type_(String), string_(text == nullptr ? "" : text) {}
     SwJsonValue(std::string text) noexcept : type_(String), string_(std::move(text)) {}
+    SwJsonValue(std::string_view text) : type_(String), string_(text) {}
     SwJsonValue(SwString const& text) : type_(String), string_(text.toStdString()) {}
     SwJsonValue(SwJsonObject object);
     SwJsonValue(SwJsonArray array);

@@ -6,145 +6,73 @@
 #include "sw_json_scan.h"
 #include "sw_numbers.h"
 
-#include <charconv>
 #include <cmath>
-#include <cstring>
+#include <vector>
 
 namespace {
 
-/// What is written first gathers here, so that small pieces cost no call and no look at the string's room.
-class TextSink {
-public:
-    explicit TextSink(std::string& out) : out_(out) {}
-    TextSink(TextSink const&) = delete;
-    TextSink& operator=(TextSink const&) = delete;
-
-    void put(char byte)
-    {
-        if (used_ == sizeof buffer_) {
-            flush();
-        }
-        buffer_[used_++] = byte;
-    }
-    void put(std::string_view bytes)
-    {
-        if (bytes.size() > sizeof buffer_ - used_) {
-            flush();
-            if (bytes.size() > sizeof buffer_) {
-                out_.append(bytes);
-                return;
-            }
-        }
-        std::memcpy(buffer_ + used_, bytes.data(), bytes.size());
-        used_ += bytes.size();
-    }
-    void fill(std::size_t count, char byte)
-    {
-        for (; count > 0; --count) {
-            put(byte);
-        }
-    }
-    /// Room for `bytes` at the end, at most kLargestRoom; what of it was filled is told to `advance`.
-    char* room(std::size_t bytes)
-    {
-        if (bytes > sizeof buffer_ - used_) {
-            flush();
-        }
-        return buffer_ + used_;
-    }
-    void advance(char const* end) { used_ = static_cast<std::size_t>(end - buffer_); }
-    void flush()
-    {
-        out_.append(buffer_, used_);
-        used_ = 0;
-    }
-
-    static constexpr std::size_t kLargestRoom = 4096;
-
-private:
-    std::string& out_;
-    std::size_t used_ = 0;
-    char buffer_[kLargestRoom];
-};
-
-void putEscape(unsigned char byte, TextSink& out)
+void appendEscape(std::string& out, char byte)
 {
-    constexpr std::string_view kHexDigits = "0123456789ABCDEF";
-    out.put('\\');
+    constexpr std::string_view hexDigits = "0123456789ABCDEF";
+    out.push_back('\\');
     switch (byte) {
     case '"':
     case '\\':
-        out.put(static_cast<char>(byte));
+        out.push_back(byte);
         break;
     case '\b':
-        out.put('b');
+        out.push_back('b');
         break;
     case '\f':
-        out.put('f');
+        out.push_back('f');
         break;
     case '\n':
-        out.put('n');
+        out.push_back('n');
         break;
     case '\r':
-        out.put('r');
+        out.push_back('r');
         break;
     case '\t':
-        out.put('t');
+        out.push_back('t');
         break;
     default:
-        out.put("u00");
-        out.put(kHexDigits[byte >> 4U]);
-        out.put(kHexDigits[byte & 15U]);
+        out.append("u00");
+        out.push_back(hexDigits[static_cast<unsigned char>(byte) >> 4U]);
+        out.push_back(hexDigits[static_cast<unsigned char>(byte) & 15U]);
         break;
     }
 }
 
-void putEscaped(std::string_view text, TextSink& out)
+void appendEscaped(std::string& out, std::string_view text)
 {
-    char const* at = text.data();
-    char const* const end = at + text.size();
-    for (;;) {
+    while (!text.empty()) {
         // The bytes that end a plain run while reading are those that need an escape while writing.
-        char const* const run = at;
-        at = sw_detail::endOfPlainRun(at, end);
-        out.put(std::string_view(run, static_cast<std::size_t>(at - run)));
-        if (at == end) {
-            return;
+        char const* const runEnd = sw_detail::endOfPlainRun(text.data(), text.data() + text.size());
+        auto const run = static_cast<std::size_t>(runEnd - text.data());
+        out.append(text, 0, run);
+        text.remove_prefix(run);
+        if (!text.empty()) {
+            appendEscape(out, text.front());
+            text.remove_prefix(1);
         }
-        putEscape(static_cast<unsigned char>(*at), out);
-        ++at;
     }
 }
 
-void putInt(std::int64_t number, TextSink& out)
+/// Whole numbers as integers, others fixed with six digits; with a point under every locale: a comma would end the
+/// number.
+void appendDouble(std::string& out, double number)
 {
-    constexpr std::size_t kInt64Bytes = 20;
-    char* const room = out.room(kInt64Bytes);
-    out.advance(std::to_chars(room, room + kInt64Bytes, number).ptr);
-}
-
-/// A number with a fractional part. With a point under every locale: a comma would end the number.
-void putFraction(double number, TextSink& out)
-{
-    constexpr int kDecimals = 6;
-    out.advance(sw_detail::writeFixed(out.room(sw_detail::fixedLength(kDecimals)), number, kDecimals));
-}
-
-void putDouble(double number, TextSink& out)
-{
-    if (std::isnan(number)) {
-        out.put("nan");
-        return;
-    }
     double whole = 0.0;
-    if (std::modf(number, &whole) == 0.0) {
-        putInt(sw_detail::saturatedInt64(whole), out);
-        return;
+    if (std::isnan(number)) {
+        out.append("nan");
+    } else if (std::modf(number, &whole) == 0.0) {
+        out.append(std::to_string(sw_detail::saturatedInt64(whole)));
+    } else {
+        sw_detail::appendFixed(out, number, 6);
     }
-    putFraction(number, out);
 }
 
-/// One writing of one value.
+/// One writing of one value, appended to `out`.
 class Writer {
 public:
     Writer(std::string& out, bool pretty, int level, SwString const& key)
@@ -166,7 +94,6 @@ public:
                 nextElement_(top);
             }
         }
-        out_.flush();
     }
 
 private:
@@ -182,21 +109,28 @@ private:
     {
         switch (value.type()) {
         case SwJsonValue::Null:
-            out_.put("null");
+            out_.append("null");
             break;
         case SwJsonValue::Bool:
-            writeScalar_(value, [](SwJsonValue const& scalar, TextSink& out) {
-                out.put(std::string_view(scalar.toBool() ? "true" : "false"));
-            });
+            writeScalar_(value.toBool() ? "true" : "false");
             break;
         case SwJsonValue::Int:
-            writeScalar_(value, [](SwJsonValue const& scalar, TextSink& out) { putInt(scalar.toInt(), out); });
+            writeScalar_(std::to_string(value.toInt()));
             break;
-        case SwJsonValue::Double:
-            writeScalar_(value, [](SwJsonValue const& scalar, TextSink& out) { putDouble(scalar.toDouble(), out); });
+        case SwJsonValue::Double: {
+            std::string text;
+            appendDouble(text, value.toDouble());
+            writeScalar_(text);
             break;
+        }
         case SwJsonValue::String:
-            writeString_(value.stringRef());
+            out_.push_back('"');
+            if (key_.isEmpty()) {
+                appendEscaped(out_, value.stringRef());
+            } else {
+                appendEscaped(out_, encrypted_(value.stringRef()));
+            }
+            out_.push_back('"');
             break;
         case SwJsonValue::Object:
             openObject_(value.toObject());
@@ -207,38 +141,19 @@ private:
         }
     }
 
-    template <typename Put>
-    void writeScalar_(SwJsonValue const& scalar, Put const& put)
+    void writeScalar_(std::string const& text) { out_.append(key_.isEmpty() ? text : encrypted_(text)); }
+    std::string encrypted_(std::string const& text) const
     {
-        if (key_.isEmpty()) {
-            put(scalar, out_);
-            return;
-        }
-        std::string plain;
-        TextSink sink(plain);
-        put(scalar, sink);
-        sink.flush();
-        out_.put(SwCrypto::encryptOrReport(plain, key_.toStdString()));
-    }
-
-    void writeString_(std::string const& text)
-    {
-        out_.put('"');
-        if (key_.isEmpty()) {
-            putEscaped(text, out_);
-        } else {
-            putEscaped(SwCrypto::encryptOrReport(text, key_.toStdString()), out_);
-        }
-        out_.put('"');
+        return SwCrypto::encryptOrReport(text, key_.toStdString());
     }
 
     void openObject_(SwJsonObject const& object)
     {
         if (object.empty()) {
-            out_.put("{}");
+            out_.append("{}");
             return;
         }
-        out_.put('{');
+        out_.push_back('{');
         Open open;
         open.object = &object;
         open.member = object.begin();
@@ -248,10 +163,10 @@ private:
     void openArray_(SwJsonArray const& array)
     {
         if (array.empty()) {
-            out_.put("[]");
+            out_.append("[]");
             return;
         }
-        out_.put('[');
+        out_.push_back('[');
         Open open;
         open.array = &array;
         open_.push_back(open);
@@ -264,9 +179,9 @@ private:
             return;
         }
         separate_(top.member == top.object->begin());
-        out_.put('"');
-        putEscaped(top.member->first, out_);
-        out_.put("\": ");
+        out_.push_back('"');
+        appendEscaped(out_, top.member->first);
+        out_.append("\": ");
         SwJsonValue const& value = top.member->second;
         ++top.member;
         writeValue_(value);
@@ -288,7 +203,7 @@ private:
     void separate_(bool first)
     {
         if (!first) {
-            out_.put(',');
+            out_.push_back(',');
         }
         breakLine_();
     }
@@ -297,19 +212,19 @@ private:
     {
         open_.pop_back();
         breakLine_();
-        out_.put(bracket);
+        out_.push_back(bracket);
     }
 
     /// A line end and the indent of the open depth, in the indented form only.
     void breakLine_()
     {
         if (pretty_) {
-            out_.put('\n');
-            out_.fill(2 * (baseLevel_ + open_.size()), ' ');
+            out_.push_back('\n');
+            out_.append(2 * (baseLevel_ + open_.size()), ' ');
         }
     }
 
-    TextSink out_;
+    std::string& out_;
     bool pretty_;
     std::size_t baseLevel_;
     SwString const& key_;
@@ -322,17 +237,16 @@ std::string SwJsonValue::escapeString(std::string_view text)
 {
     std::string escaped;
     escaped.reserve(text.size());
-    TextSink sink(escaped);
-    putEscaped(text, sink);
-    sink.flush();
+    appendEscaped(escaped, text);
     return escaped;
 }
 
 void SwJsonDocument::generateJson(SwJsonValue const& value, SwString& out, bool pretty, int level, SwString const& key)
 {
-    std::string text = out.takeStdString();
+    // In a text of its own: when memory runs out, `out` keeps what it has.
+    std::string text;
     Writer(text, pretty, level, key).write(value);
-    out = std::move(text);
+    out.append(text);
 }
 
 SwString SwJsonDocument::toJson(bool pretty, SwString const& key) const

@@ -21,6 +21,7 @@ public:
     SwString(std::nullptr_t) = delete;
 
     operator std::string const&() const noexcept { return text_; }
+    operator std::string_view() const noexcept { return text_; }
     std::string const& toStdString() const noexcept { return text_; }
 
     /// The number of bytes; the greatest int for a longer string.

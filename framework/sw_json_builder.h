@@ -2,99 +2,58 @@
 #pragma once
 
 #include "SwJson.h"
-#include "sw_json_memory.h"
+#include "SwJsonMemory.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <forward_list>
 #include <memory_resource>
+#include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 namespace sw_detail {
 
-/// A stack of plain records in memory of a resource that takes nothing back.
-template <typename T>
-class JsonStack {
-    static_assert(std::is_trivially_copyable_v<T>);
-
-public:
-    JsonStack(std::pmr::monotonic_buffer_resource& room, std::size_t capacity) : room_(room) { grow_(capacity); }
-
-    /// Made in place: a record put together elsewhere and copied costs more than all else here.
-    template <typename... Fields>
-    T& push(Fields const&... fields)
-    {
-        if (end_ == limit_) {
-            grow_(2 * size());
-        }
-        return *new (end_++) T{fields...};
-    }
-    T const& top() const { return end_[-1]; }
-    void shrink(std::size_t size) { end_ = begin_ + size; }
-    std::size_t size() const { return static_cast<std::size_t>(end_ - begin_); }
-    bool empty() const { return begin_ == end_; }
-    T* begin() { return begin_; }
-    T* end() { return end_; }
-
-private:
-    void grow_(std::size_t capacity)
-    {
-        T* const begin = static_cast<T*>(room_.allocate(capacity * sizeof(T), alignof(T)));
-        end_ = std::uninitialized_copy(begin_, end_, begin);
-        begin_ = begin;
-        limit_ = begin + capacity;
-    }
-
-    std::pmr::monotonic_buffer_resource& room_;
-    T* begin_ = nullptr;
-    T* end_ = nullptr;
-    T* limit_ = nullptr;
-};
-
-/// Takes values in the order of the text. What stands in an open container is kept as small records, and
-/// the container is made when it closes: then its size is known, its memory is taken at once and its
-/// members are laid down in their order.
+/// Takes values in the order of the text. What an open container holds waits as small records; the container is made
+/// when it closes: then its size is known, and its values are made where they stay.
 class JsonBuilder {
 public:
-    /// `textBytes` is how much text there is at most.
-    explicit JsonBuilder(std::size_t textBytes);
+    JsonBuilder();
 
-    /// The name of the next value, which goes into an object. The bytes have to stay until it closes.
+    /// A string whose bytes stay until the tree is built: names and texts that are not in the text itself.
+    std::string& keep() { return kept_.emplace_front(); }
+
+    /// The name of the next value, which goes into an object. The bytes have to stay.
     void name(std::string_view name) { name_ = name; }
-    /// A copy of bytes that would not stay, for `name` and `addString`.
-    std::string_view keep(std::string_view bytes);
-
-    void addNull() { record_(SwJsonValue::Null); }
-    void addBool(bool value) { record_(SwJsonValue::Bool).whole = value ? 1 : 0; }
-    void addInt(std::int64_t value) { record_(SwJsonValue::Int).whole = value; }
-    void addDouble(double value) { record_(SwJsonValue::Double).real = value; }
-    /// The bytes have to stay like those of a name.
+    void addNull() { waiting_.emplace_back(name_, SwJsonValue::Null); }
+    void addBool(bool value) { waiting_.emplace_back(name_, SwJsonValue::Bool).whole = value ? 1 : 0; }
+    void addInt(std::int64_t value) { waiting_.emplace_back(name_, SwJsonValue::Int).whole = value; }
+    void addDouble(double value) { waiting_.emplace_back(name_, SwJsonValue::Double).real = value; }
+    /// The bytes have to stay.
     void addString(std::string_view text)
     {
-        Record& record = record_(SwJsonValue::String);
-        record.text = text.data();
-        record.size = text.size();
+        Waiting& waiting = waiting_.emplace_back(name_, SwJsonValue::String);
+        waiting.text = text.data();
+        waiting.size = text.size();
     }
 
-    void open(bool isObject) { levels_.push(name_, records_.size(), finished_.size(), isObject); }
-    void close();
-    bool isOpen() const { return !levels_.empty(); }
-    bool isInObject() const { return levels_.top().isObject; }
+    void open(bool isObject) { open_.push_back({isObject, name_, waiting_.size(), made_.size()}); }
+    void closeObject();
+    void closeArray();
+    bool isOpen() const { return !open_.empty(); }
+    bool isInObject() const { return open_.back().isObject; }
+    /// Whether the open container has no value yet.
+    bool isFirst() const { return waiting_.size() == open_.back().firstWaiting; }
 
-    /// The one value that was added; everything that was opened has to be closed.
-    SwJsonValue takeRoot();
-    /// Then also what its tree owns, as long as nobody can have changed the tree; null for small texts and
-    /// for trees of which a part is gone already.
-    std::unique_ptr<JsonDocumentMemory> takeMemory();
+    /// Gives the one value that was added; everything that was opened has to be closed.
+    void takeRoot(SwJsonValue& root);
 
 private:
-    /// A value in waiting. A String is `size` bytes of text; a container is one of the finished ones and
-    /// `size` its place there.
-    struct Record {
-        Record(std::string_view valueName, SwJsonValue::Type valueType) : name(valueName), type(valueType) {}
+    /// A value of an open container. A String is `size` bytes of text; of a container `whole` is its place among those
+    /// made.
+    struct Waiting {
+        Waiting(std::string_view valueName, SwJsonValue::Type valueType) : name(valueName), type(valueType) {}
         std::string_view name;
         union {
             std::int64_t whole = 0;
@@ -104,41 +63,39 @@ private:
         std::size_t size = 0;
         SwJsonValue::Type type;
     };
-    /// An open container: its own name and where its values begin.
-    struct Level {
-        std::string_view name;
-        std::size_t firstRecord = 0;
-        std::size_t firstFinished = 0;
+    /// An open container: its own name and where what it holds begins.
+    struct Open {
         bool isObject = false;
+        std::string_view name;
+        std::size_t firstWaiting = 0;
+        std::size_t firstMade = 0;
     };
-    /// A member to be sorted: the first bytes of its name as a number, and which record it is.
+    /// A member to be sorted: the first bytes of its name as a number.
     struct Rank {
+        bool isBefore(Rank const& other) const
+        {
+            return prefix != other.prefix ? prefix < other.prefix : member->name < other.member->name;
+        }
         std::uint64_t prefix = 0;
-        Record const* record = nullptr;
+        Waiting const* member = nullptr;
     };
 
-    Record& record_(SwJsonValue::Type type) { return records_.push(name_, type); }
-    std::shared_ptr<void> makeObject_(Record const* first, Record const* end);
-    std::shared_ptr<void> makeArray_(Record const* first, Record const* end);
-    void rankMembers_(Record const* first, Record const* end);
-    static bool ranksBefore_(Rank const& a, Rank const& b);
-    void sortRanks_(Record const* first);
-    bool fill_(SwJsonValue& slot, Record const& record);
+    void close_(SwJsonValue&& container);
+    void rankMembers_(Waiting const* first, std::size_t count);
+    void sortRanks_(Waiting const* first);
+    template <typename Make>
+    void makeValue_(Waiting const& waiting, Make const& make);
 
-    JsonArena* arena_() { return isLarge_ ? &chunks_ : nullptr; }
-
-    /// Room for what is in waiting while one telemetry payload is read; longer texts take more behind it.
-    std::array<std::byte, 6144> firstRoom_;
+    JsonChunks chunks_;
+    /// Room for what waits while one telemetry payload is read; longer texts take more behind it.
+    alignas(std::max_align_t) std::array<std::byte, 6144> firstRoom_;
     std::pmr::monotonic_buffer_resource room_;
-    bool isLarge_;
-    bool isWhole_ = true;  ///< no container was replaced by a later member of its name
-    JsonArena chunks_;
-    std::vector<SwJsonValue*> owners_;  ///< in a large text: values whose strings have memory of their own
     std::string_view name_;
-    JsonStack<Record> records_;
-    JsonStack<Level> levels_;
-    JsonStack<Rank> ranks_;
-    std::pmr::vector<std::shared_ptr<void>> finished_;  ///< containers whose parent is open, in the order of the text
+    std::pmr::vector<Waiting> waiting_;
+    std::pmr::vector<Open> open_;
+    std::pmr::vector<Rank> ranks_;
+    std::pmr::vector<SwJsonValue> made_;  ///< containers whose parent is open
+    std::forward_list<std::string> kept_;
 };
 
 }  // namespace sw_detail

@@ -184,6 +184,31 @@ TEST(SwJsonObjectMemory, EveryWayOfChangingAMemberIsSeenAtTheEnd)
     }
 }
 
+TEST(SwJsonObjectMemory, AnyNumberOfThreadsMayRead)
+{
+    // Not const: looking up and iterating write nothing all the same.
+    SwJsonObject object = readObject(mixedText(300));
+    for (int i = 0; i < 50; ++i) {
+        object[std::to_string(i)] = i;
+    }
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&object] {
+            for (int round = 0; round < 20; ++round) {
+                std::size_t members = 0;
+                for (auto& [key, value] : object) {
+                    members += object.find(key)->second == value ? 1U : 0U;
+                }
+                EXPECT_EQ(members, 350U);
+                EXPECT_TRUE(object.contains("1299"));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 TEST(SwJsonObjectMemory, CopiesMayEndOnOtherThreads)
 {
     SwJsonObject const object = readObject(mixedText(300));
@@ -228,7 +253,7 @@ TEST(SwJsonObjectMemory, LargeDocumentsGoInEveryWay)
         {"many containers", many + "]"},
         {"containers replaced by later ones", repeated + "}"},
         {"one replaced deep inside", "[" + many + "],{\"a\":[[1]],\"a\":[\"a text beyond the short form\"]}]"},
-        {"blocks larger than a chunk takes", "{\"a\":" + mixedText(5000) + ",\"b\":[" + mixedText(900) + "]}"},
+        {"containers larger than a chunk takes", "{\"a\":" + mixedText(5000) + ",\"b\":[" + mixedText(900) + "]}"},
         {"one long string", quoted(std::string(100000, 's'))},
         {"long strings in an array",
          "[" + quoted(std::string(20000, 's')) + ",[" + quoted(std::string(20000, 't')) + "]]"},

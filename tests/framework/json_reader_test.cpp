@@ -527,17 +527,63 @@ TEST(SwJsonReader, ParseUnicodeEscapeAppendsUtf8)
 {
     std::size_t cursor = 2;
     std::string out = "x";
-    SwString error;
-    EXPECT_TRUE(SwJsonDocument::parseUnicodeEscapeSequence("\\u20ac!", cursor, out, error));
+    EXPECT_EQ(SwJsonDocument::parseUnicodeEscapeSequence("\\u20ac!", cursor, out), "");
     EXPECT_EQ(out, "x\xE2\x82\xAC");
     EXPECT_EQ(cursor, 6U);
     cursor = 0;
-    EXPECT_TRUE(SwJsonDocument::parseUnicodeEscapeSequence("d83d\\ude00", cursor, out, error));
+    EXPECT_EQ(SwJsonDocument::parseUnicodeEscapeSequence("d83d\\ude00", cursor, out), "");
     EXPECT_EQ(out, "x\xE2\x82\xAC\xF0\x9F\x98\x80");
     EXPECT_EQ(cursor, 10U);
-    cursor = 0;
-    EXPECT_FALSE(SwJsonDocument::parseUnicodeEscapeSequence("12", cursor, out, error));
-    EXPECT_EQ(error.toStdString(), "Incomplete Unicode escape sequence (index 0) near \"12\"");
+}
+
+TEST(SwJsonReader, ParseUnicodeEscapeGivesTheProblemAndItsPlace)
+{
+    struct Row {
+        char const* text;
+        char const* problem;
+        std::size_t place;
+    };
+    Row const rows[] = {
+        {"12", "Incomplete Unicode escape sequence", 0},
+        {"", "Incomplete Unicode escape sequence", 0},
+        {"12g4", "Invalid hex digit in Unicode escape", 2},
+        {"d83d", "Missing low surrogate after high surrogate", 4},
+        {"d83d\\uDE0", "Incomplete Unicode escape sequence", 6},
+        {"d83d\\uDE0x", "Invalid hex digit in Unicode escape", 9},
+        {"d83d\\u0041", "Invalid low surrogate in Unicode escape", 10},
+        {"de00", "Unexpected low surrogate without leading high surrogate", 4},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.text);
+        std::size_t cursor = 0;
+        std::string out = "as before";
+        EXPECT_EQ(SwJsonDocument::parseUnicodeEscapeSequence(row.text, cursor, out), row.problem);
+        EXPECT_EQ(cursor, row.place);
+        EXPECT_EQ(out, "as before");
+    }
+}
+
+TEST(SwJsonReader, WithAnErrorAlreadyThereParseJsonDoesNothing)
+{
+    std::size_t cursor = 2;
+    SwString error = "an error";
+    EXPECT_TRUE(SwJsonDocument::parseJson("  [1]", cursor, SwString(), error).isNull());
+    EXPECT_EQ(cursor, 2U);
+    EXPECT_EQ(error.toStdString(), "an error");
+    EXPECT_TRUE(SwJsonDocument::fromJson("[1]", SwString(), error).isNull());
+    EXPECT_EQ(error.toStdString(), "an error");
+}
+
+TEST(SwJsonReader, AWholeDoubleIsADoubleUntilItIsWritten)
+{
+    SwString error;
+    SwJsonDocument const document = SwJsonDocument::fromJson("[3.0,3,-0.0,1e2,\"3.0\",\"3\"]", SwString(), error);
+    EXPECT_EQ(treeText(document.root()), "[d3,i3,d-0,d100,d3,i3]");
+    EXPECT_TRUE(document.array()[0].isDouble());
+    EXPECT_TRUE(document.array()[1].isInt());
+    EXPECT_FALSE(document.array()[0] == document.array()[1]);
+    EXPECT_EQ(document.toJson().toStdString(), "[3,3,0,100,3,3]");
+    EXPECT_EQ(framework_test::readText(document.toJson()), "[i3,i3,i0,i100,i3,i3]");
 }
 
 TEST(SwJsonReader, ReadsNumbersWithAPointWhateverTheGlobalLocale)

@@ -9,7 +9,11 @@
 #include <cstdio>
 #include <limits>
 #include <map>
+#include <memory>
 #include <random>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -46,6 +50,15 @@ std::vector<std::string> keysInOrder(SwJsonObject const& object)
 }
 
 }  // namespace
+
+// Only what is a JSON value becomes one by itself; a pointer once became true.
+static_assert(std::is_constructible_v<SwJsonValue, std::string_view>);
+static_assert(!std::is_constructible_v<SwJsonValue, void*>);
+static_assert(!std::is_constructible_v<SwJsonValue, int*>);
+static_assert(!std::is_constructible_v<SwJsonValue, SwJsonValue::Type>);
+static_assert(noexcept(std::declval<SwJsonObject&>().erase("")));
+static_assert(noexcept(std::declval<SwJsonObject&>().find("")));
+static_assert(std::is_same_v<SwJsonObject::value_type, std::pair<std::string const, SwJsonValue>>);
 
 TEST(SwJsonValue, KindsHaveTheirNumbers)
 {
@@ -85,6 +98,8 @@ TEST(SwJsonValue, EachKindFillsItsFieldOnly)
         {"c string", "12", SwJsonValue::String, false, 0, 0.0, "12", false},
         {"null c string", static_cast<char const*>(nullptr), SwJsonValue::String, false, 0, 0.0, "", false},
         {"framework string", SwString("x"), SwJsonValue::String, false, 0, 0.0, "x", false},
+        {"string view", std::string_view("xyz", 2), SwJsonValue::String, false, 0, 0.0, "xy", false},
+        {"float", 0.5F, SwJsonValue::Double, false, 0, 0.5, "", false},
         {"object", SwJsonObject(), SwJsonValue::Object, false, 0, 0.0, "", true},
         {"array", SwJsonArray(), SwJsonValue::Array, false, 0, 0.0, "", true},
         {"null object", std::shared_ptr<SwJsonObject>(), SwJsonValue::Object, false, 0, 0.0, "", false},
@@ -308,6 +323,32 @@ TEST(SwJsonObject, TheChangingLookUpInsertsNull)
     object["a"] = 2;
     EXPECT_EQ(object.size(), 1U);
     EXPECT_EQ(object["a"].toInt(), 2);
+}
+
+TEST(SwJsonObject, TakesAndGivesFrameworkStrings)
+{
+    SwJsonObject object;
+    SwString const key = "key";
+    object[key] = 1;
+    object.insertOrAssign(SwString("a\"b"), 2);
+    SwJsonObject const& constant = object;
+    EXPECT_EQ(constant[key].toInt(), 1);
+    EXPECT_TRUE(object.contains(key));
+    EXPECT_TRUE(object.find(key) != object.end());
+    SwString const name = object.begin()->first;
+    EXPECT_EQ(name.toStdString(), "a\"b");
+    EXPECT_EQ(SwJsonValue::escapeString(name), "a\\\"b");
+    EXPECT_EQ(SwJsonValue::escapeString(std::string_view()), "");
+    EXPECT_EQ(object.erase(key), 1U);
+}
+
+TEST(SwJsonObject, ACopiedMemberOutlivesTheObject)
+{
+    auto object = std::make_unique<SwJsonObject>(SwJsonObject{{"a name beyond the short form", "value"}});
+    SwJsonObject::value_type const member = *object->begin();
+    object.reset();
+    EXPECT_EQ(member.first, "a name beyond the short form");
+    EXPECT_EQ(member.second.stringRef(), "value");
 }
 
 TEST(SwJsonObject, IteratesInByteOrder)

@@ -127,7 +127,8 @@ TEST(MemoryFailure, AtAnyAllocationOfAConfigurationLeavesTheOldPluginOrTheNewOne
     // As many blocks as before: their number does not show that they are others.
     std::string const replacement = R"({"overlay":[
         {"formatString":"new %v","textSize":30,"updateEveryNFrames":100},
-        {"formatString":"new held %v","textSize":30,"formats":{"v":{"holdLastMs":1000}}}]})";
+        {"formatString":"new held %v","textSize":30,"formats":{"v":{"holdLastMs":1000},
+            "a key that no short string holds":{"invalidValues":["and a text of that kind"]}}}]})";
     std::size_t allocations = 0;
     std::string const before = drawnAfterReplacing("");
     std::string const after = drawnAfterReplacing(replacement, 0, &allocations);
