@@ -257,6 +257,17 @@ TEST(SwAny, TheFrameworksOwnTypesKeepItsOperations)
     EXPECT_NE(first->clear, second->clear);
 }
 
+TEST(SwFlagSet, FlagsAreSetAndTakenAwayOneByOne)
+{
+    SwFlagSet<DrawTextFormat> flags(DrawTextFormat::Left);
+    flags.set(DrawTextFormat::Center).set(DrawTextFormat::Right).set(DrawTextFormat::Center, false);
+    EXPECT_TRUE(flags.test(DrawTextFormat::Left));
+    EXPECT_FALSE(flags.test(DrawTextFormat::Center));
+    EXPECT_TRUE(flags.test(DrawTextFormat::Right));
+    SwFlagSet<WindowFlag> window(WindowFlag::Resizable);
+    EXPECT_FALSE(window.test(WindowFlag::Frameless));
+}
+
 TEST(SwAny, OneOtherOperationMakesOtherOperations)
 {
     SwAny::TypeOps const usual = SwAny::opsOf<int>();

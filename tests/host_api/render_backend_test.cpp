@@ -61,6 +61,17 @@ TEST(BackendGuard, AssignmentEndsTheMappingThatWasThere)
     EXPECT_EQ(order, "old new ");
 }
 
+TEST(BackendGuard, AssignedToItselfItKeepsItsMapping)
+{
+    int releases = 0;
+    IRenderBackend::Guard guard(MappedNV12{recording::anyPlane(), recording::anyPlane(), 2, 2, 0, 0},
+                                [&releases] { ++releases; });
+    IRenderBackend::Guard& same = guard;
+    guard = std::move(same);
+    EXPECT_EQ(releases, 0);
+    EXPECT_EQ(guard.planes().width, 2);
+}
+
 TEST(BackendGuard, IsMoveOnlyAndMayHaveNoRelease)
 {
     EXPECT_FALSE(std::is_copy_constructible_v<IRenderBackend::Guard>);
