@@ -1,8 +1,8 @@
 // The sequence of the JSON tree. See SwJson.h.
 #pragma once
 
-#include "SwJsonValue.h"
 #include "SwJsonMemory.h"
+#include "SwJsonValue.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
 // The ordered map of the JSON tree. See SwJson.h.
 #pragma once
 
-#include "SwJsonValue.h"
 #include "SwJsonMemory.h"
+#include "SwJsonValue.h"
 
 #include <cstddef>
 #include <initializer_list>

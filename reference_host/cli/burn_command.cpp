@@ -37,11 +37,19 @@ media::FramePlace burnPictures(BurnOptions const& options, clip::AnnotatedClip& 
 /// beside the pictures.
 void finish(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWriter& writer)
 {
+    bool const isWhole = !media::interrupted();
     std::optional<media::FramePlace> const behind = options.range.to ? clip.peek() : std::nullopt;
-    if (behind && !media::interrupted()) {
-        writer.finishBefore(behind->seconds);
+    // Ending the encoder takes a while, in which a termination may still come.
+    auto const lastLook = [&options, &clip] {
+        media::settleInterrupts();
+        if (!clip.demuxer().isLive()) {
+            refuseWhenTerminated(options.output);
+        }
+    };
+    if (behind && isWhole) {
+        writer.finishBefore(behind->seconds, lastLook);
     } else {
-        writer.finish(!media::interrupted());
+        writer.finish(isWhole, lastLook);
     }
 }
 

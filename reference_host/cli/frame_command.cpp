@@ -5,6 +5,7 @@
 #include "cli/output_check.h"
 #include "clip/clip_seek.h"
 #include "imaging/imaging_access.h"
+#include "media/interrupt.h"
 #include "media/png_writer.h"
 
 namespace cli {
@@ -19,6 +20,8 @@ void runFrame(FrameOptions const& options)
         throw clip::noPictures(options.input);
     }
     auto const picture = clip->annotate(*frame);
+    media::settleInterrupts();
+    refuseWhenTerminated(options.output);
     media::writePng(options.output, imaging::planesOf(*picture), clip->traits().color);
     noteAll(clip->remarks());
 }

@@ -60,7 +60,10 @@ void runSample(SampleOptions const& options)
     }
     refuseWhenTerminated(options.output);
     encoder.flush(writeVideo);
-    muxer.finish();
+    muxer.finish([&options] {
+        media::settleInterrupts();
+        refuseWhenTerminated(options.output);
+    });
     noteWhenInterrupted(options.output, seconds);
 }
 

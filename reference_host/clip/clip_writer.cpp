@@ -38,24 +38,24 @@ void ClipWriter::addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::Zelvo
     writeSideUpTo_(side_.upper_bound(frame.seconds));
 }
 
-void ClipWriter::finish(bool whole)
+void ClipWriter::finish(bool whole, std::function<void()> const& lastLook)
 {
-    end_(whole ? side_.end() : side_.begin());
+    end_(whole ? side_.end() : side_.begin(), lastLook);
 }
 
-void ClipWriter::finishBefore(double seconds)
+void ClipWriter::finishBefore(double seconds, std::function<void()> const& lastLook)
 {
-    end_(side_.lower_bound(seconds));
+    end_(side_.lower_bound(seconds), lastLook);
 }
 
-void ClipWriter::end_(SideUnits::iterator sideEnd)
+void ClipWriter::end_(SideUnits::iterator sideEnd, std::function<void()> const& lastLook)
 {
     if (!begun_) {
         throw noPictures(clip_.demuxer().name());
     }
     encoder_->flush([this](AVPacket& packet) { writeVideo_(packet); });
     writeSideUpTo_(sideEnd);
-    muxer_.finish();
+    muxer_.finish(lastLook);
 }
 
 void ClipWriter::begin_()

@@ -5,6 +5,7 @@
 #include "media/encoder.h"
 #include "media/muxer.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -26,9 +27,10 @@ public:
     void addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::ZelvoPicture> const& picture);
     /// Ends the output and gives it its name. `whole` says that the clip was read to its end: then what is left
     /// beside the pictures belongs into the output. Throws noPictures() when there was none.
-    void finish(bool whole);
+    /// `lastLook` is called when all is written, before the output has its name; when it throws, nothing is left.
+    void finish(bool whole, std::function<void()> const& lastLook = {});
     /// The same for a range that ends before `seconds`: of what is left, that before it belongs into the output.
-    void finishBefore(double seconds);
+    void finishBefore(double seconds, std::function<void()> const& lastLook = {});
 
     /// What somebody should know of the output once it is written.
     std::vector<std::string> const& remarks() const { return remarks_; }
@@ -41,7 +43,7 @@ private:
     void addSideStreams_();
     using SideUnits = std::multimap<double, media::SideUnit>;
     void writeSideUpTo_(SideUnits::iterator end);
-    void end_(SideUnits::iterator sideEnd);
+    void end_(SideUnits::iterator sideEnd, std::function<void()> const& lastLook);
     void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, clip_.timeBase()); }
 
     std::string output_;

@@ -38,4 +38,10 @@ int interruptSignal() noexcept
     return gSignal;
 }
 
+void settleInterrupts() noexcept
+{
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGTERM, SIG_IGN);
+}
+
 }  // namespace media

@@ -12,4 +12,8 @@ bool interrupted() noexcept;
 /// The signal that arrived first, SIGINT or SIGTERM; 0 when none has.
 int interruptSignal() noexcept;
 
+/// From now on a signal comes too late and changes nothing: for the moment in which an output gets its name, so that
+/// the file and the exit code tell the same. What has arrived before still counts.
+void settleInterrupts() noexcept;
+
 }  // namespace media

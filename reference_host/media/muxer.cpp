@@ -154,13 +154,16 @@ void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
     check_(av_interleaved_write_frame(context_.get(), &packet));
 }
 
-void Muxer::finish()
+void Muxer::finish(std::function<void()> const& lastLook)
 {
     check_(av_write_trailer(context_.get()));
     if (context_->pb != nullptr && (context_->oformat->flags & AVFMT_NOFILE) == 0) {
         avio_flush(context_->pb);
         check_(0);
         check_(avio_closep(&context_->pb));
+    }
+    if (lastLook) {
+        lastLook();
     }
     file_.commit();
 }

@@ -4,6 +4,7 @@
 #include "media/ffmpeg_types.h"
 #include "media/output_file.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,8 +38,8 @@ public:
     /// Takes the packet's contents; its times are in `timeBase`. A decode time that does not rise is moved
     /// on by one tick, as no container takes it otherwise.
     void write(AVPacket& packet, int stream, AVRational timeBase);
-    /// Completes the file and puts it under its name.
-    void finish();
+    /// Completes the file and puts it under its name. `lastLook` is called in between; when it throws, nothing is left.
+    void finish(std::function<void()> const& lastLook = {});
 
 private:
     struct FreeOutput {

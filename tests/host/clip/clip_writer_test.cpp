@@ -112,6 +112,28 @@ TEST_F(Writer, NothingStandsUnderTheNameBeforeTheEnd)
     EXPECT_TRUE(std::filesystem::exists(output));
 }
 
+TEST_F(Writer, TheLastLookComesWhenAllIsWrittenAndMayRefuseTheName)
+{
+    std::string const output = file("out.ts");
+    clip::AnnotatedClip source(makeInput(), {}, kConfig);
+    {
+        clip::ClipWriter writer(output, {"mpeg2video", {}, {}}, source);
+        auto const frame = source.next();
+        ASSERT_TRUE(frame.has_value());
+        writer.addPicture(*frame, frame->picture);
+        bool looked = false;
+        EXPECT_THROW(writer.finish(true,
+                                   [&] {
+                                       looked = true;
+                                       EXPECT_FALSE(std::filesystem::exists(output));
+                                       throw std::runtime_error("terminated");
+                                   }),
+                     std::runtime_error);
+        EXPECT_TRUE(looked);
+    }
+    EXPECT_FALSE(std::filesystem::exists(output));
+}
+
 TEST_F(Writer, WithoutAPictureThereIsNoFile)
 {
     std::string const input = makeInput();
