@@ -39,7 +39,8 @@ inline bool isLetter(char byte)
 
 inline char const* skipSpace(char const* at)
 {
-    while (isSpace(*at)) {
+    // The first test settles most cases.
+    while (static_cast<unsigned char>(*at) <= ' ' && isSpace(*at)) {
         ++at;
     }
     return at;
