@@ -1,4 +1,4 @@
-// The sequence of the JSON tree. See SwJson.h.
+// The sequence of the JSON tree: an array, whose items keep their order.
 #pragma once
 
 #include "SwJsonMemory.h"

@@ -44,6 +44,27 @@ SwJsonValue& SwJsonObject::operator[](std::string_view key)
     return (isThere ? *place : insert_(place, key))->member.second;
 }
 
+void SwJsonObject::addMissing(SwJsonObject&& other)
+{
+    std::vector<std::unique_ptr<Node>> missing;
+    for (auto& [key, value] : other) {
+        if (!contains(key)) {
+            missing.push_back(std::make_unique<Node>(key, std::move(value)));
+        }
+    }
+    if (missing.empty()) {
+        return;
+    }
+    order_.reserve(size() + missing.size());
+    auto const firstAdded = static_cast<std::ptrdiff_t>(size());
+    for (std::unique_ptr<Node>& node : missing) {
+        order_.push_back(node.release());
+    }
+    std::inplace_merge(order_.begin(), order_.begin() + firstAdded, order_.end(),
+                       [](Node const* a, Node const* b) { return a->member.first < b->member.first; });
+    linkInOrder_();
+}
+
 std::size_t SwJsonObject::erase(std::string_view key) noexcept
 {
     auto const place = place_(key);
@@ -108,5 +129,12 @@ void SwJsonObject::destroyNode_(Node* node) noexcept
 {
     if (std::less<>()(node, block_.data()) || !std::less<>()(node, block_.data() + block_.size())) {
         delete node;
+    }
+}
+
+void SwJsonObject::linkInOrder_() noexcept
+{
+    for (std::size_t i = 0; i < order_.size(); ++i) {
+        order_[i]->next = i + 1 < order_.size() ? order_[i + 1] : nullptr;
     }
 }

@@ -1,4 +1,4 @@
-// The ordered map of the JSON tree. See SwJson.h.
+// The ordered map of the JSON tree: an object, whose members stand in the order of their names.
 #pragma once
 
 #include "SwJsonMemory.h"
@@ -100,7 +100,11 @@ public:
     SwJsonValue const& operator[](std::string_view key) const;
     /// The value under `key`, inserted as Null first when it is absent.
     SwJsonValue& operator[](std::string_view key);
+    /// Moves the pointers to all members behind it: linear, however small its factor. Reading and copying are not.
     void insertOrAssign(std::string_view key, SwJsonValue value) { (*this)[key] = std::move(value); }
+    /// Moves in the members of `other` whose keys are not there yet; linear in the size of both. When memory runs out
+    /// this object is as it was, and `other` has lost values.
+    void addMissing(SwJsonObject&& other);
 
     const_iterator find(std::string_view key) const noexcept { return const_iterator(findNode_(key)); }
     iterator find(std::string_view key) noexcept { return iterator(findNode_(key)); }
@@ -133,6 +137,7 @@ private:
     Node* findNode_(std::string_view key) const noexcept;
     Node* insert_(Order::const_iterator place, std::string_view key);
     void destroyNode_(Node* node) noexcept;
+    void linkInOrder_() noexcept;
 
     Order order_;  ///< the nodes in the order of their keys
     std::vector<Node, sw_detail::JsonAllocator<Node>>

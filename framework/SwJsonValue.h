@@ -1,4 +1,4 @@
-// One JSON value: the node of the tree that the reader builds and the writer walks. See SwJson.h.
+// One JSON value: the node of the tree that the reader builds and the writer walks.
 #pragma once
 
 #include "SwString.h"

@@ -72,15 +72,11 @@ bool anyFromLookback(std::vector<RenderInput const*> const& inputs)
 /// Moves into `root` what it does not have yet.
 void mergeMissing(SwJsonObject& root, SwJsonObject&& addition)
 {
+    addition.erase("");
     if (root.isEmpty()) {
         root = std::move(addition);
-        root.erase("");
-        return;
-    }
-    for (auto& [key, value] : addition) {
-        if (!key.empty() && !root.contains(key)) {
-            root.insertOrAssign(key, std::move(value));
-        }
+    } else {
+        root.addMissing(std::move(addition));
     }
 }
 

@@ -52,6 +52,8 @@ refused reference_host/clip/clip.h '"cli/cli.h"'
 refused reference_host/clip/clip.h '"check/check.h"'
 refused reference_host/clip/clip.h '"frame.h"'
 refused reference_host/check/check.h '"clip/clip.h"'
+refused reference_host/check/check.h '"Plugin.h"'
+refused reference_host/telemetry/telemetry.h '"Plugin.h"'
 refused reference_host/frame/frame.h '"media/demuxer.h"'
 refused reference_host/media/demuxer.h '"imaging/imaging.h"'
 mkdir "$tree/reference_host/attic"

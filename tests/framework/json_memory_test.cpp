@@ -215,3 +215,25 @@ TEST(SwJsonMemory, RunningOutWhileInsertingLeavesTheObject)
         }
     }
 }
+
+TEST(SwJsonMemory, RunningOutWhileMergingLeavesTheObject)
+{
+    SwString error;
+    SwJsonObject const source = SwJsonDocument::fromJson(R"({"b":1,"d":2})", SwString(), error).object();
+    bool failed = true;
+    for (std::size_t allocation = 1; failed; ++allocation) {
+        SCOPED_TRACE(allocation);
+        SwJsonObject object = source;
+        SwJsonObject addition{{"a", 3}, {"b", 4}, {kLong, 5}, {"z", 6}};
+        failed = false;
+        live_memory::failAllocation(allocation);
+        try {
+            object.addMissing(std::move(addition));
+        } catch (std::bad_alloc const&) {
+            failed = true;
+        }
+        live_memory::failAllocation(0);
+        EXPECT_EQ(object.size(), failed ? 2U : 5U);
+        EXPECT_EQ(object == source, failed);
+    }
+}

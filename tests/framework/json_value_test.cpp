@@ -512,6 +512,44 @@ TEST(SwJsonObject, AHundredThousandKeysInRandomOrder)
     EXPECT_TRUE(object.begin() == object.end());
 }
 
+TEST(SwJsonObject, AddMissingLeavesWhatIsThere)
+{
+    SwJsonObject object{{"b", 1}, {"d", 2}, {"f", 3}};
+    SwJsonValue const& held = object["d"];
+    object.addMissing(SwJsonObject{{"a", 10}, {"b", 11}, {"c", SwJsonArray{7}}, {"f", 12}, {"g", "last"}});
+    SwJsonObject const expected{{"a", 10}, {"b", 1}, {"c", SwJsonArray{7}}, {"d", 2}, {"f", 3}, {"g", "last"}};
+    EXPECT_TRUE(object == expected);
+    EXPECT_EQ(object.keys(), (std::vector<std::string>{"a", "b", "c", "d", "f", "g"}));
+    EXPECT_EQ(&held, &object["d"]) << "members do not move";
+    object.addMissing(SwJsonObject());
+    object.addMissing(SwJsonObject{{"a", 0}});
+    EXPECT_TRUE(object == expected);
+    object.erase("c");
+    EXPECT_EQ(object.keys(), (std::vector<std::string>{"a", "b", "d", "f", "g"}));
+
+    SwJsonObject empty;
+    empty.addMissing(SwJsonObject{{"", 1}, {"x", 2}});
+    EXPECT_EQ(empty.keys(), (std::vector<std::string>{"", "x"}));
+}
+
+TEST(SwJsonObject, AddMissingOfTwoHundredThousandKeysToAsMany)
+{
+    SwJsonObject even;
+    SwJsonObject all;
+    std::vector<std::string> keys;
+    for (int i = 100000; i < 300000; ++i) {
+        keys.push_back("key" + std::to_string(i));
+        all[keys.back()] = i;
+        if (i % 2 == 0) {
+            even[keys.back()] = -i;
+        }
+    }
+    even.addMissing(std::move(all));
+    EXPECT_EQ(even.keys(), keys);
+    EXPECT_EQ(even["key100001"].toInt(), 100001);
+    EXPECT_EQ(even["key299998"].toInt(), -299998);
+}
+
 TEST(SwJsonArray, KeepsTheOrderOfInsertion)
 {
     SwJsonArray array;

@@ -1,6 +1,8 @@
 // The plain conditions: each rule where it is asked for, every text read anew.
 #include "plain_overlay_condition.h"
 
+#include "plain_overlay_number.h"
+
 #include <cmath>
 #include <exception>
 #include <limits>
@@ -9,30 +11,6 @@
 namespace stanag_overlay::plain {
 
 namespace {
-
-bool parseWhole(std::string const& text, long double& out)
-{
-    try {
-        std::size_t used = 0;
-        out = std::stold(text, &used);
-        return used == text.size();
-    } catch (std::exception const&) {
-        return false;
-    }
-}
-
-bool parseNumber(SwJsonValue const& value, long double& out)
-{
-    if (value.isInt()) {
-        out = static_cast<double>(value.toInt());
-        return true;
-    }
-    if (value.isDouble()) {
-        out = value.toDouble();
-        return true;
-    }
-    return value.isString() && parseWhole(value.toString(), out);
-}
 
 std::uint64_t truncated(long double number)
 {

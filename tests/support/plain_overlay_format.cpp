@@ -1,39 +1,16 @@
 // The plain formatter: correct by looking at it, slow without regret.
 #include "plain_overlay_format.h"
 
+#include "plain_overlay_number.h"
+
 #include <cmath>
 #include <ctime>
-#include <exception>
 #include <iomanip>
 #include <sstream>
 
 namespace stanag_overlay::plain {
 
 namespace {
-
-bool parseWhole(std::string const& text, long double& out)
-{
-    try {
-        std::size_t used = 0;
-        out = std::stold(text, &used);
-        return used == text.size();
-    } catch (std::exception const&) {
-        return false;
-    }
-}
-
-bool parseNumber(SwJsonValue const& value, long double& out)
-{
-    if (value.isInt()) {
-        out = static_cast<double>(value.toInt());
-        return true;
-    }
-    if (value.isDouble()) {
-        out = value.toDouble();
-        return true;
-    }
-    return value.isString() && parseWhole(value.toString(), out);
-}
 
 std::string formatNumber(SwJsonValue const& value, int decimals, bool trim)
 {
