@@ -12,7 +12,7 @@
 namespace clip {
 AnnotatedClip::AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config)
     : demuxer_(input)
-    , telemetry_(demuxer_, telemetry)
+    , telemetry_(demuxer_, telemetry, telemetry::KeySelection::namedIn(config))
     , reader_(demuxer_, telemetry_.aheadSeconds())
     , clock_(reader_.timeBase())
 {

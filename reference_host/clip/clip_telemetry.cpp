@@ -28,7 +28,8 @@ std::vector<telemetry::Packet> KlvStreams::decode(int stream, AVPacket const& un
     if (unit.data == nullptr) {
         return {};
     }
-    return decoders_[stream].decode(std::span(unit.data, static_cast<std::size_t>(unit.size)), seconds);
+    telemetry::KlvDecoder& decoder = decoders_.try_emplace(stream, keys_).first->second;
+    return decoder.decode(std::span(unit.data, static_cast<std::size_t>(unit.size)), seconds);
 }
 
 telemetry::KlvCounts KlvStreams::counts() const

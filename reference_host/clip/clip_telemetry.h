@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace clip {
@@ -26,12 +27,16 @@ struct TelemetrySummary {
 
 class KlvStreams {
 public:
+    /// Makes the wanted keys; see telemetry::KlvDecoder.
+    explicit KlvStreams(telemetry::KeySelection keys = {}) : keys_(std::move(keys)) {}
+
     /// The packets of one data unit of the stream; `seconds` is the time they get.
     std::vector<telemetry::Packet> decode(int stream, AVPacket const& unit, std::optional<double> seconds);
     /// Counts over all streams.
     telemetry::KlvCounts counts() const;
 
 private:
+    telemetry::KeySelection keys_;
     std::map<int, telemetry::KlvDecoder> decoders_;
 };
 

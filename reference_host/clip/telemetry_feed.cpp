@@ -56,11 +56,12 @@ std::string producerName(std::string const& stream)
 
 }  // namespace
 
-TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options)
+TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys)
     : demuxer_(demuxer)
     , options_(withSource(options, demuxer.name()))
     , choice_(options.stream)
     , ownFile_(takesFileTwice(options, demuxer.name()))
+    , klv_(std::move(keys))
     , timeline_(maxWaiting(options_))
 {
     if (readsFile_()) {

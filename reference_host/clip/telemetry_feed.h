@@ -20,9 +20,10 @@ namespace clip {
 
 class TelemetryFeed {
 public:
-    /// Reads the telemetry file if there is one. `demuxer` is the clip's and must outlive the feed. Throws
-    /// std::runtime_error with one line, media::UnknownChoice for a stream that cannot be meant.
-    TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options);
+    /// Reads the telemetry file if there is one. `demuxer` is the clip's and must outlive the feed; `keys` are those
+    /// that the plugin will look at. Throws std::runtime_error with one line, media::UnknownChoice for a stream that
+    /// cannot be meant.
+    TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys);
 
     /// How far beyond a picture the clip must have been read for that picture's telemetry to be here.
     double aheadSeconds() const;

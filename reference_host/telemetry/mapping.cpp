@@ -4,7 +4,6 @@
 #include "telemetry/st0601_table.h"
 #include "telemetry/st0601_value.h"
 
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -29,14 +28,14 @@ void preferFull(SwJsonObject& payload, std::string_view key, SwJsonValue const& 
     }
     auto const shortForm = payload.find(key);
     if (shortForm != payload.end()) {
-        payload.insertOrAssign(std::string(shortKey), shortForm->second);
+        payload.insertOrAssign(shortKey, shortForm->second);
     }
-    payload.insertOrAssign(std::string(key), full);
+    payload.insertOrAssign(key, full);
 }
 
 }  // namespace
 
-std::optional<MappedPacket> mapPacket(KlvPacket const& packet)
+std::optional<MappedPacket> mapPacket(KlvPacket const& packet, WantedRows const& wanted)
 {
     MappedPacket mapped;
     SwJsonValue fullPitch;
@@ -48,7 +47,7 @@ std::optional<MappedPacket> mapPacket(KlvPacket const& packet)
             continue;
         }
         TableRow const* const row = findRow(item->tag);
-        if (row == nullptr) {
+        if (row == nullptr || (!wanted.has(*row) && !mapped.payload.empty())) {
             continue;
         }
         SwJsonValue value = decodeValue(*row, item->data);
@@ -60,7 +59,7 @@ std::optional<MappedPacket> mapPacket(KlvPacket const& packet)
         } else if (item->tag == tag::kFullRoll) {
             fullRoll = std::move(value);
         } else {
-            mapped.payload.insertOrAssign(std::string(row->key), std::move(value));
+            mapped.payload.insertOrAssign(row->key, std::move(value));
         }
     }
     if (items.damaged()) {
@@ -71,11 +70,11 @@ std::optional<MappedPacket> mapPacket(KlvPacket const& packet)
     preferFull(payload, kRollKey, fullRoll, kShortRollKey);
     auto const heading = payload.find(kHeadingKey);
     if (heading != payload.end()) {
-        payload.insertOrAssign(std::string(kYawKey), heading->second);
+        payload.insertOrAssign(kYawKey, heading->second);
     }
     auto const flags = payload.find(kFlagsKey);
     if (flags != payload.end()) {
-        payload.insertOrAssign(std::string(kLaserKey), (flags->second.toInt() & 1) != 0);
+        payload.insertOrAssign(kLaserKey, (flags->second.toInt() & 1) != 0);
     }
     return mapped;
 }

@@ -2,6 +2,7 @@
 #include "telemetry/st0601_table.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace telemetry {
@@ -134,7 +135,15 @@ constexpr TableRow kTable[] = {
 
 static_assert(std::is_sorted(std::begin(kTable), std::end(kTable),
                              [](TableRow const& a, TableRow const& b) { return a.tag < b.tag; }),
-              "findRow searches by halving");
+              "the last row has the highest tag");
+
+constexpr auto kRowOfTag = [] {
+    std::array<TableRow const*, std::rbegin(kTable)->tag + 1> rows{};
+    for (TableRow const& row : kTable) {
+        rows[row.tag] = &row;
+    }
+    return rows;
+}();
 
 }  // namespace
 
@@ -145,9 +154,7 @@ std::span<TableRow const> st0601Table()
 
 TableRow const* findRow(std::uint32_t tag)
 {
-    auto const* const row = std::lower_bound(std::begin(kTable), std::end(kTable), tag,
-                                             [](TableRow const& a, std::uint32_t wanted) { return a.tag < wanted; });
-    return row != std::end(kTable) && row->tag == tag ? row : nullptr;
+    return tag < kRowOfTag.size() ? kRowOfTag[tag] : nullptr;
 }
 
 }  // namespace telemetry

@@ -64,7 +64,7 @@ std::vector<Packet> KlvDecoder::decode(std::span<std::uint8_t const> bytes, std:
             ++counts_.foreignKeys;
             continue;
         }
-        auto mapped = found->kind == KlvKind::St0601 ? mapPacket(*found) : std::nullopt;
+        auto mapped = found->kind == KlvKind::St0601 ? mapPacket(*found, wanted_) : std::nullopt;
         if (!mapped.has_value()) {
             ++counts_.truncated;
             continue;

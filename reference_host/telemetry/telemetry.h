@@ -3,6 +3,8 @@
 #pragma once
 
 #include "SwJson.h"
+#include "telemetry/key_selection.h"
+#include "telemetry/wanted_rows.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -38,10 +40,14 @@ struct KlvCounts {
 /// of the unit get its time. Any bytes are safe. Stateless between units but for the counts.
 class KlvDecoder {
 public:
+    /// Of the keys that are not wanted at most one is made for each packet: one that holds any key gives one.
+    explicit KlvDecoder(KeySelection const& keys = {}) : wanted_(keys) {}
+
     std::vector<Packet> decode(std::span<std::uint8_t const> bytes, std::optional<double> timeSeconds);
     KlvCounts const& counts() const { return counts_; }
 
 private:
+    WantedRows wanted_;
     KlvCounts counts_;
 };
 
