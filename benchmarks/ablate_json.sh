@@ -74,6 +74,4 @@ without() {
     without "strings by sixteen bytes: byte by byte" sw_json_scan.h 's/ifdef __SSE2__/if 0/'
     without "short doubles by a division: all by from_chars" sw_json_scan.h \
         's/if (end - start > kMostBytes/if (end >= start || end - start > kMostBytes/'
-    without "a first look at what is no white space" sw_json_scan.h "s/static_cast<unsigned char>(\*at) <= ' ' && //"
-    without "containers that destroy each other: always the long way" SwJsonTree.cpp 's/kPlainLevels = 32/kPlainLevels = 0/'
 } | "$root/scripts/write-section" "$root/benchmarks/README.md" ablation

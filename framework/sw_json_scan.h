@@ -39,8 +39,7 @@ inline bool isLetter(char byte)
 
 inline char const* skipSpace(char const* at)
 {
-    // The first test settles most cases.
-    while (static_cast<unsigned char>(*at) <= ' ' && isSpace(*at)) {
+    while (isSpace(*at)) {
         ++at;
     }
     return at;
