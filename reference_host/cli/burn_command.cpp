@@ -57,10 +57,11 @@ void finish(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWri
 
 void runBurn(BurnOptions const& options)
 {
-    media::containerFor(options.output);
+    media::requirePossible(options.encoding, media::containerFor(options.output));
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
     ConfigFile const config = readConfig(options.config);
-    auto const clip = clip::openRange({options.input, options.telemetry, config.text}, options.range);
+    auto const clip =
+        clip::openRange({options.input, options.telemetry, config.text, {options.encoding.threads}}, options.range);
     clip::ClipWriter writer(options.output, options.encoding, *clip);
     clip->setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
     media::FramePlace const last = burnPictures(options, *clip, writer);

@@ -5,7 +5,7 @@
 
 #include "clip/clip_seek.h"
 #include "clip/telemetry_options.h"
-#include "media/encoder.h"
+#include "media/encoder_choice.h"
 
 #include <string>
 

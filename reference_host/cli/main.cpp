@@ -6,7 +6,7 @@
 #include "cli/commands.h"
 #include "cli/messages.h"
 #include "cli/silent_cerr.h"
-#include "media/encoder.h"
+#include "media/encoder_choice.h"
 #include "media/ffmpeg_types.h"
 #include "media/interrupt.h"
 #include "sw_number_text.h"
@@ -22,6 +22,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace cli {
 namespace {
@@ -95,11 +96,12 @@ void addConfig(CLI::App& command, std::string& config)
 
 constexpr double kMaxSeconds = 1e9;
 
-/// Takes numbers within these bounds; the library's own check lets not-a-number pass.
-CLI::Validator within(double least, double most)
+/// Takes numbers of this kind within these bounds; the library's own check lets not-a-number pass.
+template <typename Number>
+CLI::Validator within(Number least, Number most)
 {
     auto const fault = [least, most](std::string const& text) {
-        double value = 0.0;
+        Number value{};
         bool const inside = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
         return inside ? "" : "give a number from " + sw_text::numberText(least) + " to " + sw_text::numberText(most);
     };
@@ -159,6 +161,31 @@ clip::ClipRange rangeOf(RangeTexts const& texts)
     return range;
 }
 
+void addEncoding(CLI::App& command, media::EncoderChoice& encoding, std::string& bitRate)
+{
+    constexpr double kMostCrf = 63.0;
+    constexpr int kMostThreads = 256;
+    command
+        .add_option(
+            "--video-codec", encoding.codecName,
+            "encoder by its FFmpeg name: libx264 (default), libx265, ffv1, h264_nvenc, h264_vaapi, h264_qsv, ...")
+        ->type_name("NAME");
+    command
+        .add_option("--preset", encoding.preset,
+                    "speed against size, as the encoder names it (default for libx264 and libx265: veryfast)")
+        ->type_name("NAME");
+    auto* const rate = command.add_option("--bitrate", bitRate, "bits per second, for example 4M")->type_name("N");
+    command.add_option("--crf", encoding.crf, "constant quality, lower is better (default: 20)")
+        ->type_name("N")
+        ->check(within(0.0, kMostCrf))
+        ->excludes(rate);
+    command
+        .add_option("--threads", encoding.threads,
+                    "threads of the decoder and of the encoder each (default: as many as there are processors)")
+        ->type_name("N")
+        ->check(within(1, kMostThreads));
+}
+
 void addBurn(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<BurnOptions>();
@@ -170,12 +197,7 @@ void addBurn(CLI::App& app, Action& action)
         ->required()
         ->type_name("OUTPUT");
     addTelemetry(*command, options->telemetry);
-    command->add_option("--video-codec", options->encoding.codecName, "encoder, for example libx264 or ffv1")
-        ->type_name("NAME");
-    auto* const rate = command->add_option("--bitrate", *bitRate, "bits per second, for example 4M")->type_name("N");
-    command->add_option("--crf", options->encoding.crf, "constant quality, lower is better")
-        ->type_name("N")
-        ->excludes(rate);
+    addEncoding(*command, options->encoding, *bitRate);
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     auto const range = addRange(*command);
     command->callback([&action, options, bitRate, range] {
@@ -288,10 +310,23 @@ void prepareProcess()
     SwAny::registerAllType();
 }
 
+/// One line for what the parser refuses, with the way to more.
+std::string usageLine(CLI::App const& app, CLI::ParseError const& failure)
+{
+    std::vector<CLI::App*> const chosen = app.get_subcommands();
+    if (chosen.empty() && dynamic_cast<CLI::RequiredError const*>(&failure) != nullptr) {
+        return "give a command; stanag-overlay --help lists them";
+    }
+    std::string const command = chosen.empty() ? "" : chosen.front()->get_name();
+    return (chosen.empty() ? "" : command + ": ") + failure.what() + "; see stanag-overlay " +
+           (chosen.empty() ? "" : command + " ") + "--help";
+}
+
 int run(int argc, char** argv)
 {
     CLI::App app("Burns telemetry text into video.", "stanag-overlay");
     app.require_subcommand(1);
+    app.set_version_flag("--version", "stanag-overlay " OVERLAY_VERSION);
     Action action;
     addBurn(app, action);
     addFrame(app, action);
@@ -308,7 +343,10 @@ int run(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& failure) {
-        return app.exit(failure) == 0 ? kDone : kUsage;
+        if (failure.get_exit_code() == 0) {
+            return app.exit(failure);  // help or version
+        }
+        throw WrongUsage(usageLine(app, failure));
     }
     return codeAfter(action());
 }

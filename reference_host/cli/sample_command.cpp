@@ -35,6 +35,7 @@ media::EncoderSettings settingsFor(SampleOptions const& options)
 
 void runSample(SampleOptions const& options)
 {
+    media::requirePossible(settingsFor(options).choice, media::containerFor(options.output));
     media::Muxer muxer(options.output);
     media::Encoder encoder(settingsFor(options), muxer.container());
     int const video = muxer.addVideo(encoder.context(), kClock);

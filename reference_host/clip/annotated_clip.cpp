@@ -10,10 +10,11 @@
 #include <utility>
 
 namespace clip {
-AnnotatedClip::AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config)
+AnnotatedClip::AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config,
+                             media::DecoderChoice const& decoding)
     : demuxer_(input)
     , telemetry_(demuxer_, telemetry, telemetry::KeySelection::namedIn(config))
-    , reader_(demuxer_, telemetry_.aheadSeconds())
+    , reader_(demuxer_, telemetry_.aheadSeconds(), decoding)
     , clock_(reader_.timeBase())
 {
     renderer_.plugin().setConfig(config);

@@ -15,6 +15,7 @@ struct ClipSource {
     std::string input;
     TelemetryOptions telemetry;
     std::string config;  ///< the configuration's text
+    media::DecoderChoice decoding{};
 };
 
 /// Part of a clip, in seconds after its first picture.

@@ -6,7 +6,7 @@
 
 namespace media {
 
-Decoder::Decoder(AVStream const& stream, std::string const& inputName)
+Decoder::Decoder(AVStream const& stream, std::string const& inputName, DecoderChoice const& choice)
 {
     AVCodec const* const codec = avcodec_find_decoder(stream.codecpar->codec_id);
     std::string const codecName = avcodec_get_name(stream.codecpar->codec_id);
@@ -21,7 +21,11 @@ Decoder::Decoder(AVStream const& stream, std::string const& inputName)
     int result = avcodec_parameters_to_context(context_.get(), stream.codecpar);
     if (result >= 0) {
         context_->pkt_timebase = stream.time_base;
-        context_->thread_count = 0;  // as many as there are processors
+        context_->thread_count = choice.threads;
+        if (choice.lowDelay) {
+            // Threads that work on several pictures at a time give each out as much later.
+            context_->thread_type = FF_THREAD_SLICE;
+        }
         result = avcodec_open2(context_.get(), codec, nullptr);
     }
     if (result < 0) {

@@ -8,10 +8,15 @@
 
 namespace media {
 
+struct DecoderChoice {
+    int threads = 0;        ///< 0: as many as there are processors
+    bool lowDelay = false;  ///< a picture comes out as soon as its packet is in, where the stream's order allows it
+};
+
 class Decoder {
 public:
     /// Throws std::runtime_error naming the codec when it cannot be decoded; `inputName` is for messages.
-    Decoder(AVStream const& stream, std::string const& inputName);
+    Decoder(AVStream const& stream, std::string const& inputName, DecoderChoice const& choice = {});
 
     /// Takes the next packet in decoding order, or null to say that there are no more. All pictures that
     /// are ready must have been received before.

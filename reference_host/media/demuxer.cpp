@@ -25,8 +25,11 @@ int onPoll(void*)
     return interrupted() ? 1 : 0;
 }
 
-std::string cureFor(int code)
+std::string cureFor(std::string const& url, int code)
 {
+    if (url.find("://") != std::string::npos) {
+        return "check the address and that video is sent there";
+    }
     if (code == AVERROR(ENOENT)) {
         return "check the path";
     }
@@ -106,7 +109,7 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
         throw std::runtime_error(name_ + ": interrupted before anything was read; start again");
     }
     if (opened < 0) {
-        throw std::runtime_error(name_ + ": cannot be opened: " + errorText(opened) + "; " + cureFor(opened));
+        throw std::runtime_error(name_ + ": cannot be opened: " + errorText(opened) + "; " + cureFor(name_, opened));
     }
     input_.reset(context);
     avformat_find_stream_info(context, nullptr);  // what it does not find, the decoder will

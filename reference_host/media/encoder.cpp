@@ -3,51 +3,14 @@
 
 extern "C" {
 #include <libavutil/buffer.h>
-#include <libavutil/dict.h>
-#include <libavutil/opt.h>
 }
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 #include <new>
-#include <vector>
+#include <stdexcept>
 
 namespace media {
 namespace {
-
-/// In order of preference; the first that is built in and that the container carries is taken.
-constexpr std::array<char const*, 6> kDefaultEncoders = {"libx264",    "libopenh264", "mpeg4",
-                                                         "mpeg2video", "libvpx-vp9",  "ffv1"};
-
-/// Near-transparent for most material, and about as fast as decoding.
-constexpr char const* kDefaultCrf = "20";
-constexpr int kDefaultQuantizer = 3;
-
-bool carries(AVOutputFormat const& container, AVCodecID codec)
-{
-    // Some containers (transport streams) cannot answer and take the common codecs.
-    return avformat_query_codec(&container, codec, FF_COMPLIANCE_NORMAL) != 0;
-}
-
-AVCodec const& chooseCodec(std::string const& name, AVOutputFormat const& container)
-{
-    if (!name.empty()) {
-        AVCodec const* const codec = avcodec_find_encoder_by_name(name.c_str());
-        if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO) {
-            throw UnknownChoice("--video-codec " + name + ": no such video encoder; try libx264, mpeg4 or ffv1");
-        }
-        return *codec;
-    }
-    for (char const* const candidate : kDefaultEncoders) {
-        AVCodec const* const codec = avcodec_find_encoder_by_name(candidate);
-        if (codec != nullptr && carries(container, codec->id)) {
-            return *codec;
-        }
-    }
-    throw UnknownChoice(std::string("no video encoder for the container ") + container.name +
-                        "; use an output that ends in .ts, .mp4 or .mkv");
-}
 
 AVPixelFormat choosePixelFormat(AVCodec const& codec)
 {
@@ -74,36 +37,6 @@ AVPixelFormat choosePixelFormat(AVCodec const& codec)
 bool countsFrames(AVCodecID codec)
 {
     return codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO || codec == AV_CODEC_ID_MPEG4;
-}
-
-bool hasOption(AVCodec const& codec, char const* name)
-{
-    return codec.priv_class != nullptr && av_opt_find(static_cast<void*>(const_cast<AVClass**>(&codec.priv_class)),
-                                                      name, nullptr, 0, AV_OPT_SEARCH_FAKE_OBJ) != nullptr;
-}
-
-void setQuality(AVCodecContext& context, AVCodec const& codec, EncoderSettings const& settings)
-{
-    if (hasOption(codec, "preset") && std::strcmp(codec.name, "libx264") == 0) {
-        av_opt_set(context.priv_data, "preset", "veryfast", 0);
-    }
-    if (settings.choice.crf) {
-        if (!hasOption(codec, "crf")) {
-            throw UnknownChoice(std::string("--crf: ") + codec.name + " has no constant quality; use --bitrate");
-        }
-        std::string const value = std::to_string(*settings.choice.crf);
-        if (av_opt_set(context.priv_data, "crf", value.c_str(), 0) < 0) {
-            throw UnknownChoice("--crf " + value + ": " + codec.name + " does not take this; try 20");
-        }
-    } else if (settings.choice.bitRate) {
-        context.bit_rate = *settings.choice.bitRate;
-    } else if (hasOption(codec, "crf")) {
-        av_opt_set(context.priv_data, "crf", kDefaultCrf, 0);
-        context.bit_rate = 0;
-    } else {
-        context.flags |= AV_CODEC_FLAG_QSCALE;
-        context.global_quality = FF_QP2LAMBDA * kDefaultQuantizer;
-    }
 }
 
 void copyRows(std::uint8_t const* from, int fromStride, std::uint8_t* to, int toStride, int bytes, int rows)
@@ -189,7 +122,7 @@ Encoder::Encoder(EncoderSettings const& settings, AVOutputFormat const& containe
     : settings_(settings)
     , packet_(makePacket())
 {
-    AVCodec const& codec = chooseCodec(settings.choice.codecName, container);
+    AVCodec const& codec = encoderFor(settings.choice, container);
     bool const odd = settings.picture.width % 2 != 0 || settings.picture.height % 2 != 0;
     try {
         open_(codec, container, settings.picture.width, settings.picture.height);
@@ -213,7 +146,11 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     AVCodecContext& context = *context_;
     context.width = width;
     context.height = height;
-    context.pix_fmt = choosePixelFormat(codec);
+    if (HardwareFrames::needed(codec)) {
+        hardware_.emplace(codec, context);
+    } else {
+        context.pix_fmt = choosePixelFormat(codec);
+    }
     context.framerate = settings_.frameRate;
     context.time_base = countsFrames(codec.id) ? av_inv_q(settings_.frameRate) : settings_.timeBase;
     context.sample_aspect_ratio = settings_.picture.sampleAspect;
@@ -222,7 +159,6 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     context.color_primaries = settings_.picture.primaries;
     context.color_trc = settings_.picture.transfer;
     context.chroma_sample_location = settings_.picture.chromaLocation;
-    context.thread_count = 0;  // as many as there are processors
     context.strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
     if (settings_.picture.interlaced) {
         context.flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
@@ -231,7 +167,7 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     if ((container.flags & AVFMT_GLOBALHEADER) != 0) {
         context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     }
-    setQuality(context, codec, settings_);
+    applyChoice(settings_.choice, context, codec);
     int const result = avcodec_open2(&context, &codec, nullptr);
     if (result < 0) {
         throw std::runtime_error(std::string(codec.name) + " cannot encode pictures of " + sizeText(width, height) +
@@ -239,13 +175,13 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     }
 }
 
-FramePtr Encoder::makeInput_(MappedNV12 const& planes, std::shared_ptr<void const> const& owner)
+FramePtr Encoder::makePlain_(MappedNV12 const& planes, std::shared_ptr<void const> const& owner)
 {
     AVCodecContext const& context = *context_;
-    if (owner && !extended_ && context.pix_fmt == AV_PIX_FMT_NV12) {
+    if (owner && !extended_ && takesNv12_()) {
         return borrowPlanes(planes, owner);
     }
-    if (!extended_ && context.pix_fmt != AV_PIX_FMT_NV12) {
+    if (!extended_ && !takesNv12_()) {
         FramePtr frame = makePlanes(context.pix_fmt, context.width, context.height);
         converter_.fromNv12(planes, *frame, settings_.picture.color);
         return frame;
@@ -258,7 +194,7 @@ FramePtr Encoder::makeInput_(MappedNV12 const& planes, std::shared_ptr<void cons
         copyRows(planes.uv, planes.uvStride, frame->data[1], frame->linesize[1], evenUp(planes.width),
                  evenUp(planes.height) / 2);
     }
-    if (context.pix_fmt == AV_PIX_FMT_NV12) {
+    if (takesNv12_()) {
         return frame;
     }
     MappedNV12 const even{frame->data[0], frame->data[1],     context.width,
@@ -279,7 +215,9 @@ void Encoder::encode(MappedNV12 const& planes, std::int64_t ticks, PacketSink co
         own = *lastTicks_ + 1;
     }
     lastTicks_ = own;
-    FramePtr const frame = makeInput_(planes, owner);
+    FramePtr const plain = makePlain_(planes, owner);
+    FramePtr const uploaded = hardware_ ? hardware_->upload(*plain) : nullptr;
+    FramePtr const& frame = uploaded ? uploaded : plain;
     frame->pts = own;
     frame->color_range = context_->color_range;
     frame->colorspace = context_->colorspace;

@@ -2,30 +2,18 @@
 #pragma once
 
 #include "Picture.h"
+#include "media/encoder_choice.h"
 #include "media/ffmpeg_types.h"
 #include "media/frame_converter.h"
+#include "media/hardware_frames.h"
 #include "media/picture_traits.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
-#include <string>
 
 namespace media {
-
-/// An encoder or container that cannot be had: the caller asked for something that does not exist.
-struct UnknownChoice : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// What somebody may choose; without a bit rate and a quality the encoder works near-transparently.
-struct EncoderChoice {
-    std::string codecName;                ///< an encoder's name; empty: the best one for the container
-    std::optional<std::int64_t> bitRate;  ///< bits per second
-    std::optional<double> crf;            ///< constant quality, the encoder's own scale
-};
 
 struct EncoderSettings {
     EncoderChoice choice;
@@ -58,10 +46,12 @@ public:
 private:
     void open_(AVCodec const& codec, AVOutputFormat const& container, int width, int height);
     void drain_(PacketSink const& sink);
-    FramePtr makeInput_(MappedNV12 const& planes, std::shared_ptr<void const> const& owner);
+    FramePtr makePlain_(MappedNV12 const& planes, std::shared_ptr<void const> const& owner);
+    bool takesNv12_() const { return hardware_ || context_->pix_fmt == AV_PIX_FMT_NV12; }
 
     EncoderSettings settings_;
     CodecPtr context_;
+    std::optional<HardwareFrames> hardware_;
     FrameConverter converter_;
     PacketPtr packet_;
     bool extended_ = false;

@@ -37,12 +37,12 @@ AVStream const& videoOf(Demuxer const& demuxer)
 
 }  // namespace
 
-FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds)
+FrameReader::FrameReader(Demuxer& demuxer, double aheadSeconds, DecoderChoice const& decoding)
     : demuxer_(demuxer)
     , timeBase_(videoOf(demuxer).time_base)
     , timeline_(timelineOf(demuxer))
     , side_(timeline_)
-    , decoder_(videoOf(demuxer), demuxer.name())
+    , decoder_(videoOf(demuxer), demuxer.name(), decoding)
     , aheadSeconds_(aheadSeconds)
 {
 }

@@ -34,7 +34,7 @@ class FrameReader {
 public:
     /// The demuxer must have a video stream and outlive the reader. Pictures are given out when the stream
     /// has been read `aheadSeconds` beyond them.
-    explicit FrameReader(Demuxer& demuxer, double aheadSeconds = 1.0);
+    explicit FrameReader(Demuxer& demuxer, double aheadSeconds = 1.0, DecoderChoice const& decoding = {});
 
     /// The next picture in presentation order; empty at the end or after an interrupt.
     std::optional<VideoUnit> next();

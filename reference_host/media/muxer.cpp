@@ -29,10 +29,17 @@ AVOutputFormat const& containerFor(std::string const& output)
     bool const carriesTransportStream = output == "-" || output.compare(0, 5, "pipe:") == 0 ||
                                         output.compare(0, 6, "udp://") == 0 || output.compare(0, 6, "srt://") == 0 ||
                                         output.compare(0, 6, "tcp://") == 0;
+    char const* const kUse = "; use .ts, .mp4 or .mkv";
     AVOutputFormat const* const format = carriesTransportStream ? av_guess_format("mpegts", nullptr, nullptr)
                                                                 : av_guess_format(nullptr, output.c_str(), nullptr);
+    if (format == nullptr && output.find("://") != std::string::npos) {
+        throw UnknownChoice(output + ": nothing can be sent to such an address; use udp://, srt:// or tcp://");
+    }
     if (format == nullptr || format->video_codec == AV_CODEC_ID_NONE) {
-        throw UnknownChoice(output + ": no video container has this ending; use .ts, .mp4 or .mkv");
+        throw UnknownChoice(output + ": no video container has this ending" + kUse);
+    }
+    if (std::strcmp(format->name, "image2") == 0) {
+        throw UnknownChoice(output + ": is a single picture by its ending, which the command frame makes" + kUse);
     }
     return *format;
 }

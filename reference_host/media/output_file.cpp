@@ -46,6 +46,9 @@ bool isAddress(std::string const& output)
 
 std::string writeFailure(std::string const& path, std::string const& reason, int errorNumber)
 {
+    if (path.find("://") != std::string::npos) {
+        return path + ": cannot be sent to: " + reason + "; check the address and that somebody listens there";
+    }
     return path + ": cannot be written: " + reason + "; " + cureForWriting(errorNumber);
 }
 

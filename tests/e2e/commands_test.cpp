@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,10 @@ protected:
         clip_test::makeClip(clip);
         clip_test::makeClip({file("plain.mkv"), 64, 48, 10, "ffv1"});
         clip_test::makeClip({file("odd.mkv"), 35, 19, 5, "ffv1"});
+        std::string noise(100000, '\0');
+        std::mt19937 random(1);
+        std::generate(noise.begin(), noise.end(), [&random] { return static_cast<char>(random() & 0xFFU); });
+        e2e::writeFile(file("noise.bin"), noise);
     }
     static void TearDownTestSuite()
     {
@@ -108,6 +113,26 @@ INSTANTIATE_TEST_SUITE_P(
                    1,
                    "@c.json: cannot be opened: Invalid data found when processing input; give a file or an address "
                    "that holds video"},
+        RefusalRow{"input_is_noise",
+                   {"burn", "@noise.bin", "-c", "@c.json", "-o", "@o.ts"},
+                   1,
+                   "@noise.bin: cannot be opened: Invalid data found when processing input; give a file or an address "
+                   "that holds video"},
+        RefusalRow{"nobody_sends",
+                   {"burn", "tcp://127.0.0.1:9", "-c", "@c.json", "-o", "@o.ts"},
+                   1,
+                   "tcp://127.0.0.1:9: cannot be opened: Connection refused; check the address and that video is sent "
+                   "there"},
+        RefusalRow{"nobody_listens",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "srt://127.0.0.1:9"},
+                   1,
+                   "srt://127.0.0.1:9: cannot be sent to: Input/output error; check the address and that somebody "
+                   "listens there"},
+        RefusalRow{"no_device_for_the_encoder",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "h264_v4l2m2m"},
+                   1,
+                   "h264_v4l2m2m cannot encode pictures of 320x240: Invalid argument; choose another encoder with "
+                   "--video-codec"},
         RefusalRow{"no_config",
                    {"burn", "@a.ts", "-c", "@none.json", "-o", "@o.ts"},
                    1,
@@ -175,6 +200,69 @@ INSTANTIATE_TEST_SUITE_P(
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "h265turbo"},
                    2,
                    "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or ffv1"},
+        RefusalRow{"picture_as_clip",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.png"},
+                   2,
+                   "@o.png: is a single picture by its ending, which the command frame makes; use .ts, .mp4 or .mkv"},
+        RefusalRow{"address_that_takes_nothing",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "rtsp://127.0.0.1:9/x"},
+                   2,
+                   "rtsp://127.0.0.1:9/x: nothing can be sent to such an address; use udp://, srt:// or tcp://"},
+        RefusalRow{"unknown_preset",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--preset", "fastest"},
+                   2,
+                   "--preset fastest: libx264 does not take this; try ultrafast, superfast, veryfast, faster, fast, "
+                   "medium, slow, slower, veryslow or placebo"},
+        RefusalRow{
+            "no_presets",
+            {"burn", "@none.ts", "-c", "@none.json", "-o", "@o.mkv", "--video-codec", "ffv1", "--preset", "fast"},
+            2,
+            "--preset fast: ffv1 has no presets; leave it out"},
+        RefusalRow{"no_constant_quality",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.mkv", "--video-codec", "ffv1", "--crf", "3"},
+                   2,
+                   "--crf: ffv1 has no constant quality; use --bitrate"},
+        RefusalRow{"quality_beyond_the_encoder",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--crf", "52"},
+                   2,
+                   "--crf 52: libx264 does not take this; try 20"},
+        RefusalRow{"quality_beyond_all",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--crf", "64"},
+                   2,
+                   "burn: --crf: give a number from 0 to 63; see stanag-overlay burn --help"},
+        RefusalRow{"quality_not_a_number",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--crf", "nan"},
+                   2,
+                   "burn: --crf: give a number from 0 to 63; see stanag-overlay burn --help"},
+        RefusalRow{"no_threads",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--threads", "0"},
+                   2,
+                   "burn: --threads: give a number from 1 to 256; see stanag-overlay burn --help"},
+        RefusalRow{"half_a_thread",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--threads", "1.5"},
+                   2,
+                   "burn: --threads: give a number from 1 to 256; see stanag-overlay burn --help"},
+        RefusalRow{"nothing", {}, 2, "give a command; stanag-overlay --help lists them"},
+        RefusalRow{"burn_without_config",
+                   {"burn", "@a.ts", "-o", "@o.ts"},
+                   2,
+                   "burn: --config is required; see stanag-overlay burn --help"},
+        RefusalRow{"burn_without_output",
+                   {"burn", "@a.ts", "-c", "@c.json"},
+                   2,
+                   "burn: --output is required; see stanag-overlay burn --help"},
+        RefusalRow{"frame_without_moment",
+                   {"frame", "@a.ts", "-c", "@c.json", "-o", "@o.png"},
+                   2,
+                   "frame: --at is required; see stanag-overlay frame --help"},
+        RefusalRow{"two_qualities",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "4M", "--crf", "20"},
+                   2,
+                   "burn: --bitrate excludes --crf; see stanag-overlay burn --help"},
+        RefusalRow{"unknown_option",
+                   {"keys", "@a.ts", "--fast"},
+                   2,
+                   "keys: The following argument was not expected: --fast; see stanag-overlay keys --help"},
         RefusalRow{"bit_rate_word",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "fast"},
                    2,
@@ -202,36 +290,6 @@ INSTANTIATE_TEST_SUITE_P(
                    {"sample", "@o.mp4"},
                    2,
                    "@o.mp4: this container cannot carry KLV; use an output that ends in .ts"}),
-    [](auto const& row) { return row.param.name; });
-
-struct UsageRow {
-    char const* name;
-    Words words;
-    char const* firstLine;
-};
-
-class Usage : public Commands, public testing::WithParamInterface<UsageRow> {};
-
-TEST_P(Usage, IsExplainedWithExitCodeTwo)
-{
-    Result const result = call(GetParam().words);
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(result.out, "");
-    ASSERT_FALSE(e2e::linesOf(result.err).empty());
-    EXPECT_EQ(e2e::linesOf(result.err).front(), GetParam().firstLine);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, Usage,
-    testing::Values(
-        UsageRow{"nothing", {}, "A subcommand is required"},
-        UsageRow{"burn_without_config", {"burn", "@a.ts", "-o", "@o.ts"}, "--config is required"},
-        UsageRow{"burn_without_output", {"burn", "@a.ts", "-c", "@c.json"}, "--output is required"},
-        UsageRow{"frame_without_moment", {"frame", "@a.ts", "-c", "@c.json", "-o", "@o.png"}, "--at is required"},
-        UsageRow{"two_qualities",
-                 {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "4M", "--crf", "20"},
-                 "--bitrate excludes --crf"},
-        UsageRow{"unknown_option", {"keys", "@a.ts", "--fast"}, "The following argument was not expected: --fast"}),
     [](auto const& row) { return row.param.name; });
 
 TEST_F(Commands, HelpGoesToStandardOutput)
@@ -450,6 +508,43 @@ TEST_F(Commands, BurnTakesAQuality)
     ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@coarse.mkv", "--crf", "45"}).exitCode, 0);
     EXPECT_GT(std::filesystem::file_size(file("fine.mkv")), std::filesystem::file_size(file("coarse.mkv")));
     EXPECT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@rate.mkv", "--bitrate", "500k"}).exitCode, 0);
+}
+
+TEST_F(Commands, BurnTakesAPresetAndThreads)
+{
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@default.mkv", "--threads", "1"}).exitCode, 0);
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@named.mkv", "--threads", "1", "--preset", "veryfast",
+                    "--crf", "20", "--video-codec", "libx264"})
+                  .exitCode,
+              0);
+    ASSERT_EQ(call({"burn", "@a.ts", "-c", "@c.json", "-o", "@ultra.mkv", "--threads", "1", "--preset", "ultrafast"})
+                  .exitCode,
+              0);
+    EXPECT_TRUE(clip_test::samePicture(*clip_test::picturesOf(file("default.mkv")).back(),
+                                       *clip_test::picturesOf(file("named.mkv")).back()))
+        << "these are the defaults";
+    EXPECT_GT(std::filesystem::file_size(file("ultra.mkv")), std::filesystem::file_size(file("default.mkv")));
+    Result const other = call(
+        {"burn", "@a.ts", "-c", "@c.json", "-o", "@hevc.mkv", "--video-codec", "libx265", "--preset", "ultrafast"});
+    EXPECT_EQ(other.exitCode, 0);
+    EXPECT_EQ(e2e::linesOf(other.err).size(), 1U) << "the encoder is silent; the telemetry is left out\n" << other.err;
+}
+
+TEST_F(Commands, VersionIsOneLine)
+{
+    Result const result = call({"--version"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "stanag-overlay " OVERLAY_VERSION "\n");
+}
+
+TEST_F(Commands, HelpNamesTheDefaults)
+{
+    std::string const help = call({"burn", "--help"}).out;
+    for (char const* const text :
+         {"libx264 (default)", "veryfast", "(default: 20)", "as many as there are processors"}) {
+        EXPECT_NE(help.find(text), std::string::npos) << text;
+    }
 }
 
 TEST_F(Commands, SampleIsTheSameEveryTimeAndGoesThroughEveryCommand)

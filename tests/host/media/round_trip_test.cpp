@@ -459,7 +459,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ChoiceRow{"no_constant_quality", "a.mkv", "mpeg4", 20,
                               "--crf: mpeg4 has no constant quality; use --bitrate"},
                     ChoiceRow{"quality_out_of_range", "a.mkv", "libvpx-vp9", 900,
-                              "--crf 900.000000: libvpx-vp9 does not take this; try 20"},
+                              "--crf 900: libvpx-vp9 does not take this; try 20"},
                     ChoiceRow{"container_refuses_codec", "a.mp4", "huffyuv", -1,
                               "a.mp4: mp4 does not take huffyuv video; choose another ending or --video-codec"}),
     [](auto const& row) { return row.param.name; });
