@@ -41,6 +41,7 @@ telemetry::KlvCounts KlvStreams::counts() const
         sum.badChecksums += counts.badChecksums;
         sum.foreignKeys += counts.foreignKeys;
         sum.truncated += counts.truncated;
+        sum.damagedSets += counts.damagedSets;
     }
     return sum;
 }
@@ -66,6 +67,12 @@ std::vector<std::string> telemetryRemarks(std::string const& source, TelemetrySu
         bool const one = counts.truncated == 1;
         remarks.push_back(source + ": " + counted(counts.truncated, "telemetry packet", "telemetry packets") +
                           (one ? " runs past the end and was dropped" : " run past the end and were dropped"));
+    }
+    if (counts.damagedSets > 0) {
+        bool const one = counts.damagedSets == 1;
+        remarks.push_back(source + ": " + counted(counts.damagedSets, "nested set", "nested sets") +
+                          " of telemetry packets" +
+                          (one ? " runs past its end and was left out" : " run past their ends and were left out"));
     }
     return remarks;
 }

@@ -18,6 +18,14 @@ std::size_t find(std::span<std::uint8_t const> unit, std::size_t from, std::span
     return static_cast<std::size_t>(at - unit.begin());
 }
 
+KlvKind kindOf(std::span<std::uint8_t const, kKeySize> key)
+{
+    if (std::equal(key.begin(), key.end(), kSt0601Key.begin())) {
+        return KlvKind::St0601;
+    }
+    return std::equal(key.begin(), key.end(), kSt0102Key.begin()) ? KlvKind::Security : KlvKind::Foreign;
+}
+
 }  // namespace
 
 std::optional<std::uint64_t> readBerLength(std::span<std::uint8_t const> bytes, std::size_t& position)
@@ -75,14 +83,15 @@ std::optional<KlvPacket> KlvReader::next()
         return std::nullopt;
     }
     auto const rest = unit_.subspan(key);
-    bool const ours = std::equal(kSt0601Key.begin(), kSt0601Key.end(), rest.begin());
+    KlvKind const kind = kindOf(rest.first<kKeySize>());
+    bool const ours = kind != KlvKind::Foreign;
     std::size_t valueOffset = kKeySize;
     auto const length = readBerLength(rest, valueOffset);
     bool const whole = length.has_value() && *length <= rest.size() - valueOffset;
     if (whole) {
         std::size_t const end = valueOffset + static_cast<std::size_t>(*length);
         position_ = key + end;
-        return ours ? KlvPacket{KlvKind::St0601, rest.first(end), valueOffset} : KlvPacket{};
+        return ours ? KlvPacket{kind, rest.first(end), valueOffset} : KlvPacket{};
     }
     if (ours) {
         // Its length cannot be trusted, so the search goes on right behind the key.

@@ -14,6 +14,10 @@ namespace telemetry {
 inline constexpr std::array<std::uint8_t, 16> kSt0601Key{0x06, 0x0E, 0x2B, 0x34, 0x02, 0x0B, 0x01, 0x01,
                                                          0x0E, 0x01, 0x03, 0x01, 0x01, 0x00, 0x00, 0x00};
 
+/// The universal key of an ST 0102 security set that stands alone.
+inline constexpr std::array<std::uint8_t, 16> kSt0102Key{0x06, 0x0E, 0x2B, 0x34, 0x02, 0x03, 0x01, 0x01,
+                                                         0x0E, 0x01, 0x03, 0x03, 0x02, 0x00, 0x00, 0x00};
+
 /// One item of a packet.
 struct KlvItem {
     std::uint32_t tag = 0;               ///< tags too large for 32 bits come as 0xFFFFFFFF
@@ -24,13 +28,14 @@ struct KlvItem {
 /// What stands at one universal key.
 enum class KlvKind {
     St0601,    ///< a whole packet
+    Security,  ///< a whole security set
     Foreign,   ///< another universal key; skipped by its length
-    Truncated  ///< an ST 0601 key whose packet does not fit into the unit; dropped
+    Truncated  ///< a key of ours whose packet does not fit into the unit; dropped
 };
 
 struct KlvPacket {
     KlvKind kind = KlvKind::Foreign;
-    std::span<std::uint8_t const> bytes;  ///< of an ST 0601 packet: key, length and value; else empty
+    std::span<std::uint8_t const> bytes;  ///< of a packet or a security set: key, length and value; else empty
     std::size_t valueOffset = 0;          ///< of the value within `bytes`
 };
 
@@ -48,7 +53,7 @@ private:
     std::size_t position_ = 0;
 };
 
-/// Walks over the items of an ST 0601 packet.
+/// Walks over the items of an ST 0601 packet or of a set with the same framing.
 class KlvItemReader {
 public:
     explicit KlvItemReader(KlvPacket const& packet) : packet_(packet), position_(packet.valueOffset) {}

@@ -1,6 +1,8 @@
 // Payload keys to an ST 0601 packet: the mapping of mapping.cpp in the other direction. Used by the sample
 // command and by tests.
+#include "telemetry/klv_bytes_writer.h"
 #include "telemetry/klv_reader.h"
+#include "telemetry/security_set.h"
 #include "telemetry/st0601_table.h"
 #include "telemetry/st0601_value.h"
 #include "telemetry/telemetry.h"
@@ -11,41 +13,6 @@ namespace telemetry {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-void appendLength(Bytes& out, std::size_t length)
-{
-    if (length < 0x80) {
-        out.push_back(static_cast<std::uint8_t>(length));
-        return;
-    }
-    unsigned count = 1;
-    while (count < sizeof(length) && (length >> (8U * count)) != 0) {
-        ++count;
-    }
-    out.push_back(static_cast<std::uint8_t>(0x80U | count));
-    for (unsigned i = count; i > 0; --i) {
-        out.push_back(static_cast<std::uint8_t>((length >> (8U * (i - 1))) & 0xFFU));
-    }
-}
-
-void appendTag(Bytes& out, std::uint32_t tag)
-{
-    unsigned groups = 1;
-    while ((tag >> (7U * groups)) != 0) {
-        ++groups;
-    }
-    for (unsigned i = groups; i > 0; --i) {
-        std::uint32_t const group = (tag >> (7U * (i - 1))) & 0x7FU;
-        out.push_back(static_cast<std::uint8_t>(i > 1 ? group | 0x80U : group));
-    }
-}
-
-void appendItem(Bytes& out, std::uint32_t tag, Bytes const& data)
-{
-    appendTag(out, tag);
-    appendLength(out, data.size());
-    out.insert(out.end(), data.begin(), data.end());
-}
 
 bool isNumber(SwJsonValue const& value)
 {
@@ -119,11 +86,9 @@ std::vector<std::uint8_t> encodeKlv(SwJsonObject const& payload)
 {
     Bytes items;
     for (TableRow const& row : st0601Table()) {
-        Bytes const data = encodeValue(row, valueFor(row, payload));
-        if (!data.empty()) {
-            appendItem(items, row.tag, data);
-        }
+        appendItem(items, row.tag, encodeValue(row, valueFor(row, payload)));
     }
+    appendItem(items, tag::kSecuritySet, writeSecuritySet(payload));
     constexpr std::size_t kChecksumItemSize = 4;
     Bytes packet(kSt0601Key.begin(), kSt0601Key.end());
     appendLength(packet, items.size() + kChecksumItemSize);

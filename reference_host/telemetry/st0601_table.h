@@ -11,6 +11,7 @@ namespace telemetry {
 /// (two's complement) integer in the bytes.
 enum class Rule {
     Text,         ///< UTF-8
+    WideText,     ///< UTF-16
     Count,        ///< u, as an integer
     SignedCount,  ///< s, as an integer
     TwiceCount,   ///< 2 u, as an integer
@@ -44,6 +45,7 @@ inline constexpr std::uint32_t kHeading = 5;
 inline constexpr std::uint32_t kPitch = 6;
 inline constexpr std::uint32_t kRoll = 7;
 inline constexpr std::uint32_t kGenericFlags = 47;
+inline constexpr std::uint32_t kSecuritySet = 48;
 inline constexpr std::uint32_t kFullPitch = 90;
 inline constexpr std::uint32_t kFullRoll = 91;
 }  // namespace tag

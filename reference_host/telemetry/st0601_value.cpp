@@ -2,12 +2,14 @@
 #include "telemetry/st0601_value.h"
 
 #include "sw_utf8.h"
+#include "telemetry/wide_text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace telemetry {
 namespace {
@@ -234,6 +236,10 @@ SwJsonValue decodeValue(TableRow const& row, std::span<std::uint8_t const> data)
     switch (row.rule) {
     case Rule::Text:
         return sw_utf8::valid({reinterpret_cast<char const*>(data.data()), data.size()});
+    case Rule::WideText: {
+        std::string text = readWideText(data);
+        return text.empty() ? SwJsonValue() : SwJsonValue(std::move(text));
+    }
     case Rule::Imapb:
         return decodeImapb(row, data);
     case Rule::SignedCount:
@@ -247,11 +253,14 @@ SwJsonValue decodeValue(TableRow const& row, std::span<std::uint8_t const> data)
 
 std::vector<std::uint8_t> encodeValue(TableRow const& row, SwJsonValue const& value)
 {
-    if (row.rule == Rule::Text) {
+    if (row.rule == Rule::Text || row.rule == Rule::WideText) {
         if (value.isNull() || value.isObject() || value.isArray()) {
             return {};
         }
         std::string const text = value.toString();
+        if (row.rule == Rule::WideText) {
+            return writeWideText(text);
+        }
         return {text.begin(), text.end()};
     }
     if (!value.isInt() && (!value.isDouble() || std::isnan(value.toDouble()))) {

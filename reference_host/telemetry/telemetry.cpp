@@ -60,20 +60,53 @@ std::vector<Packet> KlvDecoder::decode(std::span<std::uint8_t const> bytes, std:
     std::vector<Packet> packets;
     KlvReader reader(bytes);
     while (auto const found = reader.next()) {
-        if (found->kind == KlvKind::Foreign) {
+        std::optional<Packet> packet;
+        switch (found->kind) {
+        case KlvKind::St0601:
+            packet = takePacket_(*found);
+            break;
+        case KlvKind::Security:
+            packet = takeSecurity_(*found);
+            break;
+        case KlvKind::Foreign:
             ++counts_.foreignKeys;
-            continue;
-        }
-        auto mapped = found->kind == KlvKind::St0601 ? mapPacket(*found, wanted_) : std::nullopt;
-        if (!mapped.has_value()) {
+            break;
+        case KlvKind::Truncated:
             ++counts_.truncated;
-            continue;
+            break;
         }
-        ++counts_.packets;
-        counts_.badChecksums += mapped->checksum == Checksum::Bad ? 1U : 0U;
-        packets.push_back({timeSeconds, mapped->checksum, std::move(mapped->payload)});
+        if (packet.has_value()) {
+            ++counts_.packets;
+            packet->timeSeconds = timeSeconds;
+            packets.push_back(std::move(*packet));
+        }
     }
     return packets;
+}
+
+std::optional<Packet> KlvDecoder::takePacket_(KlvPacket const& found)
+{
+    auto mapped = mapPacket(found, wanted_);
+    if (!mapped.has_value()) {
+        ++counts_.truncated;
+        return std::nullopt;
+    }
+    hasPackets_ = true;
+    counts_.badChecksums += mapped->checksum == Checksum::Bad ? 1U : 0U;
+    nested_.addKeys(found, mapped->payload);
+    counts_.damagedSets = nested_.damaged();
+    return Packet{std::nullopt, mapped->checksum, std::move(mapped->payload)};
+}
+
+std::optional<Packet> KlvDecoder::takeSecurity_(KlvPacket const& found)
+{
+    if (!nested_.takeSecurity(found)) {
+        ++counts_.truncated;
+        return std::nullopt;
+    }
+    // Alone it would hide the telemetry of the packet before it.
+    bool const alone = !hasPackets_ && !nested_.security().empty();
+    return alone ? std::optional(Packet{std::nullopt, Checksum::Absent, nested_.security()}) : std::nullopt;
 }
 
 std::vector<Packet> readKlvFile(std::string const& path, KlvCounts& counts)

@@ -4,6 +4,7 @@
 
 #include "SwJson.h"
 #include "telemetry/key_selection.h"
+#include "telemetry/nested_items.h"
 #include "telemetry/wanted_rows.h"
 
 #include <cstddef>
@@ -29,26 +30,35 @@ struct Packet {
 
 /// What a KLV stream held, for the summary that people read.
 struct KlvCounts {
-    std::uint64_t packets = 0;       ///< ST 0601 packets used, bad checksums included
+    std::uint64_t packets = 0;       ///< handed out, bad checksums included
     std::uint64_t badChecksums = 0;  ///< used all the same
     std::uint64_t foreignKeys = 0;   ///< other universal keys, skipped
     std::uint64_t truncated = 0;     ///< packets, or items in one, that run past their end: dropped
+    std::uint64_t damagedSets = 0;   ///< nested sets in which an item runs past the end: dropped, the packet is used
 };
 
 /// Decodes the KLV bytes of one stream unit (a PES payload, an access unit, a file); one unit may hold
 /// several packets and foreign keys; bytes before a key (a PES header, damage) are passed over. All packets
-/// of the unit get its time. Any bytes are safe. Stateless between units but for the counts.
+/// of the unit get its time. Any bytes are safe.
+///
+/// A security set, in a packet or under a key of its own, marks every packet from its place on until the next set:
+/// senders need not repeat it in each. One that stands before the first ST 0601 packet is handed out as a packet too.
 class KlvDecoder {
 public:
     /// Of the keys that are not wanted at most one is made for each packet: one that holds any key gives one.
-    explicit KlvDecoder(KeySelection const& keys = {}) : wanted_(keys) {}
+    explicit KlvDecoder(KeySelection const& keys = {}) : wanted_(keys), nested_(keys) {}
 
     std::vector<Packet> decode(std::span<std::uint8_t const> bytes, std::optional<double> timeSeconds);
     KlvCounts const& counts() const { return counts_; }
 
 private:
+    std::optional<Packet> takePacket_(KlvPacket const& found);
+    std::optional<Packet> takeSecurity_(KlvPacket const& found);
+
     WantedRows wanted_;
+    NestedItems nested_;
     KlvCounts counts_;
+    bool hasPackets_ = false;  ///< whether an ST 0601 packet has been seen
 };
 
 /// Reads a raw .klv file; its packets have no time. `counts` is set to what the file held. Throws

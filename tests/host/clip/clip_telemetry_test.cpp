@@ -39,7 +39,7 @@ TEST_P(TelemetryRemarks, SayOneThingALine)
     EXPECT_EQ(clip::telemetryRemarks("a.ts", GetParam().summary), GetParam().remarks);
 }
 
-// Counts in the order of their fields: packets, bad checksums, foreign keys, truncated.
+// Counts in the order of their fields: packets, bad checksums, foreign keys, truncated, damaged sets.
 INSTANTIATE_TEST_SUITE_P(
     Rows, TelemetryRemarks,
     testing::Values(
@@ -62,7 +62,13 @@ INSTANTIATE_TEST_SUITE_P(
             summaryOf({5, 2, 0, 1}, 5),
             {"a.ts: 2 of 5 telemetry packets have a wrong checksum and were used all the same",
              "a.ts: 1 telemetry packet runs past the end and was dropped"}},
-        Row{"two_cut", summaryOf({5, 0, 0, 2}, 5), {"a.ts: 2 telemetry packets run past the end and were dropped"}}),
+        Row{"two_cut", summaryOf({5, 0, 0, 2}, 5), {"a.ts: 2 telemetry packets run past the end and were dropped"}},
+        Row{"one_damaged_set",
+            summaryOf({5, 0, 0, 0, 1}, 5),
+            {"a.ts: 1 nested set of telemetry packets runs past its end and was left out"}},
+        Row{"two_damaged_sets",
+            summaryOf({5, 0, 0, 0, 2}, 5),
+            {"a.ts: 2 nested sets of telemetry packets run past their ends and were left out"}}),
     [](auto const& row) { return row.param.name; });
 
 }  // namespace

@@ -12,6 +12,8 @@ namespace {
 
 Bytes const kForeignKey = fromHex("060E2B34 02010101 0E010102 01010000");
 
+Bytes const kSecurityKey = fromHex("060E2B34 02030101 0E010303 02000000");
+
 /// What a unit holds as text: "St0601(3)" is a packet with 3 bytes of value.
 std::string describe(Bytes const& unit)
 {
@@ -22,6 +24,9 @@ std::string describe(Bytes const& unit)
         switch (packet->kind) {
         case KlvKind::St0601:
             text += "St0601(" + std::to_string(packet->bytes.size() - packet->valueOffset) + ")";
+            break;
+        case KlvKind::Security:
+            text += "Security(" + std::to_string(packet->bytes.size() - packet->valueOffset) + ")";
             break;
         case KlvKind::Foreign:
             text += "Foreign";
@@ -159,6 +164,11 @@ TEST(KlvReader, UnitsOfAllShapes)
         {"non-minimal length", join(key(), fromHex("82 00 03 08 01 93")), "St0601(3)"},
         {"long form of one byte", join(key(), fromHex("81 03 08 01 93")), "St0601(3)"},
         {"foreign key, then a packet", join(foreign, packet), "Foreign St0601(3)"},
+        {"security set, then a packet", join(join(kSecurityKey, fromHex("03 01 01 01")), packet),
+         "Security(3) St0601(3)"},
+        {"security set that runs past the end", join(join(kSecurityKey, {0x7F}), packet), "Truncated St0601(3)"},
+        {"key of another set of the same kind",
+         join(fromHex("060E2B34 02030101 0E010303 03000000"), fromHex("03 01 01 01")), "Foreign"},
         {"foreign key only", foreign, "Foreign"},
         {"foreign key around an ST 0601 key is skipped by its outer length", join(join(kForeignKey, {20}), packet),
          "Foreign"},

@@ -47,8 +47,11 @@ TEST(Mapping, KeyRules)
         {"text", "0B 02 45 4F", "camera_name='EO'"},
         {"malformed text", "0B 03 45 FF 4F", "camera_name='E\xEF\xBF\xBDO'"},
         {"empty texts", "0B 00 0C 00 41 01 11", "klv_version=17"},
-        {"unknown tag and nested set are skipped", "30 03 01 01 01 7E 01 05 81 20 02 AA BB 41 01 11",
-         "klv_version=17 sensor_control_mode=5"},
+        {"unknown tags are skipped", "7E 01 05 81 20 02 AA BB 41 01 11", "klv_version=17 sensor_control_mode=5"},
+        {"security set", "30 03 01 01 01 41 01 11",
+         "klv_version=17 security_classification='UNCLASSIFIED' security_classification_code=1 "
+         "security_line='UNCLASSIFIED'"},
+        {"damaged security set", "30 03 01 02 01 41 01 11", "klv_version=17"},
         {"huge tag", "FF FF FF FF FF FF FF 7F 01 00 41 01 11", "klv_version=17"},
         {"two-byte tag", "81 06 02 37 00", "zoom_percent=55d"},
         {"the last of a repeated item counts", "41 01 10 41 01 11", "klv_version=17"},

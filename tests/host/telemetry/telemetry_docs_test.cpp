@@ -1,5 +1,6 @@
 // Holds the key tables and the options of docs/telemetry.md to the code.
 #include "clip/host_keys.h"
+#include "telemetry/security_set.h"
 #include "telemetry/st0601_table.h"
 #include "ts_klv.h"
 
@@ -26,6 +27,8 @@ std::string form(TableRow const& row)
     switch (row.rule) {
     case Rule::Text:
         return "text";
+    case Rule::WideText:
+        return "text, two bytes a character";
     case Rule::Count:
     case Rule::SignedCount:
         return "integer, " + bytes;
@@ -70,6 +73,22 @@ TEST(TelemetryDocs, KeyTableIsTheTableOfTheCode)
     }
     EXPECT_NE(page().find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold this table:\n"
                                                                      << table;
+}
+
+TEST(TelemetryDocs, SecurityTableIsTheTableOfTheCode)
+{
+    std::string table = "| tag | key | item | value |\n| --- | --- | --- | --- |\n";
+    for (TableRow const& row : securityTable()) {
+        table += "| " + std::to_string(row.tag) + " | `" + std::string(row.key) + "` | " + std::string(row.item) +
+                 " | " + form(row) + " |\n";
+    }
+    std::string const text = page();
+    EXPECT_NE(text.find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold this table:\n"
+                                                                   << table;
+    for (CodeRow const& row : securityCodes()) {
+        EXPECT_NE(text.find("`" + std::string(row.textKey) + "`"), std::string::npos) << row.textKey;
+    }
+    EXPECT_NE(text.find("`" + std::string(kSecurityLineKey) + "`"), std::string::npos);
 }
 
 TEST(TelemetryDocs, HostKeysAreThoseOfTheCode)

@@ -242,6 +242,36 @@ TEST_F(Recorded, PacketBehindAPesHeader)
     }
 }
 
+TEST_F(Recorded, SecuritySets)
+{
+    struct Row {
+        char const* clip;
+        char const* line;
+        char const* objectCountry;
+        int version;
+    };
+    Row const rows[] = {
+        {"kwiver_h264_160x120_klv06_nopts.ts", "UNCLASSIFIED//TEST-CAVEAT//REL TO US", "US", 12},
+        {"mp2tp_foreman_352x288_h264_klv15_aucell.ts", "//CAN UNCLASSIFIED//REL TO CAN, USA", "CAN", 11},
+        {"osh_sim_640x480_h264_klv06.ts", "UNCLASSIFIED", "US", 9},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.clip);
+        Clip const clip = decodeClip(row.clip);
+        EXPECT_EQ(clip.counts.damagedSets, 0U);
+        for (Packet const& packet : clip.packets) {
+            EXPECT_EQ(packet.payload["security_line"].stringRef(), row.line);
+            EXPECT_EQ(packet.payload["security_object_country"].stringRef(), row.objectCountry);
+            EXPECT_EQ(packet.payload["security_version"].toInt(), row.version);
+        }
+    }
+    KlvDecoder decoder;
+    auto const packets = decoder.decode(fileBytes(kFolder + "/alliance_pes_klv_skyranger.pes"), std::nullopt);
+    ASSERT_EQ(packets.size(), 1U);
+    EXPECT_EQ(packets[0].payload["security_line"].stringRef(), "UNCLASSIFIED");
+    EXPECT_FALSE(packets[0].payload.contains("security_country")) << "its text is empty";
+}
+
 TEST_F(Recorded, EncodedAgainEveryPayloadIsTheSame)
 {
     for (char const* const name : {"kwiver_h264_160x120_klv06_nopts.ts", "osh_sim_640x480_h264_klv06.ts",
