@@ -21,6 +21,11 @@ inline bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 
+inline char toLower(char byte)
+{
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
 /// The value of a hexadecimal digit, -1 for any other byte.
 inline int hexDigitValue(char byte)
 {

@@ -4,6 +4,7 @@
 #include "check/reading_rules.h"
 #include "check/suggestion.h"
 #include "check/written_config.h"
+#include "sw_text.h"
 
 #include <algorithm>
 #include <array>
@@ -39,11 +40,6 @@ void checkMask(Member const& mask, Findings& findings)
                                                         "quotes and 0x")});
 }
 
-char toLower(char byte)
-{
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
-
 void checkOperator(Member const& condition, Findings& findings)
 {
     static std::vector<std::string> const kWords = {
@@ -51,7 +47,7 @@ void checkOperator(Member const& condition, Findings& findings)
         "greaterorequal", "gte",    ">=", "lessthan", "lt",        "lessorequal", "lte", "<",           "<="};
     Member const member = condition.member("operator");
     std::string word = member.read.toString();
-    std::transform(word.begin(), word.end(), word.begin(), toLower);
+    std::transform(word.begin(), word.end(), word.begin(), sw_detail::toLower);
     if (std::find(kWords.begin(), kWords.end(), word) == kWords.end()) {
         std::string const held = condition.has("value") ? "\"equals\"" : "\"exists\"";
         findings.push_back(

@@ -7,6 +7,7 @@
 #include "check/suggestion.h"
 #include "check/template_keys.h"
 #include "check/written_config.h"
+#include "sw_text.h"
 
 #include <algorithm>
 #include <array>
@@ -50,11 +51,6 @@ void checkTemplate(Member const& text, Findings& findings)
     }
 }
 
-char toLower(char byte)
-{
-    return byte >= 'A' && byte <= 'F' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
-
 void checkColor(Member const& color, Findings& findings)
 {
     std::optional<std::uint32_t> const held = colorHeld(color.read);
@@ -65,7 +61,7 @@ void checkColor(Member const& color, Findings& findings)
     std::array<char, 8> heldText{};
     std::snprintf(heldText.data(), heldText.size(), "#%06x", static_cast<unsigned>(*held));
     std::string literal = literalText(color.written);
-    std::transform(literal.begin(), literal.end(), literal.begin(), toLower);
+    std::transform(literal.begin(), literal.end(), literal.begin(), sw_detail::toLower);
     if (literal != heldText.data()) {
         findings.push_back({color.place, shown(color.written) + " is not #rrggbb and becomes " + heldText.data()});
     }

@@ -3,6 +3,7 @@
 #include "stanag_overlay_condition.h"
 
 #include "overlay_numbers.h"
+#include "sw_text.h"
 
 #include <algorithm>
 #include <array>
@@ -41,16 +42,11 @@ constexpr std::array<OperatorWord, 19> kOperatorWords{{
     {"exists", ConditionOp::Exists},
 }};
 
-char toLowerInC(char byte)
-{
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
-
 // White space is not trimmed: " gte" is no operator word. What no word names tests equality when there is
 // something to compare with, else presence.
 ConditionOp operatorNamed(std::string word, bool hasOperand)
 {
-    std::transform(word.begin(), word.end(), word.begin(), toLowerInC);
+    std::transform(word.begin(), word.end(), word.begin(), sw_detail::toLower);
     auto const* const known = std::find_if(kOperatorWords.begin(), kOperatorWords.end(),
                                            [&word](OperatorWord const& entry) { return entry.word == word; });
     if (known != kOperatorWords.end()) {

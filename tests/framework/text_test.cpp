@@ -40,6 +40,8 @@ TEST(Text, TheClassesOfEveryByte)
         char const byte = static_cast<char>(static_cast<unsigned char>(value));
         EXPECT_EQ(sw_detail::isSpace(byte), kSpaces.find(byte) != std::string_view::npos);
         EXPECT_EQ(sw_detail::isDigit(byte), kDigits.find(byte) != std::string_view::npos);
+        bool const isCapital = value >= 'A' && value <= 'Z';
+        EXPECT_EQ(sw_detail::toLower(byte), isCapital ? static_cast<char>(value + 32) : byte);
         EXPECT_EQ(sw_detail::hexDigitValue(byte), std::max(place(kLowerDigits, byte), place(kUpperDigits, byte)));
     }
 }
