@@ -1,11 +1,15 @@
 // Opens fonts and finds the one for a character; between the shaper and the font files.
 #include "imaging/fonts.h"
 
+#include "sw_text.h"
+
 #include <hb-ot.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 
 namespace imaging {
 namespace {
@@ -63,6 +67,38 @@ bool offersAll(FcPattern* candidate, std::span<char32_t const> cluster)
     }
     return std::all_of(cluster.begin(), cluster.end(),
                        [&](char32_t c) { return isNeverDrawn(c) || FcCharSetHasChar(characters, c) == FcTrue; });
+}
+
+/// Families that mean whatever fontconfig has for them.
+bool isGeneric(std::string_view family)
+{
+    constexpr std::array<std::string_view, 8> kGeneric{"sans-serif", "sans",      "serif",   "monospace",
+                                                       "mono",       "system-ui", "cursive", "fantasy"};
+    auto const sameLetters = [](char a, char b) { return sw_detail::toLower(a) == sw_detail::toLower(b); };
+    return std::any_of(kGeneric.begin(), kGeneric.end(), [&](std::string_view name) {
+        return std::equal(name.begin(), name.end(), family.begin(), family.end(), sameLetters);
+    });
+}
+
+bool isInstalled(std::string const& family)
+{
+    Pattern const pattern(FcPatternCreate());
+    FcPatternAddString(pattern.get(), FC_FAMILY, reinterpret_cast<FcChar8 const*>(family.c_str()));
+    FcPatternAddBool(pattern.get(), FC_OUTLINE, FcTrue);
+    FcObjectSet* const wanted = FcObjectSetBuild(FC_FAMILY, nullptr);
+    FcFontSet* const found = FcFontList(nullptr, pattern.get(), wanted);
+    bool const isThere = found != nullptr && found->nfont > 0;
+    if (found != nullptr) {
+        FcFontSetDestroy(found);
+    }
+    FcObjectSetDestroy(wanted);
+    return isThere;
+}
+
+bool hasDigits(Font const& font)
+{
+    constexpr std::u32string_view kDigits = U"0123456789";
+    return std::all_of(kDigits.begin(), kDigits.end(), [&](char32_t digit) { return font.has(digit); });
 }
 
 /// The design distance in pixels, rounded up.
@@ -131,6 +167,10 @@ void Fonts::open(std::string const& family)
         throw std::runtime_error("no font can be opened for family '" + name +
                                  "': FreeType does not start; free some memory");
     }
+    if (!family.empty() && !isGeneric(name) && !isInstalled(name)) {
+        throw std::runtime_error("no font of the family '" + name +
+                                 "' is installed; install it or name one that `fc-list : family` lists");
+    }
     auto const wanted = patternFor(name);
     FcResult result = FcResultNoMatch;
     Pattern const best(FcFontMatch(nullptr, wanted.get(), &result));
@@ -138,6 +178,10 @@ void Fonts::open(std::string const& family)
     if (!own) {
         throw std::runtime_error("no font can be opened for family '" + name +
                                  "'; install it (Debian: fonts-dejavu-core) or name another one");
+    }
+    if (!hasDigits(*own)) {
+        throw std::runtime_error("the font of the family '" + name +
+                                 "' has no digits, which telemetry needs; name another one");
     }
     fonts_.clear();
     fonts_.push_back(std::move(own));

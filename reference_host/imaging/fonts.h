@@ -53,8 +53,9 @@ public:
     Fonts(Fonts const&) = delete;
     Fonts& operator=(Fonts const&) = delete;
 
-    /// Opens the font that fontconfig finds for `family` ("" means DejaVu Sans) and asks for the order of
-    /// fallbacks. Throws std::runtime_error naming the family when no font can be opened.
+    /// Opens the font that fontconfig finds for `family` and asks for the order of fallbacks. "" means DejaVu Sans, or
+    /// what there is in its place; any other family but the generic ones must be installed. Throws std::runtime_error
+    /// naming the family when it is not, when it has no digits or cannot be opened; the fonts are then as before.
     void open(std::string const& family);
     bool isOpen() const { return !fonts_.empty(); }
 

@@ -17,8 +17,8 @@ struct GlyphKey {
     std::uint32_t glyph = 0;      ///< index in the font, or kMissingGlyph
     std::uint16_t pixelSize = 0;  ///< of the em square, at least 1
     FontId font = 0;
-    std::uint8_t thickness = 1;  ///< of the pen, at least 1: the outline is stroked thickness - 1 pixels wide
-    std::uint8_t phase = 0;      ///< shift to the right in 1/kPhases pixel
+    std::uint16_t thickness = 1;  ///< of the pen, at least 1: the outline is stroked thickness - 1 pixels wide
+    std::uint8_t phase = 0;       ///< shift to the right in 1/kPhases pixel
 
     friend bool operator==(GlyphKey const&, GlyphKey const&) = default;
 };

@@ -32,6 +32,12 @@ enum class ColorMatrix {
 /// How pen colours become luma and chroma. The default is Auto in limited range.
 void setColor(Painter& painter, ColorMatrix matrix, bool fullRange);
 
+inline constexpr int kLargestOutline = 128;
+
+/// A dark rim, so many pixels wide, around every text from now on: 0 to kLargestOutline, else the nearest of both. 0,
+/// the default, draws what the plugin asks for and nothing else. Measured boxes include the rim.
+void setOutline(Painter& painter, int pixels);
+
 struct DrawnText {
     std::string text;
     int x = 0;
@@ -43,8 +49,10 @@ struct DrawnText {
 /// An empty observer ends that.
 void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer);
 
-/// Opens the font for `family` (found through fontconfig; "" means DejaVu Sans) so that the first text
-/// costs no more than any other. Throws std::runtime_error naming the family when no font can be opened.
+/// Opens the font for `family` so that the first text costs no more than any other: "" means DejaVu Sans or what
+/// fontconfig offers in its place, generic names ("monospace") mean what fontconfig has for them, every other must be
+/// installed. Throws std::runtime_error naming the family and the cure when it is not, has no digits or cannot be
+/// opened; then the font is as before.
 void openFonts(Painter& painter, std::string const& family = "");
 
 }  // namespace imaging

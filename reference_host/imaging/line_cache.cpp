@@ -9,7 +9,7 @@ namespace {
 
 std::uint64_t hashOf(std::string_view text, LineStyle const& style, int parity)
 {
-    auto const kind = static_cast<std::uint64_t>(style.pixelSize) << 32 |
+    auto const kind = static_cast<std::uint64_t>(style.pixelSize) << 32 | static_cast<std::uint64_t>(style.room) << 20 |
                       static_cast<std::uint64_t>(style.thickness) << 8 | static_cast<std::uint64_t>(parity);
     return joinHash(std::hash<std::string_view>()(text), kind + 1);
 }

@@ -26,16 +26,16 @@ std::optional<MappedNV12> drawable(MappedNV12 target)
     return target;
 }
 
-imaging::LineStyle lineStyle(int pixelSize, Pen const& pen)
-{
-    return {pixelSize, std::max<int>(pen.thickness, 1)};
-}
-
 }  // namespace
 
 imaging::YCbCr Painter::Impl::colorOn(MappedNV12 const& target) const
 {
     return imaging::toYCbCr(pen.r, pen.g, pen.b, matrix, fullRange, target.height);
+}
+
+imaging::YCbCr Painter::Impl::rimColorOn(MappedNV12 const& target) const
+{
+    return imaging::toYCbCr(0, 0, 0, matrix, fullRange, target.height);
 }
 
 Painter::Painter() : impl_(std::make_unique<Impl>()) {}
@@ -67,7 +67,7 @@ void Painter::setPenRGB(unsigned char r, unsigned char g, unsigned char b)
 bool Painter::measureTextBBox(std::string const& text, int x, int y, int pixelSize, int /*reserved1*/,
                               int /*reserved2*/, int* left, int* top, int* right, int* bottom) const
 {
-    auto const box = impl_->texts.measure(text, x, y, lineStyle(pixelSize, impl_->pen));
+    auto const box = impl_->texts.measure(text, x, y, impl_->rimStyle(pixelSize));
     if (!box) {
         return false;
     }
@@ -94,9 +94,14 @@ void Painter::drawTextMapped(MappedNV12 const& target, int x, int y, std::string
         impl_->observer({text, x, y, style.pixelSize});
         return;
     }
-    if (auto const planes = drawable(target)) {
-        impl_->texts.draw(*planes, text, x, y, lineStyle(style.pixelSize, impl_->pen), impl_->colorOn(*planes));
+    auto const planes = drawable(target);
+    if (!planes) {
+        return;
     }
+    if (impl_->outline > 0) {
+        impl_->texts.draw(*planes, text, x, y, impl_->rimStyle(style.pixelSize), impl_->rimColorOn(*planes));
+    }
+    impl_->texts.draw(*planes, text, x, y, impl_->textStyle(style.pixelSize), impl_->colorOn(*planes));
 }
 
 namespace imaging {
@@ -105,6 +110,11 @@ void setColor(Painter& painter, ColorMatrix matrix, bool fullRange)
 {
     painter.impl().matrix = matrix;
     painter.impl().fullRange = fullRange;
+}
+
+void setOutline(Painter& painter, int pixels)
+{
+    painter.impl().outline = std::clamp(pixels, 0, kLargestOutline);
 }
 
 void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer)

@@ -10,9 +10,19 @@ struct Painter::Impl {
     Pen pen;
     imaging::ColorMatrix matrix = imaging::ColorMatrix::Auto;
     bool fullRange = false;
+    int outline = 0;  ///< pixels of the dark rim around texts
     std::function<void(imaging::DrawnText const&)> observer;
     imaging::TextRenderer texts;
     imaging::BoxRenderer boxes;
 
+    /// Of a text with its rim, which is a wider stroke, and of the text itself; both have their glyphs at the same
+    /// places.
+    imaging::LineStyle rimStyle(int pixelSize) const { return {pixelSize, penThickness() + 2 * outline, 0}; }
+    imaging::LineStyle textStyle(int pixelSize) const { return {pixelSize, penThickness(), outline}; }
+
     imaging::YCbCr colorOn(MappedNV12 const& target) const;
+    imaging::YCbCr rimColorOn(MappedNV12 const& target) const;
+
+private:
+    int penThickness() const { return pen.thickness > 1 ? pen.thickness : 1; }
 };

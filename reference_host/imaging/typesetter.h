@@ -20,10 +20,11 @@ inline constexpr int kLargestSubPixelSize = 96;
 /// How a line looks, as far as its glyphs are concerned.
 struct LineStyle {
     int pixelSize = 1;  ///< 1 to kLargestPixelSize
-    int thickness = 1;  ///< of the pen, 1 to 255
+    int thickness = 1;  ///< of the pen, 1 to kLargestThickness
+    int room = 0;       ///< pixels left free around the stroke, for a rim that is drawn apart
 
-    /// How far the stroke reaches beyond the outline, rounded up to whole pixels.
-    int reach() const { return thickness / 2; }
+    /// How far stroke and room reach beyond the outline, rounded up to whole pixels.
+    int reach() const { return thickness / 2 + room; }
     friend bool operator==(LineStyle const&, LineStyle const&) = default;
 };
 
@@ -37,7 +38,7 @@ struct PlacedGlyph {
 
     GlyphKey key(LineStyle const& style) const
     {
-        return {glyph, static_cast<std::uint16_t>(style.pixelSize), font, static_cast<std::uint8_t>(style.thickness),
+        return {glyph, static_cast<std::uint16_t>(style.pixelSize), font, static_cast<std::uint16_t>(style.thickness),
                 phase};
     }
 };

@@ -129,6 +129,20 @@ void drawThicknesses(Canvas& canvas)
     }
 }
 
+void drawOutlines(Canvas& canvas)
+{
+    int x = 4;
+    for (int const outline : {0, 1, 2, 4}) {
+        imaging::setOutline(canvas.painter, outline);
+        canvas.painter.setPenRGB(255, 255, 255);
+        canvas.text("Alt 8\n34\u00B0", x, 3, 24);
+        canvas.painter.setPenRGB(255, 220, 60);
+        canvas.text("Rg", x, 76, 28, 4);
+        canvas.text("\u0639\u0644\u064A", x + 52, 78, 20);
+        x += 92;
+    }
+}
+
 void drawSizes(Canvas& canvas)
 {
     canvas.painter.setPenRGB(255, 255, 255);
@@ -199,6 +213,7 @@ INSTANTIATE_TEST_SUITE_P(
         Golden{"cjk", Likeness::Close, 266, 36, texts("Alt \u9AD8\u5EA6 1250 \u65E5\u672C\u8A9E \u6F22\u5B57", 20)},
         Golden{"missing", Likeness::Close, 200, 34, texts("a\U0010FFFDb \xFF \xE2\x82 \x01 c", 20)},
         Golden{"thickness", Likeness::Close, 344, 200, drawThicknesses},
+        Golden{"outlines", Likeness::Close, 374, 122, drawOutlines},
         Golden{"sizes", Likeness::Close, 400, 190, drawSizes}, Golden{"colors", Likeness::Close, 290, 68, drawColors},
         Golden{"text_clipped", Likeness::Close, 121, 75, drawClippedTexts},
         Golden{"odd_edges", Likeness::Close, 67, 41, drawOdd}),

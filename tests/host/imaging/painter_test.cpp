@@ -539,4 +539,119 @@ TEST(PainterFonts, AnotherFamilyReplacesWhatWasRemembered)
     EXPECT_GT(wide.right, narrow.right);
 }
 
+/// A grey picture, on which both a white text and its black rim show.
+class GreyPicture {
+public:
+    GreyPicture() : picture(160, 60, 90, 128) {}
+
+    Rect changed() const
+    {
+        Rect rect{picture.planes().width, picture.planes().height, 0, 0};
+        for (int y = 0; y < picture.planes().height; ++y) {
+            for (int x = 0; x < picture.planes().width; ++x) {
+                if (picture.y(x, y) != 90) {
+                    rect = {std::min(rect.left, x), std::min(rect.top, y), std::max(rect.right, x + 1),
+                            std::max(rect.bottom, y + 1)};
+                }
+            }
+        }
+        return rect;
+    }
+
+    TestPicture picture;
+};
+
+// What the rim adds is a wider black stroke below the text; the text stands where that stroke leaves it room.
+TEST(PainterOutline, IsAWiderStrokeBelowTheText)
+{
+    for (int const thickness : {1, 2, 3, 6}) {
+        for (int const outline : {1, 2, 5}) {
+            SCOPED_TRACE(std::to_string(thickness) + " with " + std::to_string(outline));
+            CoveragePainter painter;
+            painter.painter.setPenThickness(static_cast<unsigned char>(thickness));
+            imaging::setOutline(painter.painter, outline);
+            GreyPicture outlined;
+            painter.draw(outlined.picture, "Ag 8\u00B0", 21, 11, 22);
+
+            imaging::setOutline(painter.painter, 0);
+            GreyPicture byHand;
+            painter.painter.setPen({0, 0, 0, static_cast<std::uint8_t>(thickness + 2 * outline)});
+            painter.draw(byHand.picture, "Ag 8\u00B0", 21, 11, 22);
+            painter.painter.setPen({255, 255, 255, static_cast<std::uint8_t>(thickness)});
+            painter.draw(byHand.picture, "Ag 8\u00B0", 21 + outline, 11 + outline, 22);
+            EXPECT_TRUE(outlined.picture.pixels() == byHand.picture.pixels());
+        }
+    }
+}
+
+TEST(PainterOutline, MeasuredBoxHoldsTheRim)
+{
+    CoveragePainter painter;
+    for (int const outline : {1, 3, 8}) {
+        SCOPED_TRACE(outline);
+        for (std::string const text : {"jW", "|g|\n\u00C5y", "8"}) {
+            SCOPED_TRACE(text);
+            imaging::setOutline(painter.painter, 0);
+            Rect const plain = painter.box(text, 40, 9, 16);
+            imaging::setOutline(painter.painter, outline);
+            Rect const box = painter.box(text, 40, 9, 16);
+            int const lines = text.find('\n') == std::string::npos ? 1 : 2;
+            EXPECT_EQ(box.right - box.left, plain.right - plain.left + 2 * outline);
+            EXPECT_EQ(box.bottom - box.top, plain.bottom - plain.top + 2 * outline * lines);
+            EXPECT_EQ(box.top, 9) << "the anchor stays the corner of the first line's box";
+            GreyPicture picture;
+            painter.draw(picture.picture, text, 40, 9, 16);
+            Rect const ink = picture.changed();
+            EXPECT_GE(ink.left, box.left);
+            EXPECT_GE(ink.top, box.top);
+            EXPECT_LE(ink.right, box.right);
+            EXPECT_LE(ink.bottom, box.bottom);
+        }
+    }
+}
+
+TEST(PainterOutline, OfZeroIsNone)
+{
+    CoveragePainter painter;
+    GreyPicture before;
+    painter.draw(before.picture, "Alt 120 m", 3, 5, 20);
+    imaging::setOutline(painter.painter, 4);
+    GreyPicture between;
+    painter.draw(between.picture, "Alt 120 m", 3, 5, 20);
+    EXPECT_TRUE(before.picture.pixels() != between.picture.pixels());
+    imaging::setOutline(painter.painter, 0);
+    GreyPicture after;
+    painter.draw(after.picture, "Alt 120 m", 3, 5, 20);
+    EXPECT_TRUE(before.picture.pixels() == after.picture.pixels());
+}
+
+TEST(PainterOutline, StaysWithinItsLimits)
+{
+    CoveragePainter painter;
+    Rect const plain = painter.box("8", 0, 0, 20);
+    imaging::setOutline(painter.painter, -3);
+    EXPECT_EQ(painter.box("8", 0, 0, 20), plain);
+    imaging::setOutline(painter.painter, 1000);
+    EXPECT_EQ(painter.box("8", 0, 0, 20).right, plain.right + 2 * imaging::kLargestOutline);
+    // The widest pen with the widest rim is one stroke of 511 pixels.
+    painter.painter.setPenThickness(255);
+    GreyPicture picture;
+    painter.draw(picture.picture, "8", -200, -240, 20);
+    EXPECT_EQ(picture.changed(), (Rect{0, 0, 160, 60}));
+}
+
+// Drawn a third time a text comes from what is remembered, rim and all.
+TEST(PainterOutline, RememberedTextsLookTheSame)
+{
+    CoveragePainter painter;
+    imaging::setOutline(painter.painter, 2);
+    GreyPicture first;
+    painter.draw(first.picture, "constant", 4, 7, 18);
+    for (int i = 0; i < 3; ++i) {
+        GreyPicture again;
+        painter.draw(again.picture, "constant", 4, 7, 18);
+        EXPECT_TRUE(first.picture.pixels() == again.picture.pixels());
+    }
+}
+
 }  // namespace
