@@ -3,14 +3,13 @@
 #include "stanag_overlay_config.h"
 
 #include "config_changes.h"
+#include "file_bytes.h"
 
 #include "SwJson.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <regex>
@@ -31,8 +30,7 @@ struct Row {
 
 std::string fileText(std::string const& path)
 {
-    std::ifstream file(OVERLAY_SOURCE_DIR "/" + path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return file_test::readFile(OVERLAY_SOURCE_DIR "/" + path);
 }
 
 /// Everything between backquotes.

@@ -5,13 +5,12 @@
 #include "stanag_overlay_config.h"
 
 #include "config_changes.h"
+#include "file_bytes.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 
@@ -62,11 +61,9 @@ TEST(ConfigSchema, IsTheGoldenText)
 {
     std::string const text = build({});
     if (std::getenv("OVERLAY_UPDATE_GOLDEN") != nullptr) {
-        std::ofstream(kGoldenPath, std::ios::binary) << text;
+        file_test::writeFile(kGoldenPath, text);
     }
-    std::ifstream file(kGoldenPath, std::ios::binary);
-    std::string const golden{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    EXPECT_EQ(text, golden) << kGoldenPath;
+    EXPECT_EQ(text, file_test::readFile(kGoldenPath)) << kGoldenPath;
 }
 
 TEST(ConfigSchema, HeadAndTailHaveTheirLengths)

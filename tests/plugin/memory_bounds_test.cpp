@@ -1,5 +1,6 @@
 // What a block remembers is bounded by its configuration: one entry at most for each key of "formats", and none
 // for a key that only the telemetry brings, however many of those come.
+#include "overlay_numbers.h"
 #include "stanag_overlay_config.h"
 #include "stanag_overlay_format.h"
 
@@ -17,7 +18,6 @@ namespace {
 using Keys = std::set<std::string>;
 
 constexpr int kFrames = 5000;
-constexpr std::uint64_t kNsPerMs = 1000000;
 
 struct Row {
     char const* name;

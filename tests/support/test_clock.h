@@ -1,11 +1,13 @@
 // The plugin's clock in tests: it stands still until a test moves it. Linked in place of steady_time.cpp.
 #pragma once
 
+#include "overlay_numbers.h"
+
 #include <cstdint>
 
 namespace test_clock {
 
-inline constexpr std::uint64_t kNsPerMs = 1000000;
+using stanag_overlay::kNsPerMs;
 
 void setNowNs(std::uint64_t nowNs);
 void advanceNs(std::uint64_t byNs);
