@@ -121,6 +121,9 @@ void TelemetryFeed::placeFile_(std::string const& stream)
     for (std::string const& remark : placement.remarks) {
         placementRemarks_.push_back(options_.file + ": " + (stream.empty() ? "" : "stream " + stream + ": ") + remark);
     }
+    if (found->second.front().lasting) {
+        timeline_.setConstants(producer, found->second.front().payload);
+    }
     double const start = (ownFile_ ? summary_.startSeconds : firstSeconds_) + options_.offsetSeconds;
     for (std::size_t index = 0; index < found->second.size(); ++index) {
         timeline_.add(producer, start + placement.seconds[index], std::move(found->second[index].payload));

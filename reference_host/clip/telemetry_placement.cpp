@@ -14,8 +14,10 @@ using sw_text::counted;
 
 constexpr char const* kStampKey = "utc_timestamp_us";
 
-/// A leap ahead of this length is a new clock, as on the clip's own axis, not a gap.
-constexpr double kLeapSeconds = 10.0;
+/// A leap ahead that is no longer than this is a gap in every clip.
+constexpr double kGapSeconds = 10.0;
+/// The same where the clip's length is unknown; clocks that are set leap by more.
+constexpr double kGapOfUnknownSeconds = 3600.0;
 /// A fall back up to this length is disorder: senders follow the decoding order of the pictures.
 constexpr double kDisorderSeconds = 1.0;
 
@@ -37,15 +39,18 @@ Stamps stampsOf(std::vector<telemetry::Packet> const& packets)
 /// Gives stamped packets their places one after the other.
 class StampWalk {
 public:
+    /// A leap ahead by more than `longestGap` seconds is a new clock.
+    explicit StampWalk(double longestGap) : longestGap_(longestGap) {}
+
     /// The place of the next stamped packet.
     double next(std::int64_t stamp)
     {
-        if (!newest_) {
+        if (newest_ == 0) {
             newest_ = stamp;
             return place_;
         }
-        double const ahead = static_cast<double>(stamp - *newest_) / 1e6;
-        if (ahead < -kDisorderSeconds || ahead > kLeapSeconds) {
+        double const ahead = static_cast<double>(stamp - newest_) / 1e6;
+        if (ahead < -kDisorderSeconds || ahead > longestGap_) {
             ++disorders_;
             place_ += step_;
         } else if (ahead < 0.0) {
@@ -61,8 +66,9 @@ public:
     std::size_t disorders() const { return disorders_; }
 
 private:
-    std::optional<std::int64_t> newest_;  ///< of the clock that runs now
-    double place_ = 0.0;                  ///< of the newest stamp
+    double longestGap_;
+    std::int64_t newest_ = 0;  ///< of the clock that runs now; 0: no stamp yet
+    double place_ = 0.0;       ///< of the newest stamp
     double step_ = 0.0;
     std::size_t disorders_ = 0;
 };
@@ -77,16 +83,22 @@ void fillBetween(std::vector<double>& seconds, std::size_t first, std::size_t la
     }
 }
 
-Placement byStamps(Stamps const& stamps)
+/// Whether it is the one packet that has to say nothing of when it holds.
+bool holdsFromTheStart(std::vector<telemetry::Packet> const& packets, std::size_t index)
+{
+    return index == 0 && packets[index].lasting;
+}
+
+Placement byStamps(std::vector<telemetry::Packet> const& packets, Stamps const& stamps, double longestGap)
 {
     Placement placement;
     placement.seconds.resize(stamps.size());
-    StampWalk walk;
+    StampWalk walk(longestGap);
     std::size_t without = 0;
     std::optional<std::size_t> before;
     for (std::size_t index = 0; index < stamps.size(); ++index) {
         if (!stamps[index]) {
-            ++without;
+            without += holdsFromTheStart(packets, index) ? 0U : 1U;
             placement.seconds[index] = before ? placement.seconds[*before] : 0.0;
             continue;
         }
@@ -112,12 +124,16 @@ Placement spread(std::vector<telemetry::Packet> const& packets, ClipLength const
 {
     Placement placement;
     double const step = length.seconds ? *length.seconds / static_cast<double>(packets.size()) : length.frameSeconds;
+    double earliest = 0.0;
     std::size_t without = 0;
-    double nth = 0.0;
-    for (telemetry::Packet const& packet : packets) {
-        without += packet.timeSeconds ? 0U : 1U;
-        placement.seconds.push_back(packet.timeSeconds.value_or(nth * step));
-        nth += 1.0;
+    for (std::size_t index = 0; index < packets.size(); ++index) {
+        std::optional<double> const time = packets[index].timeSeconds;
+        without += time || holdsFromTheStart(packets, index) ? 0U : 1U;
+        placement.seconds.push_back(time.value_or(static_cast<double>(index) * step));
+        earliest = std::min(earliest, placement.seconds.back());
+    }
+    if (!packets.empty() && holdsFromTheStart(packets, 0) && !packets.front().timeSeconds) {
+        placement.seconds.front() = earliest;
     }
     if (without > 0) {
         placement.remarks.push_back(counted(without, "packet has no time; it was spread evenly over the clip",
@@ -134,7 +150,8 @@ Placement placePackets(std::vector<telemetry::Packet> const& packets, ClipLength
     bool const timed = std::any_of(packets.begin(), packets.end(),
                                    [](telemetry::Packet const& packet) { return packet.timeSeconds.has_value(); });
     bool const stamped = std::any_of(stamps.begin(), stamps.end(), [](auto const& stamp) { return stamp.has_value(); });
-    return !timed && stamped ? byStamps(stamps) : spread(packets, length);
+    double const longestGap = std::max(kGapSeconds, length.seconds.value_or(kGapOfUnknownSeconds));
+    return !timed && stamped ? byStamps(packets, stamps, longestGap) : spread(packets, length);
 }
 
 }  // namespace clip

@@ -29,10 +29,11 @@ struct ClipLength {
 /// * Else the stamps decide (key utc_timestamp_us; 0 is none): the first stands at the clip's start, each other as
 ///   much later as its stamp is. A packet without a stamp stands evenly between its stamped neighbours; before the
 ///   first and after the last it stands with that one.
+/// * The first packet, when it is lasting, needs neither: it stands with or before all others.
 /// * Stamps that do not rise as they should leave the order of reading: one that runs back by up to a second stands
 ///   with the packet before it, until the stamps have caught up; one that runs back further, or leaps ahead by more
-///   than ten seconds, is a new clock and stands one step behind the packet before, where the step is the last
-///   ordinary rise from one stamp to the next.
+///   than the clip lasts (an hour when that is unknown) and more than ten seconds, is a new clock and stands one step
+///   behind the packet before, where the step is the last ordinary rise from one stamp to the next.
 Placement placePackets(std::vector<telemetry::Packet> const& packets, ClipLength const& length);
 
 }  // namespace clip

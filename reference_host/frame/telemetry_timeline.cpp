@@ -5,11 +5,31 @@
 #include <utility>
 
 namespace frame {
+namespace {
+
+using Payload = std::shared_ptr<SwJsonObject const>;
+
+Payload withConstants(Payload const& payload, SwJsonObject const& constants)
+{
+    if (constants.empty()) {
+        return payload;
+    }
+    SwJsonObject completed = *payload;
+    for (auto const& [key, value] : constants) {
+        if (!completed.contains(key)) {
+            completed.insertOrAssign(key, value);
+        }
+    }
+    return std::make_shared<SwJsonObject const>(std::move(completed));
+}
+
+}  // namespace
 
 std::size_t TelemetryTimeline::addProducer(std::string name)
 {
     names_.push_back(std::move(name));
     entries_.emplace_back();
+    constants_.emplace_back();
     return names_.size() - 1;
 }
 
@@ -45,6 +65,7 @@ std::vector<Choice> TelemetryTimeline::choose(double seconds, std::uint64_t fram
         }
         if (chosen.firstFrame == 0) {
             chosen.firstFrame = frameIndex;
+            chosen.payload = withConstants(chosen.payload, constants_[producer]);
         }
         bool const lookback = previousSeconds_ && chosen.seconds < *previousSeconds_ - kSameMoment;
         choices.push_back({names_[producer], chosen.payload, chosen.firstFrame, lookback});

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace frame {
@@ -41,6 +42,10 @@ public:
     /// any key is left out: it says nothing.
     void add(std::size_t producer, double seconds, SwJsonObject payload);
 
+    /// What holds for the producer's packets that do not say otherwise: a frame gets these keys with every packet that
+    /// lacks them.
+    void setConstants(std::size_t producer, SwJsonObject constants) { constants_[producer] = std::move(constants); }
+
     /// From now on a packet that is older than its frame by more than this counts as gone; empty: none does.
     void setMaxAge(std::optional<double> seconds) { maxAge_ = seconds; }
 
@@ -62,6 +67,7 @@ private:
     std::optional<double> maxAge_;
     std::vector<std::string> names_;
     std::vector<std::deque<Entry>> entries_;  ///< per producer, by rising time
+    std::vector<SwJsonObject> constants_;     ///< per producer
     std::optional<double> previousSeconds_;
     std::optional<double> newest_;
 };

@@ -59,7 +59,7 @@ Checksum checksumOf(std::string const& text)
     return Checksum::Absent;
 }
 
-Packet parseLine(std::string_view line, std::string const& name, std::size_t number)
+Packet parseLine(std::string_view line, std::string const& name, std::size_t number, bool isFirst)
 {
     std::string error;
     SwJsonValue root = parseJsonText(line, error);
@@ -81,6 +81,7 @@ Packet parseLine(std::string_view line, std::string const& name, std::size_t num
     } else {
         packet.payload = std::move(*root.editObject());
         packet.payload.erase(kTimeKey);
+        packet.lasting = isFirst;
     }
     return packet;
 }
@@ -103,7 +104,7 @@ std::vector<Packet> parseJsonLines(std::string_view text, std::string const& nam
         std::size_t const end = std::min(text.find('\n'), text.size());
         std::string_view const line = text.substr(0, end);
         if (!isBlank(line)) {
-            packets.push_back(parseLine(line, name, number));
+            packets.push_back(parseLine(line, name, number, packets.empty()));
         }
         text.remove_prefix(std::min(end + 1, text.size()));
     }

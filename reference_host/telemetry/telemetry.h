@@ -26,6 +26,7 @@ struct Packet {
     Checksum checksum = Checksum::Absent;
     SwJsonObject payload;
     std::string stream{};  ///< by what name its stream is told from others; empty when there is only one
+    bool lasting = false;  ///< what it says holds for later packets of its source that do not say otherwise
 };
 
 /// What a KLV stream held, for the summary that people read.
@@ -69,7 +70,8 @@ std::vector<Packet> readKlvFile(std::string const& path, KlvCounts& counts);
 /// Without "t", or with null, the packet has no time. Values are taken as they are written: "012" is a text, 1.0 a
 /// double, 1 an integer. Blank lines and a byte order mark are skipped. A line with "pts" and the object "payload",
 /// as the program lists packets, gives that object's keys, with "pts" for the time where there is no "t", and
-/// "checksum" and "stream" if they are there. Throws std::runtime_error "NAME:LINE: what is wrong".
+/// "checksum" and "stream" if they are there. The first packet is lasting, unless it was listed so. Throws
+/// std::runtime_error "NAME:LINE: what is wrong".
 /// `{"t":1.5,"heading_deg":90}` gives a packet at 1.5 s with the one key heading_deg.
 std::vector<Packet> parseJsonLines(std::string_view text, std::string const& name);
 

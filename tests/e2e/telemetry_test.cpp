@@ -246,6 +246,48 @@ TEST_F(Telemetry, TextsOfJsonLinesStayTexts)
     EXPECT_EQ(drawn(text("plain.ts", {"--telemetry", "@texts.jsonl"}, "texts.json")), "00123 1e5 123 1.500000x20");
 }
 
+TEST_F(Telemetry, TextsThatLookLikeNumbersFollowTheBlocksDecimals)
+{
+    e2e::writeFile(file("texts.jsonl"), "{\"t\":0,\"tail\":\"00123\",\"side\":\"N12\"}\n");
+    e2e::writeFile(file("texts.json"), R"({"overlay":[{"formatString":"%tail %side","textSize":100,"decimals":0},
+        {"formatString":"%tail","textSize":100,"decimals":0,"formats":{"tail":{"decimals":-1}}}]})");
+    Result const result = text("plain.ts", {"--telemetry", "@texts.jsonl"}, "texts.json");
+    EXPECT_EQ(drawn(result), "123 N12x20");
+    std::string const first = e2e::linesOf(result.out).front();
+    EXPECT_NE(first.find("{\"text\": \"00123\""), std::string::npos) << "the key's own format wins: " << first;
+}
+
+TEST_F(Telemetry, TheFirstOfJsonLinesMayHoldConstants)
+{
+    e2e::writeFile(file("tail.json"), R"({"overlay":[{"formatString":"%tail %heading_deg","textSize":100}]})");
+    struct Row {
+        char const* name;
+        std::string lines;
+        char const* drawn;
+    };
+    std::string const headings = "{\"t\":0.2,\"heading_deg\":1}\n{\"t\":0.4,\"heading_deg\":2}\n";
+    Row const rows[] = {
+        {"without a time", "{\"tail\":\"T7\"}\n" + headings, "T7 --x5 T7 1x5 T7 2x10"},
+        {"with one", "{\"t\":0,\"tail\":\"T7\"}\n" + headings, "T7 --x5 T7 1x5 T7 2x10"},
+        {"a later line says otherwise, for itself only",
+         "{\"tail\":\"T7\"}\n{\"t\":0,\"tail\":\"T8\",\"heading_deg\":0}\n" + headings, "T8 0x5 T7 1x5 T7 2x10"},
+        {"null says otherwise too", "{\"tail\":\"T7\"}\n{\"t\":0,\"tail\":null,\"heading_deg\":0}\n" + headings,
+         "null 0x5 T7 1x5 T7 2x10"},
+        {"later lines hold for themselves", headings + "{\"t\":0.6,\"tail\":\"T9\"}\n", ".x5 -- 1x5 -- 2x5 T9 1x5"},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.name);
+        e2e::writeFile(file("t.jsonl"), row.lines);
+        Result const result = text("plain.ts", {"--telemetry", "@t.jsonl"}, "tail.json");
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(drawn(result), row.drawn);
+    }
+    // Greatest age counts from the line that is shown, not from the first one.
+    e2e::writeFile(file("t.jsonl"), rows[0].lines);
+    EXPECT_EQ(drawn(text("plain.ts", {"--telemetry", "@t.jsonl", "--max-age", "0.2"}, "tail.json")),
+              "T7 --x5 T7 1x5 T7 2x6 -- --x4");
+}
+
 TEST_F(Telemetry, BeyondTheGreatestAgeItCountsAsGone)
 {
     std::vector<SwJsonObject> payloads(170);

@@ -91,6 +91,32 @@ TEST(TelemetryPlacement, GoesOnOneStepBehindAClockThatWasSet)
         << "a stamp that comes twice is no step";
 }
 
+TEST(TelemetryPlacement, AGapThatFitsIntoTheClipIsAGap)
+{
+    EXPECT_EQ(textOf(allStamped({0, 40, 10041, 10081}), 60.0), "0 40 10041 10081");
+    EXPECT_EQ(textOf(allStamped({0, 40, 60040, 60080}), 60.0), "0 40 60040 60080");
+    EXPECT_EQ(textOf(allStamped({0, 40, 60041, 60081}), 60.0),
+              "0 40 80 120\n1 time stamp jumps or runs backwards; reading order decides there");
+    EXPECT_EQ(textOf(allStamped({0, 40, 3600040}), std::nullopt), "0 40 3600040");
+    EXPECT_EQ(textOf(allStamped({0, 40, 3600041}), std::nullopt),
+              "0 40 80\n1 time stamp jumps or runs backwards; reading order decides there")
+        << "an hour where the clip's length is unknown";
+}
+
+TEST(TelemetryPlacement, ALastingFirstPacketNeedsNoTime)
+{
+    telemetry::Packet constants = plain();
+    constants.lasting = true;
+    EXPECT_EQ(textOf({constants}), "0");
+    EXPECT_EQ(textOf({constants, plain(5.0), plain(6.0)}), "0 5000 6000");
+    EXPECT_EQ(textOf({constants, plain(-2.0), plain(-3.0), plain(1.0)}), "-3000 -2000 -3000 1000");
+    EXPECT_EQ(textOf({constants, stamped(500), stamped(700)}), "0 0 200");
+    EXPECT_EQ(textOf({constants, plain(), plain(1.0)}),
+              "0 667 1000\n1 packet has no time; it was spread evenly over the clip");
+    constants.timeSeconds = 0.5;
+    EXPECT_EQ(textOf({constants, plain(0.25)}), "500 250") << "a time that it has counts";
+}
+
 TEST(TelemetryPlacement, SetsPacketsWithoutStampBetweenTheirNeighbours)
 {
     EXPECT_EQ(textOf({stamped(0), plain(), plain(), plain(), stamped(200)}),

@@ -110,6 +110,26 @@ TEST(TelemetryTimeline, KeepsProducersApart)
     EXPECT_EQ(timeline.producers(), (std::vector<std::string>{"a", "b"}));
 }
 
+TEST(TelemetryTimeline, CompletesPacketsWithTheConstantsOfTheirProducer)
+{
+    TelemetryTimeline timeline;
+    std::size_t const one = timeline.addProducer("one");
+    std::size_t const two = timeline.addProducer("two");
+    timeline.setConstants(one, {{"n", SwJsonValue(7)}, {"tail", SwJsonValue("T7")}, {"gone", SwJsonValue(1)}});
+    timeline.add(one, 0.0, payload(1));
+    timeline.add(one, 1.0, {{"gone", SwJsonValue()}});
+    timeline.add(two, 0.0, payload(2));
+    std::vector<Choice> choices = timeline.choose(0.0, 1);
+    ASSERT_EQ(choices.size(), 2U);
+    EXPECT_EQ(*choices[0].payload,
+              (SwJsonObject{{"n", SwJsonValue(1)}, {"tail", SwJsonValue("T7")}, {"gone", SwJsonValue(1)}}));
+    EXPECT_EQ(*choices[1].payload, payload(2));
+    choices = timeline.choose(1.0, 2);
+    EXPECT_EQ(*choices[0].payload,
+              (SwJsonObject{{"n", SwJsonValue(7)}, {"tail", SwJsonValue("T7")}, {"gone", SwJsonValue()}}))
+        << "null is a value too";
+}
+
 TEST(TelemetryTimeline, LeavesOutPacketsWithoutKeys)
 {
     TelemetryTimeline timeline;

@@ -149,6 +149,20 @@ TEST(JsonLines, TakeWhatTheProgramLists)
     }
 }
 
+TEST(JsonLines, OnlyTheFirstPacketIsLastingUnlessItWasListed)
+{
+    auto const lasting = [](std::string_view text) {
+        std::string flags;
+        for (Packet const& packet : parseJsonLines(text, "f.jsonl")) {
+            flags += packet.lasting ? 'y' : 'n';
+        }
+        return flags;
+    };
+    EXPECT_EQ(lasting("\n{\"a\":1}\n{\"t\":0}\n{\"t\":1}\n"), "ynn");
+    EXPECT_EQ(lasting("{\"t\":0}\n{\"pts\":0,\"payload\":{\"b\":1}}\n"), "yn");
+    EXPECT_EQ(lasting("{\"pts\":0,\"payload\":{\"b\":1}}\n{\"t\":0}\n"), "nn");
+}
+
 TEST(JsonLines, NestingOfAnyDepthIsRead)
 {
     constexpr std::size_t kLevels = 200000;
