@@ -13,6 +13,7 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace e2e {
@@ -96,11 +97,17 @@ Result run(std::vector<std::string> const& arguments, RunOptions const& options)
         confine(options);
         becomeProgram(arguments);
     }
+    std::thread meanwhile([&options, child] {
+        if (options.meanwhile) {
+            options.meanwhile(child);
+        }
+    });
     if (options.slowed) {
         slowDown(child);
     }
     Result result;
     result.exitCode = exitCodeOf(child);
+    meanwhile.join();
     result.out = options.outputFile.empty() ? readFile(out) : "";
     result.err = readFile(folder.file("err"));
     return result;

@@ -4,6 +4,7 @@
 #include "file_bytes.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,11 +17,12 @@ struct Result {
 };
 
 struct RunOptions {
-    std::string inputFile;          ///< standard input; empty: nothing to read
-    std::string outputFile;         ///< standard output; empty: kept in Result::out
-    std::uint64_t fileLimit = 0;    ///< bytes that a file may grow to; 0: any number
-    bool obeysPermissions = false;  ///< locked files and folders hold for root too
-    bool slowed = false;            ///< stopped again and again while it runs
+    std::string inputFile;                 ///< standard input; empty: nothing to read
+    std::string outputFile;                ///< standard output; empty: kept in Result::out
+    std::uint64_t fileLimit = 0;           ///< bytes that a file may grow to; 0: any number
+    bool obeysPermissions = false;         ///< locked files and folders hold for root too
+    bool slowed = false;                   ///< stopped again and again while it runs
+    std::function<void(int)> meanwhile{};  ///< called with the process's number while it runs
 };
 
 /// Runs `stanag-overlay` with these arguments to its end.
