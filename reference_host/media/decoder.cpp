@@ -6,6 +6,17 @@
 
 namespace media {
 
+namespace {
+
+/// Whether threads of this decoder share a picture: a damaged slice then runs into what others decode, and the same
+/// clip gives other pictures each time.
+bool sharesPictures(AVCodecID codec)
+{
+    return codec == AV_CODEC_ID_MPEG1VIDEO || codec == AV_CODEC_ID_MPEG2VIDEO;
+}
+
+}  // namespace
+
 Decoder::Decoder(AVStream const& stream, std::string const& inputName, DecoderChoice const& choice)
 {
     AVCodec const* const codec = avcodec_find_decoder(stream.codecpar->codec_id);
@@ -21,7 +32,7 @@ Decoder::Decoder(AVStream const& stream, std::string const& inputName, DecoderCh
     int result = avcodec_parameters_to_context(context_.get(), stream.codecpar);
     if (result >= 0) {
         context_->pkt_timebase = stream.time_base;
-        context_->thread_count = choice.threads;
+        context_->thread_count = sharesPictures(codec->id) ? 1 : choice.threads;
         if (choice.lowDelay) {
             // Threads that work on several pictures at a time give each out as much later.
             context_->thread_type = FF_THREAD_SLICE;

@@ -20,6 +20,7 @@ constexpr std::size_t kMaxWaitingUnits = 4096;
 constexpr std::size_t kMaxKeptBytes = 256U << 20U;
 
 constexpr char const* kOtherPictures = "the decoder gives other pictures than the packets tell";
+constexpr char const* kDamaged = "pictures are damaged, and what stands in their place may come from before them";
 
 std::optional<std::int64_t> known(std::int64_t ticks)
 {
@@ -292,14 +293,18 @@ bool FrameReader::settle()
     expected.push_back(told_.front());
     while (std::optional<VideoUnit> unit = decodeNext_()) {
         if (unit->ticks < starts_.front()) {
+            damagedBefore_ = decoder_.damaged();
             continue;  // leads the picture where decoding began, and refers to what stands before it
+        }
+        if (damaged() > 0) {
+            doubt_ = kDamaged;
+            return false;
         }
         if (unit->ticks != expected.front()) {
             break;
         }
         expected.pop_front();
         if (expected.empty()) {
-            damagedBefore_ = decoder_.damaged();
             unit->number = number;
             nextNumber_ = number + 1;
             held_.push_back(std::move(*unit));
