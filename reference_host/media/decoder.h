@@ -9,7 +9,7 @@
 namespace media {
 
 struct DecoderChoice {
-    int threads = 0;        ///< 0: as many as there are processors
+    int threads = 0;  ///< 0: as many as there are processors. MPEG-1 and MPEG-2 get one: threads would share a picture
     bool lowDelay = false;  ///< a picture comes out as soon as its packet is in, where the stream's order allows it
 };
 
