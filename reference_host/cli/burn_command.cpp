@@ -60,8 +60,8 @@ void runBurn(BurnOptions const& options)
     media::requirePossible(options.encoding, media::containerFor(options.output));
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
     ConfigFile const config = readConfig(options.config);
-    auto const clip =
-        clip::openRange({options.input, options.telemetry, config.text, {options.encoding.threads}}, options.range);
+    auto const clip = clip::openRange(
+        {options.input, options.telemetry, config.text, {options.encoding.threads}, options.look}, options.range);
     clip::ClipWriter writer(options.output, options.encoding, *clip);
     clip->setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
     media::FramePlace const last = burnPictures(options, *clip, writer);

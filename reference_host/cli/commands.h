@@ -5,6 +5,7 @@
 
 #include "clip/clip_seek.h"
 #include "clip/telemetry_options.h"
+#include "frame/look.h"
 #include "media/encoder_choice.h"
 
 #include <string>
@@ -17,6 +18,7 @@ struct BurnOptions {
     std::string output;
     clip::TelemetryOptions telemetry;
     clip::ClipRange range;
+    frame::Look look;
     media::EncoderChoice encoding;
     bool noProgress = false;
 };
@@ -26,6 +28,7 @@ struct FrameOptions {
     std::string config;
     std::string output;
     clip::TelemetryOptions telemetry;
+    frame::Look look;
     double atSeconds = 0.0;  ///< after the first picture
 };
 
@@ -39,6 +42,7 @@ struct TextOptions {
     std::string config;
     clip::TelemetryOptions telemetry;
     clip::ClipRange range;
+    frame::Look look;
 };
 
 struct SchemaOptions {
@@ -50,6 +54,7 @@ struct CheckOptions {
     std::string config;
     std::string input;  ///< empty: keys are not compared
     clip::TelemetryOptions telemetry;
+    frame::Look look;
 };
 
 struct SampleOptions {

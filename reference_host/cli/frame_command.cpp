@@ -14,7 +14,8 @@ void runFrame(FrameOptions const& options)
 {
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
     ConfigFile const config = readConfig(options.config);
-    auto const clip = clip::openShownAt({options.input, options.telemetry, config.text}, options.atSeconds);
+    auto const clip =
+        clip::openShownAt({options.input, options.telemetry, config.text, {}, options.look}, options.atSeconds);
     std::optional<clip::ClipFrame> const frame = clip->next();
     if (!frame) {
         throw clip::noPictures(options.input);

@@ -131,6 +131,18 @@ void addTelemetry(CLI::App& command, clip::TelemetryOptions& options)
         ->type_name("STREAM");
 }
 
+void addLook(CLI::App& command, frame::Look& look)
+{
+    command
+        .add_option("--font", look.font, "font of the texts, a family as fontconfig knows it (default: DejaVu Sans)")
+        ->type_name("FAMILY");
+    command
+        .add_option("--outline", look.outline,
+                    "dark rim around the texts, so wide on 1080 lines and scaled like them (default: 0, none)")
+        ->type_name("PX")
+        ->check(within(0.0, frame::kWidestOutline));
+}
+
 /// --from and --to as they were written.
 struct RangeTexts {
     std::string from;
@@ -197,6 +209,7 @@ void addBurn(CLI::App& app, Action& action)
         ->required()
         ->type_name("OUTPUT");
     addTelemetry(*command, options->telemetry);
+    addLook(*command, options->look);
     addEncoding(*command, options->encoding, *bitRate);
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     auto const range = addRange(*command);
@@ -223,6 +236,7 @@ void addFrame(CLI::App& app, Action& action)
         ->type_name("TIME");
     command->add_option("-o,--output", options->output, "the picture")->required()->type_name("OUT.png");
     addTelemetry(*command, options->telemetry);
+    addLook(*command, options->look);
     command->callback([&action, options, at] {
         action = doneAfter([options, at] {
             options->atSeconds = parseClipTime("--at", *at);
@@ -247,6 +261,7 @@ void addText(CLI::App& app, Action& action)
     command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
     addTelemetry(*command, options->telemetry);
+    addLook(*command, options->look);
     auto const range = addRange(*command);
     command->callback([&action, options, range] {
         action = doneAfter([options, range] {

@@ -32,7 +32,8 @@ std::string textLine(clip::ClipFrame const& frame, std::vector<imaging::DrawnTex
 void runText(TextOptions const& options)
 {
     ConfigFile const config = readConfig(options.config);
-    auto const opened = clip::openRange({options.input, options.telemetry, config.text}, options.range);
+    auto const opened =
+        clip::openRange({options.input, options.telemetry, config.text, {}, options.look}, options.range);
     clip::AnnotatedClip& clip = *opened;
     std::vector<imaging::DrawnText> draws;
     imaging::recordTexts(clip.painter(), [&draws](imaging::DrawnText const& text) { draws.push_back(text); });

@@ -10,14 +10,14 @@
 #include <utility>
 
 namespace clip {
-AnnotatedClip::AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config,
-                             media::DecoderChoice const& decoding)
-    : demuxer_(input)
-    , telemetry_(demuxer_, telemetry, telemetry::KeySelection::namedIn(config))
-    , reader_(demuxer_, telemetry_.aheadSeconds(), decoding)
+AnnotatedClip::AnnotatedClip(ClipSource const& source)
+    : demuxer_(source.input)
+    , telemetry_(demuxer_, source.telemetry, telemetry::KeySelection::namedIn(source.config))
+    , reader_(demuxer_, telemetry_.aheadSeconds(), source.decoding)
     , clock_(reader_.timeBase())
+    , renderer_(source.look)
 {
-    renderer_.plugin().setConfig(config);
+    renderer_.plugin().setConfig(source.config);
 }
 
 std::optional<ClipFrame> AnnotatedClip::next()

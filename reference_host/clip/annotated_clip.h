@@ -30,12 +30,20 @@ struct ClipFrame : media::FramePlace {
     std::vector<frame::Choice> telemetry;
 };
 
+/// What an AnnotatedClip is opened with.
+struct ClipSource {
+    std::string input;
+    TelemetryOptions telemetry;
+    std::string config;  ///< the configuration's text
+    media::DecoderChoice decoding{};
+    frame::Look look{};
+};
+
 class AnnotatedClip {
 public:
-    /// Opens the clip and the telemetry that is to be shown with it. `config` goes to the plugin. Throws
-    /// std::runtime_error with one line, media::UnknownChoice for a telemetry stream that cannot be meant.
-    AnnotatedClip(std::string const& input, TelemetryOptions const& telemetry, std::string const& config,
-                  media::DecoderChoice const& decoding = {});
+    /// Opens the clip and the telemetry that is to be shown with it. Throws std::runtime_error with one line,
+    /// media::UnknownChoice for a telemetry stream that cannot be meant.
+    explicit AnnotatedClip(ClipSource const& source);
 
     /// Called for every telemetry and sound packet of the clip as it is read, ahead of the pictures; not for those
     /// that lie before the first picture that next() gives, if frames were passed over.

@@ -67,7 +67,7 @@ bool canBeReadAgain(ClipSource const& source)
 
 std::unique_ptr<AnnotatedClip> open(ClipSource const& source)
 {
-    return std::make_unique<AnnotatedClip>(source.input, source.telemetry, source.config, source.decoding);
+    return std::make_unique<AnnotatedClip>(source);
 }
 
 std::unique_ptr<AnnotatedClip> openAdvanced(ClipSource const& source, double seconds, Advance const& advance)

@@ -10,14 +10,6 @@
 
 namespace clip {
 
-/// What an AnnotatedClip is opened with.
-struct ClipSource {
-    std::string input;
-    TelemetryOptions telemetry;
-    std::string config;  ///< the configuration's text
-    media::DecoderChoice decoding{};
-};
-
 /// Part of a clip, in seconds after its first picture.
 struct ClipRange {
     std::optional<double> from;  ///< the first frame at or after it is the first; empty: the clip's

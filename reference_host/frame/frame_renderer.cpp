@@ -5,7 +5,10 @@
 #include "SwAny.h"
 #include "imaging/imaging_access.h"
 
+#include <algorithm>
+#include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace frame {
 namespace {
@@ -45,9 +48,17 @@ void fillInputs(RenderContext& context, std::vector<std::string> const& producer
 
 }  // namespace
 
-FrameRenderer::FrameRenderer() : pool_(std::make_shared<zelvo::ZelvoPicturePool>())
+int outlinePixels(Look const& look, unsigned pictureHeight)
 {
-    imaging::openFonts(painter_);
+    constexpr double kReferenceLines = 1080.0;
+    return look.outline > 0.0
+               ? static_cast<int>(std::max(1L, std::lround(look.outline * pictureHeight / kReferenceLines)))
+               : 0;
+}
+
+FrameRenderer::FrameRenderer(Look look) : look_(std::move(look)), pool_(std::make_shared<zelvo::ZelvoPicturePool>())
+{
+    imaging::openFonts(painter_, look_.font);
     if (!plugin_.get().init(RenderInit{&backend_, &painter_})) {
         throw std::runtime_error("the overlay plugin refuses to start; build it for this program");
     }
@@ -70,7 +81,7 @@ std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::render(std::uint64_t frameIn
 {
     RenderContext context;
     context.picture.reset(kPictureNamespace, frameIndex, source, pool_, nullptr);
-    render_(context, frameIndex, producers, choices);
+    render_(context, frameIndex, *source, producers, choices);
     // Both the source and the copy were made by this host and are not const in truth.
     return std::const_pointer_cast<zelvo::ZelvoPicture>(context.picture.readablePicShared());
 }
@@ -82,12 +93,13 @@ void FrameRenderer::renderOnto(std::uint64_t frameIndex, std::shared_ptr<zelvo::
     // Where nobody else reads the original, it serves as its own copy.
     context.picture.reset(kPictureNamespace, frameIndex, picture, nullptr,
                           [&picture](std::string const&, std::uint64_t) { return picture; });
-    render_(context, frameIndex, producers, choices);
+    render_(context, frameIndex, *picture, producers, choices);
 }
 
-void FrameRenderer::render_(RenderContext& context, std::uint64_t frameIndex, std::vector<std::string> const& producers,
-                            std::vector<Choice> const& choices)
+void FrameRenderer::render_(RenderContext& context, std::uint64_t frameIndex, zelvo::ZelvoPicture const& picture,
+                            std::vector<std::string> const& producers, std::vector<Choice> const& choices)
 {
+    imaging::setOutline(painter_, outlinePixels(look_, picture.height()));
     PayloadAccessor const accessor{
         [&choices](std::uint64_t frame, std::string const& key) { return payloadOf(choices, frame, key); }};
     context.frameIndex = frameIndex;

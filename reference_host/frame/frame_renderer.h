@@ -5,6 +5,7 @@
 #include "Painter.h"
 #include "Picture.h"
 #include "RenderContext.h"
+#include "frame/look.h"
 #include "frame/mapped_backend.h"
 #include "frame/plugin_loader.h"
 #include "frame/telemetry_timeline.h"
@@ -19,7 +20,7 @@ namespace frame {
 class FrameRenderer {
 public:
     /// Loads plugin and fonts. Throws std::runtime_error with one line.
-    FrameRenderer();
+    explicit FrameRenderer(Look look = {});
 
     /// For setConfig and getConfigList.
     IRenderPlugin& plugin() { return plugin_.get(); }
@@ -40,9 +41,10 @@ public:
                     std::vector<std::string> const& producers, std::vector<Choice> const& choices);
 
 private:
-    void render_(RenderContext& context, std::uint64_t frameIndex, std::vector<std::string> const& producers,
-                 std::vector<Choice> const& choices);
+    void render_(RenderContext& context, std::uint64_t frameIndex, zelvo::ZelvoPicture const& picture,
+                 std::vector<std::string> const& producers, std::vector<Choice> const& choices);
 
+    Look look_;
     // In this order: the plugin ends before what it was given.
     Painter painter_;
     MappedBackend backend_;

@@ -39,7 +39,7 @@ protected:
     static std::vector<std::string> copy(std::string const& input, std::string const& output, std::string const& codec,
                                          bool whole = true, int most = 1000)
     {
-        clip::AnnotatedClip source(input, {}, kConfig);
+        clip::AnnotatedClip source({input, {}, kConfig});
         media::EncoderChoice choice;
         choice.codecName = codec;
         clip::ClipWriter writer(output, choice, source);
@@ -102,7 +102,7 @@ TEST_F(Writer, SaysWhenPicturesAreStoredLarger)
 TEST_F(Writer, NothingStandsUnderTheNameBeforeTheEnd)
 {
     std::string const output = file("out.ts");
-    clip::AnnotatedClip source(makeInput(), {}, kConfig);
+    clip::AnnotatedClip source({makeInput(), {}, kConfig});
     clip::ClipWriter writer(output, {"mpeg2video", {}, {}}, source);
     auto const frame = source.next();
     ASSERT_TRUE(frame.has_value());
@@ -115,7 +115,7 @@ TEST_F(Writer, NothingStandsUnderTheNameBeforeTheEnd)
 TEST_F(Writer, TheLastLookComesWhenAllIsWrittenAndMayRefuseTheName)
 {
     std::string const output = file("out.ts");
-    clip::AnnotatedClip source(makeInput(), {}, kConfig);
+    clip::AnnotatedClip source({makeInput(), {}, kConfig});
     {
         clip::ClipWriter writer(output, {"mpeg2video", {}, {}}, source);
         auto const frame = source.next();
@@ -138,7 +138,7 @@ TEST_F(Writer, WithoutAPictureThereIsNoFile)
 {
     std::string const input = makeInput();
     std::string const output = file("out.ts");
-    clip::AnnotatedClip source(input, {}, kConfig);
+    clip::AnnotatedClip source({input, {}, kConfig});
     {
         clip::ClipWriter writer(output, {"mpeg2video", {}, {}}, source);
         try {

@@ -148,4 +148,45 @@ TEST(FrameRenderer, DrawsOntoAPictureThatNobodyElseReads)
     EXPECT_NE(std::count(drawn.y, drawn.y + drawn.yStride * 240, 77), drawn.yStride * 240);
 }
 
+TEST(Look, OutlineIsScaledLikeTheTextsAndNeverVanishes)
+{
+    struct Row {
+        double outline;
+        unsigned lines;
+        int pixels;
+    };
+    for (Row const& row :
+         {Row{0.0, 1080, 0}, Row{1.0, 1080, 1}, Row{1.5, 2160, 3}, Row{1.4, 1080, 1}, Row{1.5, 1080, 2},
+          Row{3.0, 720, 2}, Row{4.0, 480, 2}, Row{0.1, 480, 1}, Row{32.0, 4320, 128}}) {
+        EXPECT_EQ(frame::outlinePixels({"", row.outline}, row.lines), row.pixels) << row.outline << " on " << row.lines;
+    }
+}
+
+TEST(Look, OutlineIsDrawnAroundWhatThePluginDraws)
+{
+    auto const darkest = [](double outline) {
+        FrameRenderer renderer({"", outline});
+        renderer.plugin().setConfig(R"({"overlay":[{"formatString":"%a","textSize":256,"bgAlpha":0}]})");
+        auto const picture = renderer.takePicture(320, 240);
+        MappedNV12 const planes = imaging::planesOf(*picture);
+        std::size_t const bytes = static_cast<std::size_t>(planes.yStride) * 240;
+        std::fill_n(planes.y, bytes, std::uint8_t{77});
+        std::fill_n(planes.uv, static_cast<std::size_t>(planes.uvStride) * 120, std::uint8_t{128});
+        renderer.renderOnto(1, picture, {"klv"}, {choiceOf("klv", {{"a", SwJsonValue(8)}}, 1)});
+        return *std::min_element(planes.y, planes.y + bytes);
+    };
+    EXPECT_EQ(darkest(0.0), 77);
+    EXPECT_EQ(darkest(8.0), 16) << "black in limited range";
+}
+
+TEST(Look, FontThatIsNotThereIsAnError)
+{
+    try {
+        FrameRenderer const renderer({"No Such Family", 0.0});
+        FAIL() << "a font was found";
+    } catch (std::runtime_error const& error) {
+        EXPECT_EQ(std::string(error.what()).rfind("no font of the family 'No Such Family' is installed", 0), 0U);
+    }
+}
+
 }  // namespace
