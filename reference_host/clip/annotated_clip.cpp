@@ -28,20 +28,46 @@ std::optional<ClipFrame> AnnotatedClip::next()
         return std::nullopt;
     }
     AVFrame const& decoded = *unit->frame;
+    media::Orientation const orientation = orientationOf_(decoded);
+    media::PictureTraits const shown = media::upright(media::traitsOf(decoded), orientation);
     if (!begin_) {
         learnTraits_(reader_.firstPicture() != nullptr ? *reader_.firstPicture() : decoded);
         begin_ = *unit;
-    } else if (sizeChange_.empty() && (decoded.width != traits_.width || decoded.height != traits_.height)) {
+    } else if (sizeChange_.empty() && (shown.width != traits_.width || shown.height != traits_.height)) {
         sizeChange_ = "pictures change from " + media::sizeText(traits_.width, traits_.height) + " to " +
-                      media::sizeText(decoded.width, decoded.height) + " at frame " + std::to_string(unit->number) +
+                      media::sizeText(shown.width, shown.height) + " at frame " + std::to_string(unit->number) +
                       "; they were scaled to the first size";
     }
     ClipFrame frame{*unit, 0, nullptr, {}};
     frame.telemetry = telemetryFor_(*unit);
     frame.timeNs = clock_.next(unit->ticks);
     frame.picture = renderer_.takePicture(static_cast<unsigned>(traits_.width), static_cast<unsigned>(traits_.height));
-    converter_.toNv12(decoded, imaging::planesOf(*frame.picture), traits_.color);
+    convert_(decoded, orientation, *frame.picture);
     return frame;
+}
+
+media::Orientation AnnotatedClip::orientationOf_(AVFrame const& frame)
+{
+    std::optional<media::Orientation> const orientation = media::orientationOf(frame, *demuxer_.video());
+    slanting_ = slanting_ || !orientation;
+    return orientation.value_or(media::Orientation{});
+}
+
+void AnnotatedClip::convert_(AVFrame const& frame, media::Orientation orientation, zelvo::ZelvoPicture& picture)
+{
+    MappedNV12 const planes = imaging::planesOf(picture);
+    if (orientation.isUpright()) {
+        converter_.toNv12(frame, planes, traits_.color);
+        return;
+    }
+    unsigned const width = orientation.swapsAxes ? picture.height() : picture.width();
+    unsigned const height = orientation.swapsAxes ? picture.width() : picture.height();
+    if (!stored_ || stored_->width() != width || stored_->height() != height) {
+        stored_ = std::make_shared<zelvo::ZelvoPicture>(width, height);
+    }
+    MappedNV12 const stored = imaging::planesOf(*stored_);
+    converter_.toNv12(frame, stored, traits_.color);
+    media::turnUpright(stored, planes, orientation);
 }
 
 std::vector<frame::Choice> AnnotatedClip::telemetryFor_(media::FramePlace const& place)
@@ -79,7 +105,7 @@ std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& fr
 
 void AnnotatedClip::learnTraits_(AVFrame const& frame)
 {
-    traits_ = media::traitsOf(frame);
+    traits_ = media::upright(media::traitsOf(frame), orientationOf_(frame));
     imaging::setColor(renderer_.painter(),
                       traits_.color.bt709 ? imaging::ColorMatrix::Bt709 : imaging::ColorMatrix::Bt601,
                       traits_.color.fullRange);
@@ -121,6 +147,11 @@ std::vector<std::string> AnnotatedClip::remarks() const
     }
     if (!demuxer_.readError().empty()) {
         remarks.push_back(demuxer_.name() + ": reading ended early: " + demuxer_.readError());
+    }
+    if (slanting_) {
+        remarks.push_back(
+            demuxer_.name() +
+            ": pictures that are to be shown turned by other than right angles were left as they are stored");
     }
     if (!sizeChange_.empty()) {
         remarks.push_back(demuxer_.name() + ": " + sizeChange_);

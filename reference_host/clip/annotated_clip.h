@@ -9,6 +9,7 @@
 #include "media/demuxer.h"
 #include "media/frame_converter.h"
 #include "media/frame_reader.h"
+#include "media/orientation.h"
 #include "media/picture_traits.h"
 
 #include <cstddef>
@@ -49,7 +50,7 @@ public:
     /// that lie before the first picture that next() gives, if frames were passed over.
     void setSideObserver(std::function<void(media::SideUnit&)> observer) { observer_ = std::move(observer); }
 
-    /// The next picture; empty at the end or after an interrupt. Pictures of another size than the first
+    /// The next picture, upright; empty at the end or after an interrupt. Pictures of another size than the first
     /// are scaled to it.
     std::optional<ClipFrame> next();
     /// The place of the next frame, or with `further` 1 of the one after it; empty when there is none.
@@ -67,6 +68,8 @@ public:
     double sinceFirst(media::FramePlace const& place) const { return first_ ? place.seconds - first_->seconds : 0.0; }
     /// Ticks of timeBase() from the clip's first frame to the first one that next() has given.
     std::int64_t passedTicks() const { return begin_->ticks - first_->ticks; }
+    /// The place of the first frame that next() has given.
+    std::int64_t beginTicks() const { return begin_->ticks; }
     /// Lets the plugin draw on the frame's picture, and gives it.
     std::shared_ptr<zelvo::ZelvoPicture> annotate(ClipFrame const& frame);
 
@@ -81,6 +84,8 @@ public:
 
 private:
     void learnTraits_(AVFrame const& frame);
+    media::Orientation orientationOf_(AVFrame const& frame);
+    void convert_(AVFrame const& frame, media::Orientation orientation, zelvo::ZelvoPicture& picture);
     std::vector<frame::Choice> telemetryFor_(media::FramePlace const& place);
     void takeSideUnits_(double seconds);
     void observe_();
@@ -97,7 +102,9 @@ private:
     std::optional<media::FramePlace> first_;
     std::optional<media::FramePlace> begin_;
     std::shared_ptr<zelvo::ZelvoPicture> noPicture_;  ///< drawn on in passing
+    std::shared_ptr<zelvo::ZelvoPicture> stored_;     ///< one that is still to be turned upright
     std::string sizeChange_;
+    bool slanting_ = false;  ///< pictures are to be shown turned by other than right angles
 };
 
 /// The failure of a clip from which no picture came.
