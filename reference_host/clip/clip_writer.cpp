@@ -2,6 +2,7 @@
 #include "clip/clip_writer.h"
 
 #include "imaging/imaging_access.h"
+#include "sw_number_text.h"
 
 #include <cmath>
 #include <utility>
@@ -33,8 +34,8 @@ void ClipWriter::addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::Zelvo
         begin_();
     }
     encoder_->encode(
-        imaging::planesOf(*picture), frame.ticks - clip_.passedTicks(),
-        [this](AVPacket& packet) { writeVideo_(packet); }, picture);
+        imaging::planesOf(*picture), frame.ticks - zeroTicks_(), [this](AVPacket& packet) { writeVideo_(packet); },
+        picture);
     writeSideUpTo_(side_.upper_bound(frame.seconds));
 }
 
@@ -55,6 +56,7 @@ void ClipWriter::end_(SideUnits::iterator sideEnd, std::function<void()> const& 
     }
     encoder_->flush([this](AVPacket& packet) { writeVideo_(packet); });
     writeSideUpTo_(sideEnd);
+    finishRemarks_();
     muxer_.finish(lastLook);
 }
 
@@ -66,6 +68,7 @@ void ClipWriter::begin_()
     settings.picture = traits;
     settings.frameRate = clip_.demuxer().frameRate();
     settings.timeBase = clip_.timeBase();
+    settings.inOrder = muxer_.isTransportStream() && beginsNearZero_();
     encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
     if (encoder_->extended()) {
         remarks_.push_back(output_ + ": pictures of " + media::sizeText(traits.width, traits.height) +
@@ -74,6 +77,10 @@ void ClipWriter::begin_()
     }
     videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
     addSideStreams_();
+    for (int const pid : muxer_.keepIdentity(clip_.demuxer(), outputs_)) {
+        remarks_.push_back(output_ + ": a stream gets another PID than its " + std::to_string(pid) +
+                           ", which belongs to tables");
+    }
     muxer_.begin();
     begun_ = true;
 }
@@ -101,23 +108,63 @@ void ClipWriter::addSideStreams_()
     }
 }
 
+/// Where the output's time 0 lies on the clip's axis. A transport stream keeps the clip's times, and a part of a clip
+/// begins at the time at which the whole clip begins; everything else begins with its first picture.
+std::int64_t ClipWriter::zeroTicks_() const
+{
+    return muxer_.isTransportStream() ? clip_.passedTicks() : clip_.beginTicks();
+}
+
+/// Pictures that are sent before they are shown would then be sent before time 0.
+bool ClipWriter::beginsNearZero_() const
+{
+    constexpr double kMostReordered = 5.0;
+    double const first = media::secondsOf(clip_.beginTicks() - zeroTicks_(), clip_.timeBase());
+    return first < kMostReordered / av_q2d(clip_.demuxer().frameRate());
+}
+
 void ClipWriter::writeSideUpTo_(SideUnits::iterator end)
 {
-    // A part of a clip begins at the time at which the whole clip begins.
-    double const passed = media::secondsOf(clip_.passedTicks(), clip_.timeBase());
+    double const zero = media::secondsOf(zeroTicks_(), clip_.timeBase());
     for (auto next = side_.begin(); next != end; ++next) {
-        media::SideUnit& unit = next->second;
-        auto const output = outputs_.find(unit.stream);
-        if (output == outputs_.end()) {
-            continue;
-        }
-        // Times on the clip's one axis: those of joined clips rise where the originals start anew.
-        AVRational const timeBase = clip_.demuxer().stream(unit.stream).time_base;
-        unit.packet->pts = std::llround((unit.seconds - passed) / av_q2d(timeBase));
-        unit.packet->dts = unit.packet->pts;
-        muxer_.write(*unit.packet, output->second, timeBase);
+        writeSide_(next->second, zero);
     }
     side_.erase(side_.begin(), end);
+}
+
+void ClipWriter::writeSide_(media::SideUnit& unit, double zeroSeconds)
+{
+    auto const output = outputs_.find(unit.stream);
+    if (output == outputs_.end()) {
+        return;
+    }
+    // Times on the clip's one axis: those of joined clips rise where the originals start anew.
+    AVRational const timeBase = clip_.demuxer().stream(unit.stream).time_base;
+    unit.packet->pts = std::llround((unit.seconds - zeroSeconds) / av_q2d(timeBase));
+    if (unit.packet->pts < 0 && !muxer_.takesNegativeTimes()) {
+        if (unit.streamSeconds && unit.packet->pts + unit.packet->duration <= 0) {
+            leaveOut_(unit);
+            return;
+        }
+        unit.packet->pts = 0;  // lasts beyond it, or carries no time but only its place in the stream
+    }
+    unit.packet->dts = unit.packet->pts;
+    muxer_.write(*unit.packet, output->second, timeBase);
+}
+
+void ClipWriter::leaveOut_(media::SideUnit const& unit)
+{
+    AVStream const& stream = clip_.demuxer().stream(unit.stream);
+    bool const heard = media::isHeard(*unit.packet, stream);
+    soundBeforeZero_ += heard ? media::secondsOf(unit.packet->duration, stream.time_base) : 0.0;
+}
+
+void ClipWriter::finishRemarks_()
+{
+    if (soundBeforeZero_ > 0.0) {
+        remarks_.push_back(output_ + ": " + sw_text::secondsText(soundBeforeZero_) +
+                           " of sound before the first picture are left out (.mp4 carries them)");
+    }
 }
 
 }  // namespace clip

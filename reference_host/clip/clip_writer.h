@@ -5,6 +5,7 @@
 #include "media/encoder.h"
 #include "media/muxer.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -44,6 +45,11 @@ private:
     using SideUnits = std::multimap<double, media::SideUnit>;
     void writeSideUpTo_(SideUnits::iterator end);
     void end_(SideUnits::iterator sideEnd, std::function<void()> const& lastLook);
+    void writeSide_(media::SideUnit& unit, double zeroSeconds);
+    void leaveOut_(media::SideUnit const& unit);
+    std::int64_t zeroTicks_() const;
+    bool beginsNearZero_() const;
+    void finishRemarks_();
     void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, clip_.timeBase()); }
 
     std::string output_;
@@ -52,8 +58,9 @@ private:
     media::Muxer muxer_;
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
-    std::map<int, int> outputs_;  ///< output stream by input stream
-    SideUnits side_;              ///< by time, waiting for their picture
+    std::map<int, int> outputs_;    ///< output stream by input stream
+    SideUnits side_;                ///< by time, waiting for their picture
+    double soundBeforeZero_ = 0.0;  ///< seconds that the container could not take
     std::vector<std::string> remarks_;
     bool begun_ = false;
 };

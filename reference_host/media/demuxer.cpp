@@ -2,6 +2,7 @@
 #include "media/demuxer.h"
 
 #include "media/interrupt.h"
+#include "media/tapped_input.h"
 
 extern "C" {
 #include <libavutil/mem.h>
@@ -79,6 +80,33 @@ struct Demuxer::CustomIo {
     }
 };
 
+/// The tap in the input's bytes. FFmpeg opens the input and others that it names (playlists do); the first one is it.
+struct Demuxer::Tap {
+    using OpenFunction = decltype(AVFormatContext::io_open);
+
+    struct Close {
+        void operator()(AVIOContext* context) const { avio_close(context); }
+    };
+
+    OpenFunction open = nullptr;               ///< FFmpeg's own
+    std::unique_ptr<AVIOContext, Close> file;  ///< empty for bytes from a source
+    std::optional<TappedInput> input;
+
+    static int onOpen(AVFormatContext* context, AVIOContext** opened, char const* url, int flags,
+                      AVDictionary** options)
+    {
+        Tap& tap = *static_cast<Tap*>(context->opaque);
+        int const result = tap.open(context, opened, url, flags, options);
+        if (result >= 0 && opened == &context->pb) {
+            tap.file.reset(*opened);
+            tap.input.emplace(*tap.file);
+            *opened = tap.input->context();
+            context->flags |= AVFMT_FLAG_CUSTOM_IO;  // FFmpeg leaves closing to us
+        }
+        return result;
+    }
+};
+
 Demuxer::Demuxer(std::string const& url) : name_(url)
 {
     open_(url == "-" ? "pipe:0" : url.c_str(), nullptr);
@@ -100,8 +128,14 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
         throw std::bad_alloc();
     }
     context->interrupt_callback = AVIOInterruptCB{&onPoll, nullptr};
+    tap_ = std::make_unique<Tap>();
     if (io_) {
-        context->pb = io_->context;
+        tap_->input.emplace(*io_->context);
+        context->pb = tap_->input->context();
+    } else {
+        tap_->open = context->io_open;
+        context->io_open = &Tap::onOpen;
+        context->opaque = tap_.get();
     }
     // On failure the call frees the context.
     int const opened = avformat_open_input(&context, url, format, nullptr);
@@ -175,6 +209,17 @@ AVStream const* Demuxer::video() const
 AVStream const& Demuxer::stream(int streamIndex) const
 {
     return *input_->streams[streamIndex];
+}
+
+TransportTables const& Demuxer::tables() const
+{
+    static TransportTables const none;
+    return tap_->input && isTransportStream() ? tap_->input->tables() : none;
+}
+
+bool Demuxer::isTransportStream() const
+{
+    return std::string_view(input_->iformat->name) == "mpegts";
 }
 
 std::vector<int> Demuxer::streamsOf(StreamKind kind) const

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "media/ffmpeg_types.h"
+#include "media/program_tables.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -51,6 +52,11 @@ public:
     /// The stream that is shown, or null.
     AVStream const* video() const;
     AVStream const& stream(int streamIndex) const;
+    /// Programs, chapters and tags of the whole input.
+    AVFormatContext const& input() const { return *input_; }
+    /// What a transport stream has said of itself so far; empty for all else.
+    TransportTables const& tables() const;
+    bool isTransportStream() const;
     std::vector<int> streamsOf(StreamKind kind) const;
     /// Frames per second as far as known, 25 otherwise.
     AVRational frameRate() const;
@@ -63,12 +69,14 @@ public:
 
 private:
     struct CustomIo;
+    struct Tap;
 
     void open_(char const* url, AVInputFormat const* format);
     void sniffKlv_(AVPacket const& packet);
 
     std::string name_;
-    std::unique_ptr<CustomIo> io_;  // outlives input_
+    std::unique_ptr<CustomIo> io_;  // outlives tap_
+    std::unique_ptr<Tap> tap_;      // outlives input_
     InputPtr input_;
     int videoIndex_ = -1;
     std::vector<int> sniffedKlv_;

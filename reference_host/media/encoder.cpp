@@ -159,6 +159,9 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     context.color_primaries = settings_.picture.primaries;
     context.color_trc = settings_.picture.transfer;
     context.chroma_sample_location = settings_.picture.chromaLocation;
+    if (settings_.inOrder) {
+        context.max_b_frames = 0;
+    }
     context.strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
     if (settings_.picture.interlaced) {
         context.flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;

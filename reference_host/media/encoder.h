@@ -20,6 +20,7 @@ struct EncoderSettings {
     PictureTraits picture;
     AVRational frameRate{25, 1};
     AVRational timeBase{1, 90000};  ///< of the times passed to encode()
+    bool inOrder = false;           ///< pictures are sent in the order in which they are shown
 };
 
 class Encoder {

@@ -3,6 +3,7 @@
 
 #include "media/encoder.h"
 #include "media/interrupt.h"
+#include "media/stream_identity.h"
 
 #include <cerrno>
 #include <cstring>
@@ -11,11 +12,6 @@
 
 namespace media {
 namespace {
-
-bool isTransportStream(AVOutputFormat const& container)
-{
-    return std::strcmp(container.name, "mpegts") == 0;
-}
 
 std::string urlOf(OutputFile const& file)
 {
@@ -44,14 +40,6 @@ AVOutputFormat const& containerFor(std::string const& output)
     return *format;
 }
 
-void Muxer::FreeOutput::operator()(AVFormatContext* context) const
-{
-    if (context->pb != nullptr && (context->oformat->flags & AVFMT_NOFILE) == 0) {
-        avio_closep(&context->pb);
-    }
-    avformat_free_context(context);
-}
-
 Muxer::Muxer(std::string const& output) : file_(output)
 {
     AVOutputFormat const& format = containerFor(output);
@@ -61,13 +49,18 @@ Muxer::Muxer(std::string const& output) : file_(output)
         throw std::bad_alloc();
     }
     context_.reset(context);
-    context->avoid_negative_ts = AVFMT_AVOID_NEG_TS_MAKE_NON_NEGATIVE;
     if ((format.flags & AVFMT_NOFILE) == 0) {
         check_(avio_open2(&context->pb, urlOf(file_).c_str(), AVIO_FLAG_WRITE, nullptr, nullptr));
+        output_.reset(context->pb);
     }
 }
 
 Muxer::~Muxer() = default;
+
+bool Muxer::isTransportStream() const
+{
+    return std::strcmp(container().name, "mpegts") == 0;
+}
 
 void Muxer::fail_(int code) const
 {
@@ -107,7 +100,7 @@ int Muxer::addVideo(AVCodecContext const& encoder, AVRational timeBase)
 
 std::optional<int> Muxer::addKlv()
 {
-    if (!isTransportStream(*context_->oformat) &&
+    if (!isTransportStream() &&
         avformat_query_codec(context_->oformat, AV_CODEC_ID_SMPTE_KLV, FF_COMPLIANCE_NORMAL) != 1) {
         return std::nullopt;
     }
@@ -131,9 +124,28 @@ std::optional<int> Muxer::addCopy(AVStream const& source)
     return stream.index;
 }
 
+std::vector<int> Muxer::keepIdentity(Demuxer const& source, std::map<int, int> const& streams)
+{
+    if (!isTransportStream() || !source.isTransportStream()) {
+        return {};
+    }
+    StreamIdentity identity = takeIdentity(source, *context_, streams);
+    firstMapPid_ = identity.firstMapPid;
+    if (output_ && identity.kept.source.association) {
+        patch_.emplace(*output_, std::move(identity.kept));
+        context_->pb = patch_->context();
+    }
+    return identity.lostPids;
+}
+
 void Muxer::begin()
 {
-    int const result = avformat_write_header(context_.get(), nullptr);
+    AVDictionary* options = nullptr;
+    if (firstMapPid_ != 0) {
+        av_dict_set_int(&options, "mpegts_pmt_start_pid", firstMapPid_, 0);
+    }
+    int const result = avformat_write_header(context_.get(), &options);
+    av_dict_free(&options);
     check_(0);
     if (result < 0) {
         std::string const codec = avcodec_get_name(context_->streams[0]->codecpar->codec_id);
@@ -164,10 +176,14 @@ void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
 void Muxer::finish(std::function<void()> const& lastLook)
 {
     check_(av_write_trailer(context_.get()));
-    if (context_->pb != nullptr && (context_->oformat->flags & AVFMT_NOFILE) == 0) {
+    if (output_) {
         avio_flush(context_->pb);
         check_(0);
-        check_(avio_closep(&context_->pb));
+        avio_flush(output_.get());
+        context_->pb = output_.get();
+        check_(0);
+        context_->pb = nullptr;
+        check_(avio_close(output_.release()));
     }
     if (lastLook) {
         lastLook();

@@ -1,10 +1,13 @@
 // Writes the encoded video with the copied telemetry and sound into a container. Last step of the flow.
 #pragma once
 
+#include "media/demuxer.h"
 #include "media/ffmpeg_types.h"
 #include "media/output_file.h"
+#include "media/patched_output.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,12 +29,21 @@ public:
 
     AVOutputFormat const& container() const { return *context_->oformat; }
 
+    bool isTransportStream() const;
+    /// Whether times below 0 may be written.
+    bool takesNegativeTimes() const { return (container().flags & AVFMT_TS_NEGATIVE) != 0; }
+
     /// Streams are added before begin(); each call gives the stream's number for write().
     int addVideo(AVCodecContext const& encoder, AVRational timeBase);
     /// A telemetry stream; empty when the container does not carry KLV.
     std::optional<int> addKlv();
     /// A stream whose packets are passed on as they are; empty when the container does not carry it.
     std::optional<int> addCopy(AVStream const& source);
+
+    /// In a transport stream made from a transport stream, programs and streams keep their numbers, names, types and
+    /// descriptors. `streams` gives the output's stream for each copied one of the input; the rest is the input's
+    /// shown video. To be called when all streams were added. Returns the PIDs that could not be kept.
+    std::vector<int> keepIdentity(Demuxer const& source, std::map<int, int> const& streams);
 
     /// Throws UnknownChoice when the container does not take the streams.
     void begin();
@@ -43,7 +55,10 @@ public:
 
 private:
     struct FreeOutput {
-        void operator()(AVFormatContext* context) const;
+        void operator()(AVFormatContext* context) const { avformat_free_context(context); }
+    };
+    struct CloseOutput {
+        void operator()(AVIOContext* context) const { avio_close(context); }
     };
 
     AVStream& newStream_();
@@ -51,7 +66,10 @@ private:
     void check_(int code) const;
 
     OutputFile file_;
+    std::unique_ptr<AVIOContext, CloseOutput> output_;  ///< what is written to, through patch_ if there is one
+    std::optional<PatchedOutput> patch_;
     std::unique_ptr<AVFormatContext, FreeOutput> context_;
+    int firstMapPid_ = 0;                                  ///< for the program maps; 0: the muxer's own
     std::vector<std::optional<std::int64_t>> lastDecode_;  ///< per stream, in the stream's time base
 };
 

@@ -1,6 +1,11 @@
 // The places of what goes beside the pictures: by its own time, or by its place in the byte stream.
 #include "media/side_placer.h"
 
+extern "C" {
+#include <libavutil/intreadwrite.h>
+}
+
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -12,6 +17,16 @@ namespace {
 constexpr std::size_t kMaxWaitingUnits = 4096;
 
 }  // namespace
+
+bool isHeard(AVPacket const& packet, AVStream const& stream)
+{
+    constexpr std::size_t kSkipBytes = 4;
+    std::size_t size = 0;
+    std::uint8_t const* const data = av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
+    std::int64_t const skipped = data == nullptr || size < kSkipBytes ? 0 : AV_RL32(data);
+    return av_compare_ts(packet.duration, stream.time_base, skipped,
+                         AVRational{1, std::max(1, stream.codecpar->sample_rate)}) > 0;
+}
 
 Timeline timelineOf(Demuxer const& demuxer)
 {

@@ -20,6 +20,9 @@ struct SideUnit {
     double seconds = 0.0;                 ///< its place on the clip's time axis
 };
 
+/// Whether anything of a sound packet is heard: encoders put a run-in before the sound, which players pass over.
+bool isHeard(AVPacket const& packet, AVStream const& stream);
+
 /// The time axis of the clip's video; of a clip without video one on which every time stays as it is.
 Timeline timelineOf(Demuxer const& demuxer);
 

@@ -15,14 +15,17 @@ namespace {
 
 constexpr char const* kConfig = R"({"overlay":[{"formatString":"H %heading_deg"}]})";
 
+/// Ticks by which the sound encoder's first packet comes early, and a little more.
+constexpr std::int64_t kRunIn = 960;
+
 class Writer : public testing::Test {
 protected:
     std::string file(std::string const& name) const { return folder_.file(name); }
 
     /// Ten frames with two streams of telemetry and sound.
-    std::string makeInput(int width = 64, int height = 48) const
+    std::string makeInput(std::int64_t firstTicks = 90000) const
     {
-        clip_test::ClipSpec spec{file("in.ts"), width, height, 10, "mpeg2video"};
+        clip_test::ClipSpec spec{file("in.ts"), 64, 48, 10, "mpeg2video", firstTicks};
         spec.klvStreams.resize(2);
         for (int frame = 0; frame < spec.frames; ++frame) {
             for (auto& stream : spec.klvStreams) {
@@ -32,6 +35,7 @@ protected:
             }
         }
         spec.sound = true;
+        spec.soundLead = -kRunIn;
         clip_test::makeClip(spec);
         return spec.path;
     }
@@ -69,6 +73,73 @@ TEST_F(Writer, KeepsAllTelemetryAndSound)
     EXPECT_EQ(after.klv, 20);
     EXPECT_EQ(after.sound, before.sound);
     EXPECT_GT(after.sound, 5);
+}
+
+/// The first time of the streams of this kind, in seconds.
+double startOf(std::string const& path, media::StreamKind kind)
+{
+    media::Demuxer const demuxer(path);
+    AVStream const& stream = demuxer.stream(demuxer.streamsOf(kind).at(0));
+    return media::secondsOf(stream.start_time, stream.time_base);
+}
+
+struct StartRow {
+    char const* name;
+    std::int64_t firstTicks;  ///< of the input, at 90 kHz
+    char const* output;
+    char const* codec;
+    double expected;  ///< first picture of the output, seconds
+};
+
+class StartTime : public Writer, public testing::WithParamInterface<StartRow> {};
+
+TEST_P(StartTime, IsThatOfThePicturesAndSoundKeepsItsDistance)
+{
+    StartRow const& row = GetParam();
+    std::string const input = makeInput(row.firstTicks);
+    copy(input, file(row.output), row.codec);
+    EXPECT_DOUBLE_EQ(startOf(file(row.output), media::StreamKind::Video), row.expected);
+    double const before = startOf(input, media::StreamKind::Audio) - startOf(input, media::StreamKind::Video);
+    double const after = startOf(file(row.output), media::StreamKind::Audio) - row.expected;
+    constexpr double kMatroskaTick = 0.001;
+    EXPECT_NEAR(after, before, kMatroskaTick);
+    EXPECT_EQ(clip_test::packetsOf(file(row.output)).sound, clip_test::packetsOf(input).sound);
+}
+
+// libx264 sends pictures before those that are shown before them.
+INSTANTIATE_TEST_SUITE_P(Rows, StartTime,
+                         testing::Values(StartRow{"mp4_from_0", 3600, "out.mp4", "libx264", 0.0},
+                                         StartRow{"mp4_from_later", 195030, "out.mp4", "libx264", 0.0},
+                                         StartRow{"mkv_from_0", 3600, "out.mkv", "libx264", 0.0},
+                                         StartRow{"mkv_from_later", 195030, "out.mkv", "libx264", 0.0},
+                                         StartRow{"ts_near_0", 3600, "out.ts", "libx264", 0.04},
+                                         StartRow{"ts_later", 195030, "out.ts", "libx264", 2.167},
+                                         StartRow{"ts_plain", 3600, "out.ts", "mpeg2video", 0.04}),
+                         [](auto const& row) { return row.param.name; });
+
+TEST_F(Writer, SoundBeforeTheFirstPictureIsKeptOrTold)
+{
+    clip_test::ClipSpec spec{file("in.ts"), 64, 48, 10, "mpeg2video", 90000};
+    spec.sound = true;
+    spec.soundLead = 7200 - 902;
+    clip_test::makeClip(spec);
+    int const all = clip_test::packetsOf(spec.path).sound;
+    // With the encoder's run-in, four packets of 24 ms begin before the picture: 80, 56, 32 and 8 ms. The last
+    // one goes on with the picture.
+    std::string const mkv = file("out.mkv");
+    EXPECT_EQ(copy(spec.path, mkv, "ffv1"),
+              (std::vector<std::string>{
+                  mkv + ": 0.072 s of sound before the first picture are left out (.mp4 carries them)"}));
+    EXPECT_DOUBLE_EQ(startOf(mkv, media::StreamKind::Video), 0.0);
+    EXPECT_EQ(clip_test::packetsOf(mkv).sound, all - 3);
+    std::string const mp4 = file("out.mp4");
+    EXPECT_EQ(copy(spec.path, mp4, "libx264"), std::vector<std::string>());
+    EXPECT_DOUBLE_EQ(startOf(mp4, media::StreamKind::Video), 0.0);
+    EXPECT_EQ(clip_test::packetsOf(mp4).sound, all);
+    std::string const ts = file("out.ts");
+    EXPECT_EQ(copy(spec.path, ts, "mpeg2video"), std::vector<std::string>());
+    EXPECT_NEAR(startOf(ts, media::StreamKind::Audio), 0.92, 1e-4);
+    EXPECT_DOUBLE_EQ(startOf(ts, media::StreamKind::Video), 1.0);
 }
 
 TEST_F(Writer, WithoutTheClipsEndWritesWhatBelongsToThePictures)

@@ -112,7 +112,7 @@ void makeClip(ClipSpec const& spec)
     std::optional<Silence> silence;
     int sound = 0;
     if (spec.sound) {
-        silence.emplace(spec.firstTicks);
+        silence.emplace(spec.firstTicks - spec.soundLead);
         sound = silence->addTo(muxer);
     }
     muxer.begin();

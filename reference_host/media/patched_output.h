@@ -1,0 +1,30 @@
+// An output whose bytes go through a ProgramTablePatch before they are written.
+#pragma once
+
+#include "media/ffmpeg_types.h"
+#include "media/program_table_patch.h"
+
+#include <cstdint>
+
+namespace media {
+
+class PatchedOutput {
+public:
+    /// `inner`, which must outlive this, is what is written to.
+    PatchedOutput(AVIOContext& inner, KeptTables kept);
+    ~PatchedOutput();
+    PatchedOutput(PatchedOutput const&) = delete;
+    PatchedOutput& operator=(PatchedOutput const&) = delete;
+
+    /// What the muxer writes to.
+    AVIOContext* context() { return context_; }
+
+private:
+    static int onWrite(void* self, std::uint8_t* bytes, int size);
+
+    AVIOContext& inner_;
+    AVIOContext* context_;
+    ProgramTablePatch patch_;
+};
+
+}  // namespace media
