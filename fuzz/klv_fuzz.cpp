@@ -1,4 +1,5 @@
 // Any bytes as a stream unit: what is decoded and encoded again decodes to the same payload.
+#include "telemetry/nested_sets.h"
 #include "telemetry/telemetry.h"
 
 #include <cstddef>
@@ -14,6 +15,16 @@ void require(bool holds, char const* property)
         std::fprintf(stderr, "klv_fuzz: does not hold: %s\n", property);
         std::abort();
     }
+}
+
+/// The keys that are written again: those of nested items other than the security set are not.
+SwJsonObject withoutNested(SwJsonObject payload)
+{
+    for (telemetry::NestedRow const& nested : telemetry::nestedTable()) {
+        payload.erase(nested.row.key);
+    }
+    payload.erase(telemetry::countryCodingMethods().textKey);
+    return payload;
 }
 
 }  // namespace
@@ -32,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         auto const back = again.decode(bytes, std::nullopt);
         require(back.size() == 1, "an encoded payload is one packet");
         require(back[0].checksum == telemetry::Checksum::Ok, "its checksum is right");
-        require(back[0].payload == packet.payload, "it decodes to the same payload");
+        require(back[0].payload == withoutNested(packet.payload), "it decodes to the same payload");
         require(telemetry::encodeKlv(back[0].payload) == bytes, "and encodes to the same bytes");
     }
     return 0;

@@ -2,6 +2,7 @@
 #include "telemetry/key_selection.h"
 
 #include "SwJson.h"
+#include "telemetry/second_keys.h"
 
 #include <algorithm>
 #include <vector>
@@ -35,6 +36,19 @@ std::string textsOf(SwJsonValue const& root)
     return texts;
 }
 
+/// The texts with the keys of which the named ones are made.
+std::string withSources(std::string texts)
+{
+    for (SecondKey const& second : secondKeys()) {
+        if (texts.find(second.key) != std::string::npos) {
+            for (std::string const& source : second.sources) {
+                texts += source + "\n";
+            }
+        }
+    }
+    return texts;
+}
+
 }  // namespace
 
 KeySelection KeySelection::namedIn(std::string const& config)
@@ -45,7 +59,7 @@ KeySelection KeySelection::namedIn(std::string const& config)
     KeySelection keys;
     keys.all_ = std::any_of(blocks.begin(), blocks.end(), listsAllKeys);
     if (!keys.all_) {
-        keys.texts_ = textsOf(document.root());
+        keys.texts_ = withSources(textsOf(document.root()));
     }
     return keys;
 }

@@ -2,6 +2,7 @@
 // command and by tests.
 #include "telemetry/klv_bytes_writer.h"
 #include "telemetry/klv_reader.h"
+#include "telemetry/second_keys.h"
 #include "telemetry/security_set.h"
 #include "telemetry/st0601_table.h"
 #include "telemetry/st0601_value.h"
@@ -49,15 +50,18 @@ SwJsonValue fullForm(std::uint32_t shortTag, SwJsonObject const& payload, std::s
     return fitsShortTag(shortRow, payload, shortKey) ? SwJsonValue() : payload[shortRow.key];
 }
 
+/// The flags as a number, single ones as their own keys say.
 SwJsonValue flagsOf(TableRow const& row, SwJsonObject const& payload)
 {
-    SwJsonValue const& flags = payload[row.key];
-    SwJsonValue const& laser = payload[kLaserKey];
-    if (!laser.isBool()) {
-        return flags;
+    SwJsonValue flags = payload[row.key];
+    for (FlagRow const& flag : genericFlagRows()) {
+        SwJsonValue const& single = payload[flag.key];
+        if (single.isBool()) {
+            std::int64_t const others = (flags.isInt() ? flags.toInt() & 0xFF : 0) & ~(std::int64_t{1} << flag.bit);
+            flags = others | (std::int64_t{single.toBool()} << flag.bit);
+        }
     }
-    std::int64_t const others = flags.isInt() ? flags.toInt() & 0xFE : 0;
-    return others | (laser.toBool() ? 1 : 0);
+    return flags;
 }
 
 SwJsonValue valueFor(TableRow const& row, SwJsonObject const& payload)

@@ -1,6 +1,7 @@
 // Walks a packet's items for those that hold several values.
 #include "telemetry/nested_items.h"
 
+#include "telemetry/nested_sets.h"
 #include "telemetry/security_set.h"
 #include "telemetry/st0601_table.h"
 
@@ -10,13 +11,30 @@
 
 namespace telemetry {
 
-NestedItems::NestedItems(KeySelection const& wanted)
+namespace {
+
+bool wantsSecurity(KeySelection const& wanted)
 {
-    auto const isWanted = [&wanted](auto const& row) { return wanted.wants(row.key); };
-    auto const hasWantedName = [&wanted](CodeRow const& row) { return wanted.wants(row.textKey); };
-    wantsSecurity_ = wanted.wants(kSecurityLineKey) ||
-                     std::any_of(securityTable().begin(), securityTable().end(), isWanted) ||
-                     std::any_of(securityCodes().begin(), securityCodes().end(), hasWantedName);
+    return wanted.wants(kSecurityLineKey) ||
+           std::any_of(securityTable().begin(), securityTable().end(),
+                       [&wanted](TableRow const& row) { return wanted.wants(row.key); }) ||
+           std::any_of(securityCodes().begin(), securityCodes().end(),
+                       [&wanted](CodeRow const& row) { return wanted.wants(row.textKey); });
+}
+
+bool wantsOthers(KeySelection const& wanted)
+{
+    return wanted.wants(countryCodingMethods().textKey) ||
+           std::any_of(nestedTable().begin(), nestedTable().end(),
+                       [&wanted](NestedRow const& nested) { return wanted.wants(nested.row.key); });
+}
+
+}  // namespace
+
+NestedItems::NestedItems(KeySelection const& wanted)
+    : wantsSecurity_(wantsSecurity(wanted))
+    , wantsOthers_(wantsOthers(wanted))
+{
 }
 
 bool NestedItems::takeSecurity(KlvPacket const& set)
@@ -30,10 +48,10 @@ bool NestedItems::takeSecurity(KlvPacket const& set)
 
 void NestedItems::addKeys(KlvPacket const& packet, SwJsonObject& payload)
 {
-    if (!wantsSecurity_ && !payload.empty()) {
+    if (!wantsSecurity_ && !wantsOthers_ && !payload.empty()) {
         return;
     }
-    bool hasKeys = !payload.empty();
+    bool marked = false;
     KlvItemReader items(packet);
     while (auto const item = items.next()) {
         if (item->tag == tag::kSecuritySet) {
@@ -41,12 +59,14 @@ void NestedItems::addKeys(KlvPacket const& packet, SwJsonObject& payload)
             damaged_ += keys.has_value() ? 0U : 1U;
             if (keys.has_value() && !keys->empty()) {
                 security_ = std::move(*keys);
-                hasKeys = true;
+                marked = true;
             }
+        } else {
+            damaged_ += readNested(item->tag, item->data, payload) ? 0U : 1U;
         }
     }
     // The marking of others says nothing in a packet that says nothing itself.
-    if (hasKeys) {
+    if (marked || !payload.empty()) {
         for (auto const& [key, value] : security_) {
             payload.insertOrAssign(key, value);
         }

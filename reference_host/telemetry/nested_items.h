@@ -28,6 +28,7 @@ public:
 
 private:
     bool wantsSecurity_ = false;
+    bool wantsOthers_ = false;
     SwJsonObject security_;
     std::uint64_t damaged_ = 0;
 };

@@ -162,6 +162,11 @@ std::span<CodeRow const> securityCodes()
     return kCodes;
 }
 
+std::span<std::string_view const> objectCountryMethods()
+{
+    return kObjectMethods;
+}
+
 std::string markingLine(SwJsonObject const& keys)
 {
     std::string_view const country = groupOf(keys, kCountryKey);

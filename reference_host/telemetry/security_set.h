@@ -20,6 +20,9 @@ std::span<TableRow const> securityTable();
 /// Their codes that have names.
 std::span<CodeRow const> securityCodes();
 
+/// The names of the ways in which object countries are coded, by code.
+std::span<std::string_view const> objectCountryMethods();
+
 /// All in one text, as pages are marked.
 inline constexpr std::string_view kSecurityLineKey = "security_line";
 

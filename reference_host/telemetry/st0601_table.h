@@ -19,7 +19,8 @@ enum class Rule {
     SignedWhole,  ///< s, as a double
     Range,        ///< low + (high - low) u / (2^n - 1)
     Symmetric,    ///< high s / (2^(n-1) - 1); the most negative code means "no value"
-    Imapb         ///< MISB ST 1201 floating point to integer mapping from low to high, any length
+    Imapb,        ///< MISB ST 1201 floating point to integer mapping from low to high, any length
+    Float         ///< IEEE 754 binary32 or binary64; not-a-number and infinities mean "no value"
 };
 
 struct TableRow {
@@ -46,6 +47,7 @@ inline constexpr std::uint32_t kPitch = 6;
 inline constexpr std::uint32_t kRoll = 7;
 inline constexpr std::uint32_t kGenericFlags = 47;
 inline constexpr std::uint32_t kSecuritySet = 48;
+inline constexpr std::uint32_t kMovingTargets = 74;
 inline constexpr std::uint32_t kFullPitch = 90;
 inline constexpr std::uint32_t kFullRoll = 91;
 }  // namespace tag

@@ -5,6 +5,7 @@
 #include "telemetry/wide_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -190,6 +191,18 @@ std::vector<std::uint8_t> encodeScaled(TableRow const& row, double value)
     return writeInteger(static_cast<std::uint64_t>(code), row.width);
 }
 
+SwJsonValue decodeFloat(std::span<std::uint8_t const> data)
+{
+    double value = std::numeric_limits<double>::quiet_NaN();
+    if (data.size() == sizeof(float)) {
+        value =
+            static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(joinBytes(data, sizeof(float), 0))));
+    } else if (data.size() == sizeof(double)) {
+        value = std::bit_cast<double>(joinBytes(data, sizeof(double), 0));
+    }
+    return std::isfinite(value) ? SwJsonValue(value + 0.0) : SwJsonValue();
+}
+
 SwJsonValue decodeUnsigned(TableRow const& row, std::span<std::uint8_t const> data)
 {
     auto const code = readUnsigned(data, widthOf(row));
@@ -242,6 +255,8 @@ SwJsonValue decodeValue(TableRow const& row, std::span<std::uint8_t const> data)
     }
     case Rule::Imapb:
         return decodeImapb(row, data);
+    case Rule::Float:
+        return decodeFloat(data);
     case Rule::SignedCount:
     case Rule::SignedWhole:
     case Rule::Symmetric:

@@ -95,6 +95,7 @@ std::optional<Packet> KlvDecoder::takePacket_(KlvPacket const& found)
     counts_.badChecksums += mapped->checksum == Checksum::Bad ? 1U : 0U;
     nested_.addKeys(found, mapped->payload);
     counts_.damagedSets = nested_.damaged();
+    secondKeys_.addTo(mapped->payload);
     return Packet{std::nullopt, mapped->checksum, std::move(mapped->payload)};
 }
 

@@ -5,6 +5,7 @@
 #include "SwJson.h"
 #include "telemetry/key_selection.h"
 #include "telemetry/nested_items.h"
+#include "telemetry/second_keys.h"
 #include "telemetry/wanted_rows.h"
 
 #include <cstddef>
@@ -47,7 +48,7 @@ struct KlvCounts {
 class KlvDecoder {
 public:
     /// Of the keys that are not wanted at most one is made for each packet: one that holds any key gives one.
-    explicit KlvDecoder(KeySelection const& keys = {}) : wanted_(keys), nested_(keys) {}
+    explicit KlvDecoder(KeySelection const& keys = {}) : wanted_(keys), nested_(keys), secondKeys_(keys) {}
 
     std::vector<Packet> decode(std::span<std::uint8_t const> bytes, std::optional<double> timeSeconds);
     KlvCounts const& counts() const { return counts_; }
@@ -58,6 +59,7 @@ private:
 
     WantedRows wanted_;
     NestedItems nested_;
+    SecondKeyMaker secondKeys_;
     KlvCounts counts_;
     bool hasPackets_ = false;  ///< whether an ST 0601 packet has been seen
 };

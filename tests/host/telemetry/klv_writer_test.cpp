@@ -27,6 +27,28 @@ SwJsonObject decodeBack(Bytes const& bytes)
     return std::move(packets[0].payload);
 }
 
+/// What the keys of fullPayload() give beside themselves.
+void addSecondKeysOfFullPayload(SwJsonObject& payload)
+{
+    for (char const* const key : {"icing_detected_text", "sensor_fov_name_text", "operational_mode_text",
+                                  "platform_status_text", "sensor_control_mode_text"}) {
+        payload.insertOrAssign(key, "42");
+    }
+    payload.insertOrAssign("positioning_method_source_text", "GPS+QZSS+GLONASS");
+    for (char const* const key : {"auto_track", "icing", "image_invalid"}) {
+        payload.insertOrAssign(key, true);
+    }
+    for (char const* const key : {"laser_range_enabled", "ir_polarity_black", "slant_range_measured"}) {
+        payload.insertOrAssign(key, false);
+    }
+    for (char const* const corner : {"1", "2", "3", "4"}) {
+        for (char const* const half : {"_lat_deg", "_lon_deg"}) {
+            payload.insertOrAssign(std::string("corner") + corner + half,
+                                   payload[std::string("corner_") + corner + half]);
+        }
+    }
+}
+
 /// Every row of the table with a value of its kind, the two tags of pitch and roll apart.
 SwJsonObject fullPayload()
 {
@@ -53,7 +75,7 @@ SwJsonObject fullPayload()
     payload.insertOrAssign("platform_pitch_deg", -19.5);
     payload.insertOrAssign("platform_roll_deg", 49.5);
     payload.insertOrAssign("yaw_deg", payload["heading_deg"]);
-    payload.insertOrAssign("laser_range_enabled", false);
+    addSecondKeysOfFullPayload(payload);
     return payload;
 }
 
@@ -139,6 +161,12 @@ TEST(KlvWriter, KeysThatTwoTagsShare)
         {"laser into the flags", {{"laser_range_enabled", true}, {"generic_flags", 0x30}}, "2F 01 31"},
         {"flags alone", {{"generic_flags", 0x31}}, "2F 01 31"},
         {"laser that is no boolean", {{"laser_range_enabled", 1}, {"generic_flags", 0x30}}, "2F 01 30"},
+        {"a flag into the flags", {{"image_invalid", true}, {"generic_flags", 0x11}}, "2F 01 31"},
+        {"a flag over the flags", {{"slant_range_measured", false}, {"generic_flags", 0x31}}, "2F 01 21"},
+        {"flags alone, one by one",
+         {{"auto_track", true}, {"ir_polarity_black", true}, {"icing", true}, {"laser_range_enabled", false}},
+         "2F 01 0E"},
+        {"what no flag stands for stays", {{"generic_flags", 0xC0}, {"icing", true}}, "2F 01 C8"},
         {"speed down", {{"velocity_down_mps", -180.0}}, "33 02 7FFF"},
         {"unknown keys and wrong kinds",
          {{"nonsense", 1}, {"heading_deg", "north"}, {"mission_id", SwJsonValue()}},

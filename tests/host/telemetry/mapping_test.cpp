@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -40,14 +41,24 @@ TEST(Mapping, KeyRules)
         {"reserved short pitch leaves the full one", "06 02 80 00 5A 04 7F FF FF FF", "pitch_deg=90d"},
         {"full roll without value leaves the short one", "07 02 7F FF 5B 00", "roll_deg=50d"},
         {"vertical speed is down", "33 02 7F FF", "velocity_down_mps=-180d"},
-        {"laser off", "2F 01 30", "generic_flags=48 laser_range_enabled=false"},
-        {"laser on", "2F 01 31", "generic_flags=49 laser_range_enabled=true"},
+        {"laser off", "2F 01 30",
+         "auto_track=false generic_flags=48 icing=false image_invalid=true ir_polarity_black=false "
+         "laser_range_enabled=false slant_range_measured=true"},
+        {"laser on", "2F 01 31",
+         "auto_track=false generic_flags=49 icing=false image_invalid=true ir_polarity_black=false "
+         "laser_range_enabled=true slant_range_measured=true"},
+        {"the other flags", "2F 01 0E",
+         "auto_track=true generic_flags=14 icing=true image_invalid=false ir_polarity_black=true "
+         "laser_range_enabled=false slant_range_measured=false"},
         {"flags without value", "2F 00", ""},
-        {"flags in two bytes", "2F 02 00 01", "generic_flags=1 laser_range_enabled=true"},
+        {"flags in two bytes", "2F 02 00 01",
+         "auto_track=false generic_flags=1 icing=false image_invalid=false ir_polarity_black=false "
+         "laser_range_enabled=true slant_range_measured=false"},
         {"text", "0B 02 45 4F", "camera_name='EO'"},
         {"malformed text", "0B 03 45 FF 4F", "camera_name='E\xEF\xBF\xBDO'"},
         {"empty texts", "0B 00 0C 00 41 01 11", "klv_version=17"},
-        {"unknown tags are skipped", "7E 01 05 81 20 02 AA BB 41 01 11", "klv_version=17 sensor_control_mode=5"},
+        {"unknown tags are skipped", "7E 01 05 81 20 02 AA BB 41 01 11",
+         "klv_version=17 sensor_control_mode=5 sensor_control_mode_text='auto, holding position'"},
         {"security set", "30 03 01 01 01 41 01 11",
          "klv_version=17 security_classification='UNCLASSIFIED' security_classification_code=1 "
          "security_line='UNCLASSIFIED'"},
@@ -61,7 +72,8 @@ TEST(Mapping, KeyRules)
         {"reverse order", "19 02 00 00 18 04 00 00 00 00 17 04 00 00 00 00",
          "frame_center_elev_m=-900d frame_center_lat_deg=0d frame_center_lon_deg=0d"},
         {"counts of the platform", "7B 01 07 7C 01 03 7D 01 09",
-         "nav_sat_count=7 platform_status=9 positioning_method_source=3"},
+         "nav_sat_count=7 platform_status=9 platform_status_text='egress' positioning_method_source=3 "
+         "positioning_method_source_text='INS+GPS'"},
         {"rates", "75 02 3E 90 76 03 3E 80 00 77 02 3B 60",
          "azimuth_rate_dps=1d elevation_rate_dps=0d roll_rate_dps=-50d"},
         {"laser code", "3E 02 06 CF", "laser_prf_code=1743"},
@@ -70,6 +82,93 @@ TEST(Mapping, KeyRules)
         SCOPED_TRACE(row.name);
         EXPECT_EQ(decodeText(fromHex(row.items)), row.expected);
     }
+}
+
+TEST(Mapping, NamesOfCodes)
+{
+    struct Row {
+        char const* items;
+        char const* key;
+        char const* text;
+    };
+    Row const rows[] = {
+        {"22 01 00", "icing_detected_text", "detector off"},
+        {"22 01 02", "icing_detected_text", "icing detected"},
+        {"22 01 03", "icing_detected_text", "3"},
+        {"3F 01 00", "sensor_fov_name_text", "ultranarrow"},
+        {"3F 01 05", "sensor_fov_name_text", "narrow medium"},
+        {"3F 01 08", "sensor_fov_name_text", "continuous zoom"},
+        {"3F 01 09", "sensor_fov_name_text", "9"},
+        {"4D 01 00", "operational_mode_text", "other"},
+        {"4D 01 05", "operational_mode_text", "test"},
+        {"4D 01 FF", "operational_mode_text", "255"},
+        {"7D 01 00", "platform_status_text", "active"},
+        {"7D 01 07", "platform_status_text", "automated orbit"},
+        {"7D 01 0C", "platform_status_text", "landed, parked"},
+        {"7D 01 0D", "platform_status_text", "13"},
+        {"7E 01 00", "sensor_control_mode_text", "off"},
+        {"7E 01 06", "sensor_control_mode_text", "auto, tracking"},
+        {"7C 01 80", "positioning_method_source_text", "BeiDou-2"},
+        {"7C 01 FF", "positioning_method_source_text", "INS+GPS+Galileo+QZSS+NAVIC+GLONASS+BeiDou-1+BeiDou-2"},
+        {"7C 01 00", "positioning_method_source_text", ""},
+        {"22 00", "icing_detected_text", ""},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.items);
+        KlvDecoder decoder;
+        auto const packets = decoder.decode(packetOf(fromHex(row.items)), std::nullopt);
+        ASSERT_EQ(packets.size(), 1U);
+        EXPECT_EQ(packets[0].payload[row.key].stringRef(), row.text);
+    }
+}
+
+/// "lat lon" of a position to nine decimals; "none" when it is missing.
+std::string placeOf(Bytes const& items, std::string const& name)
+{
+    KlvDecoder decoder;
+    SwJsonObject const payload = decoder.decode(packetOf(items), std::nullopt).at(0).payload;
+    if (!payload.contains(name + "_lat_deg") && !payload.contains(name + "_lon_deg")) {
+        return "none";
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, "%.9f %.9f", payload[name + "_lat_deg"].toDouble(),
+                  payload[name + "_lon_deg"].toDouble());
+    return text;
+}
+
+TEST(Mapping, CornersOnTheGround)
+{
+    // The center at 10.542388633 S, 29.157890123 E; corner 1 lies 0.013660085 north and 0.003659932 east of it.
+    std::string const center = "17 04 F101A229 18 04 14BC082B ";
+    std::string const offset = "1A 02 1750 1B 02 063F ";
+    std::string const full = "52 04 F1069B63 53 04 14BCB2C0 ";
+    struct Row {
+        char const* name;
+        std::string items;
+        char const* corner1;
+    };
+    Row const rows[] = {
+        {"its own position", full, "-10.528728394 29.161550416"},
+        {"offset", center + offset, "-10.528728548 29.161550055"},
+        {"the own position is preferred", center + offset + full, "-10.528728394 29.161550416"},
+        {"offset before the center", offset + center, "-10.528728548 29.161550055"},
+        {"half of its own position", center + offset + "52 04 F1069B63", "-10.528728548 29.161550055"},
+        {"own position off the earth", center + offset + "52 04 80000000 53 04 14BCB2C0", "-10.528728548 29.161550055"},
+        {"offset off the earth", center + "1A 02 8000 1B 02 063F", "none"},
+        {"no center", offset, "none"},
+        {"half of the center", "17 04 F101A229" + offset, "none"},
+        {"half of the offset", center + "1A 02 1750", "none"},
+        {"beyond the pole", "17 04 7FFFFFFF 18 04 00000000 1A 02 7FFF 1B 02 0000", "none"},
+        {"over 180 degrees east", "17 04 00000000 18 04 7FFFFFFF 1A 02 0000 1B 02 7FFF", "0.000000000 -179.925000000"},
+        {"over 180 degrees west", "17 04 00000000 18 04 80000001 1A 02 0000 1B 02 8001", "0.000000000 179.925000000"},
+        {"to 180 degrees", "17 04 00000000 18 04 7FFFFFFF 1A 02 0000 1B 02 0000", "0.000000000 180.000000000"},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(placeOf(fromHex(row.items), "corner1"), row.corner1);
+        EXPECT_EQ(placeOf(fromHex(row.items), "corner2"), "none");
+    }
+    EXPECT_EQ(placeOf(fromHex(center + "20 02 1750 21 02 063F"), "corner4"), "-10.528728548 29.161550055");
 }
 
 TEST(KlvDecoder, ChecksumVerdicts)

@@ -1,5 +1,7 @@
 // Holds the key tables and the options of docs/telemetry.md to the code.
 #include "clip/host_keys.h"
+#include "telemetry/nested_sets.h"
+#include "telemetry/second_keys.h"
 #include "telemetry/security_set.h"
 #include "telemetry/st0601_table.h"
 #include "ts_klv.h"
@@ -36,6 +38,8 @@ std::string form(TableRow const& row)
         return "integer, even, " + bytes;
     case Rule::Imapb:
         return "number, " + range + "any length";
+    case Rule::Float:
+        return "number";
     default:
         return "number, " + range + bytes;
     }
@@ -52,7 +56,7 @@ std::string keysOf(TableRow const& row)
     case tag::kRoll:
         return keys + ", beside tag 91 `" + std::string(kShortRollKey) + "`";
     case tag::kGenericFlags:
-        return keys + "; bit 0 as a flag: `" + std::string(kLaserKey) + "`";
+        return keys + " and the flags below";
     default:
         return keys;
     }
@@ -89,6 +93,47 @@ TEST(TelemetryDocs, SecurityTableIsTheTableOfTheCode)
         EXPECT_NE(text.find("`" + std::string(row.textKey) + "`"), std::string::npos) << row.textKey;
     }
     EXPECT_NE(text.find("`" + std::string(kSecurityLineKey) + "`"), std::string::npos);
+}
+
+/// "74, first target, item 10"; "74, item 5"; "122".
+std::string placeOf(NestedRow const& nested)
+{
+    return std::to_string(nested.item) + (nested.part.empty() ? "" : ", " + std::string(nested.part)) +
+           (nested.row.tag == 0 ? "" : ", item " + std::to_string(nested.row.tag));
+}
+
+TEST(TelemetryDocs, NestedTableIsTheTableOfTheCode)
+{
+    std::string table = "| tag | key | item | value |\n| --- | --- | --- | --- |\n";
+    for (NestedRow const& nested : nestedTable()) {
+        table += "| " + placeOf(nested) + " | `" + std::string(nested.row.key) + "` | " + std::string(nested.row.item) +
+                 " | " + form(nested.row) + " |\n";
+    }
+    EXPECT_NE(page().find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold this table:\n"
+                                                                     << table;
+    EXPECT_NE(page().find("`" + std::string(countryCodingMethods().textKey) + "`"), std::string::npos);
+}
+
+TEST(TelemetryDocs, SecondKeysAreThoseOfTheCode)
+{
+    std::string table = "| bit | key | set when |\n| --- | --- | --- |\n";
+    for (FlagRow const& row : genericFlagRows()) {
+        table +=
+            "| " + std::to_string(row.bit) + " | `" + std::string(row.key) + "` | " + std::string(row.meaning) + " |\n";
+    }
+    table += "\n| key | names, from code 0 on |\n| --- | --- |\n";
+    for (CodeRow const& row : st0601Codes()) {
+        std::string names;
+        for (std::string_view const name : row.names) {
+            names += (names.empty() ? "" : "; ") + std::string(name);
+        }
+        table += "| `" + std::string(row.textKey) + "` | " + names + " |\n";
+    }
+    EXPECT_NE(page().find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold these tables:\n"
+                                                                     << table;
+    for (SecondKey const& second : secondKeys()) {
+        EXPECT_NE(page().find("`" + second.key + "`"), std::string::npos) << second.key;
+    }
 }
 
 TEST(TelemetryDocs, HostKeysAreThoseOfTheCode)
