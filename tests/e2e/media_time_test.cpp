@@ -1,6 +1,7 @@
 // Holds, delays and limits run by the clip's own time: the same clip gives the same texts and the same pictures
 // whatever else the machine does.
 #include "clips.h"
+#include "recorded_clips.h"
 #include "run_program.h"
 #include "temp_folder.h"
 
@@ -81,49 +82,91 @@ std::string randomConfig(unsigned seed)
     return config + "]}";
 }
 
-class SameText : public testing::TestWithParam<char const*> {};
-
-TEST_P(SameText, AloneUnderLoadAndSlowedDown)
-{
-    std::string const clip = std::string(OVERLAY_RECORDED_DATA) + "/" + GetParam();
-    if (!std::filesystem::exists(clip)) {
-        GTEST_SKIP() << "recorded data is missing: " << clip << " (set OVERLAY_RECORDED_DATA)";
+class Recorded : public testing::TestWithParam<char const*> {
+protected:
+    void SetUp() override
+    {
+        if (!std::filesystem::exists(clip_)) {
+            GTEST_SKIP() << "recorded data is missing: " << clip_ << " (set OVERLAY_RECORDED_DATA)";
+        }
     }
-    TempFolder const folder;
+
+    std::string file(std::string const& name) const { return folder_.file(name); }
+
+    std::string randomConfigFile(unsigned seed) const
+    {
+        std::string path = file("random" + std::to_string(seed) + ".json");
+        e2e::writeFile(path, randomConfig(seed));
+        return path;
+    }
+
+    Result text(std::string const& config, e2e::RunOptions const& options = {}) const
+    {
+        return run(withTelemetry_({"text", clip_, "-c", config}), options);
+    }
+
+    Result burn(std::string const& config, std::string const& output) const
+    {
+        return run(withTelemetry_({"burn", clip_, "-c", config, "-o", output, "--video-codec", "ffv1"}));
+    }
+
+private:
+    std::vector<std::string> withTelemetry_(std::vector<std::string> words) const
+    {
+        words.insert(words.end(), telemetry_.begin(), telemetry_.end());
+        return words;
+    }
+
+    TempFolder folder_;
+    std::string clip_ = e2e::recordedClip(GetParam());
+    std::vector<std::string> telemetry_ = e2e::telemetryFor(GetParam(), folder_.file("telemetry.jsonl"));
+};
+
+TEST_P(Recorded, GivesTheSameTextsAloneUnderLoadAndSlowedDown)
+{
     std::vector<std::string> configs;
     for (std::string const& name : kExamples) {
         configs.push_back(example(name));
     }
     for (unsigned seed = 1; seed <= 3; ++seed) {
-        configs.push_back(folder.file("random" + std::to_string(seed) + ".json"));
-        e2e::writeFile(configs.back(), randomConfig(seed));
+        configs.push_back(randomConfigFile(seed));
     }
     std::vector<std::string> alone;
     for (std::string const& config : configs) {
-        Result const result = run({"text", clip, "-c", config});
+        Result const result = text(config);
         EXPECT_EQ(result.exitCode, 0) << config;
         alone.push_back(result.out);
         e2e::RunOptions slowed;
         slowed.slowed = true;
-        EXPECT_TRUE(run({"text", clip, "-c", config}, slowed).out == alone.back()) << "slowed down: " << config;
+        EXPECT_TRUE(text(config, slowed).out == alone.back()) << "slowed down: " << config;
     }
+    auto const drawsText = [](std::string const& out) { return out.find("\"text\"") != std::string::npos; };
+    EXPECT_GE(std::count_if(alone.begin(), alone.end(), drawsText), 4) << "there is something to compare";
     FullLoad const load;
     for (std::size_t number = 0; number < configs.size(); ++number) {
-        EXPECT_TRUE(run({"text", clip, "-c", configs[number]}).out == alone[number]) << "load: " << configs[number];
+        EXPECT_TRUE(text(configs[number]).out == alone[number]) << "load: " << configs[number];
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, SameText,
-                         testing::Values("osh_sim_640x480_h264_klv06.ts", "kwiver_h264_160x120_klv06_nopts.ts",
-                                         "kwiver_mpeg2_160x120_klv06_nopts.ts", "kwiver_h264_160x120_no_klv.ts",
-                                         "kwiver_aphill_720x480i_h264_eg0104.ts",
-                                         "mp2tp_foreman_352x288_h264_klv15_aucell.ts",
-                                         "mux_car_768x432_osh_klv_30hz.ts"),
-                         [](auto const& row) {
-                             std::string name = row.param;
-                             return name.substr(0, name.find('_', name.find('_') + 1)) + "_" +
-                                    std::to_string(row.index);
-                         });
+TEST_P(Recorded, BurntTwiceGivesTheSamePictures)
+{
+    std::string const config = randomConfigFile(4);
+    ASSERT_EQ(burn(config, file("a.mkv")).exitCode, 0);
+    {
+        FullLoad const load;
+        ASSERT_EQ(burn(config, file("b.mkv")).exitCode, 0);
+    }
+    auto const a = clip_test::picturesOf(file("a.mkv"));
+    auto const b = clip_test::picturesOf(file("b.mkv"));
+    ASSERT_FALSE(a.empty());
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t number = 0; number < a.size(); ++number) {
+        EXPECT_TRUE(clip_test::samePicture(*a[number], *b[number])) << "frame " << number;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Recorded, testing::ValuesIn(e2e::kRecordedClips),
+                         [](auto const& row) { return "clip_" + std::to_string(row.index); });
 
 /// The demo flight: 30 frames per second, the laser is on from 3.0 s to 8.0 s.
 class DemoFlight : public testing::Test {

@@ -405,7 +405,8 @@ TEST_F(Telemetry, OptionsThatCannotBeMeantAreWrongUsage)
         Result const result = text("own.ts", {row.option, row.value});
         EXPECT_EQ(result.exitCode, 2);
         ASSERT_FALSE(e2e::linesOf(result.err).empty());
-        EXPECT_EQ(e2e::linesOf(result.err).front(), row.line);
+        EXPECT_EQ(e2e::linesOf(result.err).front(),
+                  "stanag-overlay: text: " + std::string(row.line) + "; see stanag-overlay text --help");
     }
 }
 

@@ -210,6 +210,28 @@ StreamCounts packetsOf(std::string const& path)
     return counts;
 }
 
+StreamTimes timesOf(std::string const& path)
+{
+    media::quietLibraries();
+    StreamTimes times;
+    media::Demuxer demuxer(path);
+    media::PacketPtr const packet = media::makePacket();
+    while (demuxer.read(*packet)) {
+        media::StreamKind const kind = demuxer.kindOf(packet->stream_index);
+        double const seconds =
+            static_cast<double>(packet->pts) * av_q2d(demuxer.stream(packet->stream_index).time_base);
+        if (kind == media::StreamKind::Video) {
+            times.video.push_back(seconds);
+        } else if (kind == media::StreamKind::Klv) {
+            times.klv.push_back(seconds);
+        } else if (kind == media::StreamKind::Audio) {
+            times.sound.push_back(seconds);
+        }
+        av_packet_unref(packet.get());
+    }
+    return times;
+}
+
 SwJsonObject parseLine(std::string const& line)
 {
     SwString error;

@@ -48,6 +48,16 @@ struct StreamCounts {
 /// Packets per kind of stream; all zero when the file cannot be read.
 StreamCounts packetsOf(std::string const& path);
 
+/// Presentation times in seconds, in stream order.
+struct StreamTimes {
+    std::vector<double> video;
+    std::vector<double> klv;
+    std::vector<double> sound;
+};
+
+/// Times of the packets of each kind of stream.
+StreamTimes timesOf(std::string const& path);
+
 /// Reads one line of the program's JSON.
 SwJsonObject parseLine(std::string const& line);
 
