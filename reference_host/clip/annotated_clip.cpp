@@ -10,6 +10,16 @@
 #include <utility>
 
 namespace clip {
+namespace {
+
+/// The plugin takes frame number 0 for "none yet".
+std::uint64_t indexOf(media::FramePlace const& place)
+{
+    return place.number + 1;
+}
+
+}  // namespace
+
 AnnotatedClip::AnnotatedClip(ClipSource const& source)
     : demuxer_(source.input)
     , telemetry_(demuxer_, source.telemetry, telemetry::KeySelection::namedIn(source.config))
@@ -82,24 +92,17 @@ std::vector<frame::Choice> AnnotatedClip::telemetryFor_(media::FramePlace const&
 
 void AnnotatedClip::pass()
 {
-    ClipFrame frame{reader_.peek().value(), 0, nullptr, {}};
+    media::FramePlace const place = reader_.peek().value();
     reader_.skip();
-    frame.telemetry = telemetryFor_(frame);
-    frame.timeNs = clock_.next(frame.ticks);
-    if (!noPicture_) {
-        // Texts on so small a picture have no height: the plugin makes them and nothing is drawn.
-        constexpr unsigned kSide = 2;
-        noPicture_ = renderer_.takePicture(kSide, kSide);
-    }
-    frame.picture = noPicture_;
-    annotate(frame);
+    std::vector<frame::Choice> const telemetry = telemetryFor_(place);
+    FrameTime const time(clock_.next(place.ticks));
+    renderer_.pass(indexOf(place), telemetry_.producers(), telemetry);
 }
 
 std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& frame)
 {
     FrameTime const time(frame.timeNs);
-    // The plugin takes frame number 0 for "none yet".
-    renderer_.renderOnto(frame.number + 1, frame.picture, telemetry_.producers(), frame.telemetry);
+    renderer_.renderOnto(indexOf(frame), frame.picture, telemetry_.producers(), frame.telemetry);
     return frame.picture;
 }
 

@@ -4,6 +4,13 @@
 #include <cmath>
 
 namespace clip {
+namespace {
+
+constexpr char const* kFrameIndex = "frame_index";
+constexpr char const* kTelemetryAge = "telemetry_age_s";
+constexpr char const* kVideoTime = "video_time_s";
+
+}  // namespace
 
 double toMicroseconds(double seconds)
 {
@@ -12,9 +19,14 @@ double toMicroseconds(double seconds)
 
 SwJsonObject hostKeys(double telemetryAgeSeconds, double videoSeconds, std::uint64_t frameNumber)
 {
-    return {{"frame_index", SwJsonValue(frameNumber)},
-            {"telemetry_age_s", SwJsonValue(toMicroseconds(telemetryAgeSeconds))},
-            {"video_time_s", SwJsonValue(toMicroseconds(videoSeconds))}};
+    return {{kFrameIndex, SwJsonValue(frameNumber)},
+            {kTelemetryAge, SwJsonValue(toMicroseconds(telemetryAgeSeconds))},
+            {kVideoTime, SwJsonValue(toMicroseconds(videoSeconds))}};
+}
+
+bool wantsHostKeys(telemetry::KeySelection const& keys)
+{
+    return keys.wants(kFrameIndex) || keys.wants(kTelemetryAge) || keys.wants(kVideoTime);
 }
 
 }  // namespace clip

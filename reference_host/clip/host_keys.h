@@ -2,6 +2,7 @@
 #pragma once
 
 #include "SwJson.h"
+#include "telemetry/key_selection.h"
 
 #include <cstdint>
 
@@ -16,5 +17,7 @@ double toMicroseconds(double seconds);
 /// `telemetry_age_s`: how much older the newest telemetry packet is than the picture; `video_time_s`: the picture's
 /// time after the clip's first one; `frame_index`: its number, counted from 0. Seconds are in whole microseconds.
 SwJsonObject hostKeys(double telemetryAgeSeconds, double videoSeconds, std::uint64_t frameNumber);
+/// Whether any of them is wanted.
+bool wantsHostKeys(telemetry::KeySelection const& keys);
 
 }  // namespace clip

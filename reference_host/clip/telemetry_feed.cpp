@@ -61,6 +61,7 @@ TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions opt
     , options_(withSource(options, demuxer.name()))
     , choice_(options.stream)
     , ownFile_(takesFileTwice(options, demuxer.name()))
+    , hostKeysWanted_(wantsHostKeys(keys))
     , klv_(std::move(keys))
     , timeline_(maxWaiting(options_))
 {
@@ -166,7 +167,7 @@ std::vector<frame::Choice> TelemetryFeed::choose(double seconds, std::uint64_t f
             producers_.push_back(kHostProducer);
         }
     }
-    if (newest) {
+    if (newest && (hostKeysWanted_ || choices.empty())) {
         SwJsonObject keys = hostKeys(std::max(0.0, seconds - *newest), seconds - firstSeconds_, frameNumber);
         choices.push_back({kHostProducer, std::make_shared<SwJsonObject const>(std::move(keys)), frameIndex, false});
     }

@@ -34,7 +34,7 @@ public:
     void add(media::SideUnit const& unit);
 
     /// What each producer delivers for the next picture. Once there has been telemetry, the host's own keys are
-    /// among it for every picture.
+    /// among it for every picture, unless they are not wanted and others deliver.
     std::vector<frame::Choice> choose(double seconds, std::uint64_t frameNumber);
     /// All that could deliver, in the order in which they win.
     std::vector<std::string> const& producers() const { return producers_; }
@@ -54,6 +54,7 @@ private:
     StreamChoice choice_;
     bool ownFile_ = false;                                               ///< the telemetry file is the clip itself
     std::map<std::string, std::vector<telemetry::Packet>> filePackets_;  ///< by stream, until they are placed
+    bool hostKeysWanted_;
     KlvStreams klv_;
     std::map<int, std::size_t> producerOfStream_;
     frame::TelemetryTimeline timeline_;

@@ -46,6 +46,46 @@ void fillInputs(RenderContext& context, std::vector<std::string> const& producer
     }
 }
 
+/// Whether the context of an earlier frame lists these producers and inputs by name.
+bool listsTheSame(RenderContext& context, std::vector<std::string> const& producers, std::vector<Choice> const& choices)
+{
+    std::vector<ProducerRecord> const& declared = context.declaredProducers[kInputType];
+    std::vector<RenderInput> const& inputs = context.inputsByType[kInputType].inputs;
+    return std::equal(
+               declared.begin(), declared.end(), producers.begin(), producers.end(),
+               [](ProducerRecord const& record, std::string const& name) { return record.payloadKey == name; }) &&
+           std::equal(
+               inputs.begin(), inputs.end(), choices.begin(), choices.end(),
+               [](RenderInput const& input, Choice const& choice) { return input.payloadKey == choice.producer; });
+}
+
+/// As fillInputs for the context of an earlier frame.
+void updateInputs(RenderContext& context, std::vector<std::string> const& producers, std::vector<Choice> const& choices)
+{
+    if (!listsTheSame(context, producers, choices)) {
+        context.declaredProducers.clear();
+        context.inputsByType.clear();
+        context.producerViews.clear();
+        fillInputs(context, producers, choices);
+        return;
+    }
+    // The views point at these inputs.
+    auto choice = choices.begin();
+    for (RenderInput& input : context.inputsByType[kInputType].inputs) {
+        input.payloadFrame = choice->payloadFrame;
+        input.fromLookback = choice->fromLookback;
+        ++choice;
+    }
+}
+
+/// Where nobody else reads the original, it serves as its own copy.
+void giveOriginal(LazyDetachedPicture& holder, std::uint64_t frameIndex,
+                  std::shared_ptr<zelvo::ZelvoPicture> const& picture)
+{
+    holder.reset(kPictureNamespace, frameIndex, picture, nullptr,
+                 [picture](std::string const&, std::uint64_t) { return picture; });
+}
+
 }  // namespace
 
 int outlinePixels(Look const& look, unsigned pictureHeight)
@@ -90,10 +130,20 @@ void FrameRenderer::renderOnto(std::uint64_t frameIndex, std::shared_ptr<zelvo::
                                std::vector<std::string> const& producers, std::vector<Choice> const& choices)
 {
     RenderContext context;
-    // Where nobody else reads the original, it serves as its own copy.
-    context.picture.reset(kPictureNamespace, frameIndex, picture, nullptr,
-                          [&picture](std::string const&, std::uint64_t) { return picture; });
+    giveOriginal(context.picture, frameIndex, picture);
     render_(context, frameIndex, *picture, producers, choices);
+}
+
+void FrameRenderer::pass(std::uint64_t frameIndex, std::vector<std::string> const& producers,
+                         std::vector<Choice> const& choices)
+{
+    if (!passing_) {
+        // Texts on so small a picture have no height: the plugin makes them and nothing is drawn.
+        constexpr unsigned kSide = 2;
+        passing_ = std::make_unique<RenderContext>();
+        giveOriginal(passing_->picture, frameIndex, takePicture(kSide, kSide));
+    }
+    render_(*passing_, frameIndex, *passing_->picture.readablePicShared(), producers, choices);
 }
 
 void FrameRenderer::render_(RenderContext& context, std::uint64_t frameIndex, zelvo::ZelvoPicture const& picture,
@@ -104,7 +154,7 @@ void FrameRenderer::render_(RenderContext& context, std::uint64_t frameIndex, ze
         [&choices](std::uint64_t frame, std::string const& key) { return payloadOf(choices, frame, key); }};
     context.frameIndex = frameIndex;
     context.payloadAccessor = &accessor;
-    fillInputs(context, producers, choices);
+    updateInputs(context, producers, choices);
     plugin_.get().render(context);
 }
 

@@ -40,6 +40,10 @@ public:
     void renderOnto(std::uint64_t frameIndex, std::shared_ptr<zelvo::ZelvoPicture> const& picture,
                     std::vector<std::string> const& producers, std::vector<Choice> const& choices);
 
+    /// Lets the plugin see a frame whose picture nobody wants: holds, delays and numbers go on as if it had been drawn,
+    /// but nothing is drawn and no context is made.
+    void pass(std::uint64_t frameIndex, std::vector<std::string> const& producers, std::vector<Choice> const& choices);
+
 private:
     void render_(RenderContext& context, std::uint64_t frameIndex, zelvo::ZelvoPicture const& picture,
                  std::vector<std::string> const& producers, std::vector<Choice> const& choices);
@@ -49,6 +53,7 @@ private:
     Painter painter_;
     MappedBackend backend_;
     std::shared_ptr<zelvo::ZelvoPicturePool> pool_;
+    std::unique_ptr<RenderContext> passing_;  ///< kept from frame to frame with its mapped picture
     LoadedPlugin plugin_;
 };
 

@@ -26,6 +26,9 @@ constexpr int kHevcOpenKey = 21;
 constexpr int kHevcFirstParameter = 32;
 constexpr int kHevcLastParameter = 34;
 
+/// The library's parser reads at most 1000 bytes of a picture, but clears as much memory as it is given bytes.
+constexpr std::ptrdiff_t kPictureHeaderBytes = 1024;
+
 /// MPEG-2 (ITU-T H.262, table 6-1) start codes.
 constexpr int kMpegPicture = 0x00;
 constexpr int kMpegSequence = 0xB3;
@@ -168,6 +171,13 @@ std::string PacketInspector::parameterDoubt_(std::string const& unit)
     return parameters_.count(unit) == 0 ? kParameters : "";
 }
 
+int PacketInspector::parsedBytes_(AVPacket const& packet, std::uint8_t const* picture) const
+{
+    // Units with a length before them must be whole.
+    auto const upToHeader = picture - packet.data + kPictureHeaderBytes;
+    return lengthBytes_ == 0 && upToHeader < packet.size ? static_cast<int>(upToHeader) : packet.size;
+}
+
 PacketInspector::Finding PacketInspector::inspectH264_(AVPacket const& packet)
 {
     for (UnitWalk walk(packet, lengthBytes_); walk.next();) {
@@ -189,8 +199,8 @@ PacketInspector::Finding PacketInspector::inspectH264_(AVPacket const& packet)
         }
         std::uint8_t* unused = nullptr;
         int unusedSize = 0;
-        av_parser_parse2(parser_.get(), context_.get(), &unused, &unusedSize, packet.data, packet.size, packet.pts,
-                         packet.dts, packet.pos);
+        av_parser_parse2(parser_.get(), context_.get(), &unused, &unusedSize, packet.data,
+                         parsedBytes_(packet, walk.data()), packet.pts, packet.dts, packet.pos);
         if (parser_->picture_structure != AV_PICTURE_STRUCTURE_FRAME) {
             return {false, parser_->picture_structure == AV_PICTURE_STRUCTURE_UNKNOWN ? kNoPicture : kField};
         }

@@ -31,6 +31,7 @@ private:
         void operator()(AVCodecParserContext* parser) const { av_parser_close(parser); }
     };
 
+    int parsedBytes_(AVPacket const& packet, std::uint8_t const* picture) const;
     Finding inspectH264_(AVPacket const& packet);
     Finding inspectHevc_(AVPacket const& packet);
     Finding inspectMpeg2_(AVPacket const& packet);

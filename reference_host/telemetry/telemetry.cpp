@@ -2,7 +2,6 @@
 #include "telemetry/telemetry.h"
 
 #include "telemetry/klv_reader.h"
-#include "telemetry/mapping.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -86,7 +85,7 @@ std::vector<Packet> KlvDecoder::decode(std::span<std::uint8_t const> bytes, std:
 
 std::optional<Packet> KlvDecoder::takePacket_(KlvPacket const& found)
 {
-    auto mapped = mapPacket(found, wanted_);
+    auto mapped = mapper_.map(found);
     if (!mapped.has_value()) {
         ++counts_.truncated;
         return std::nullopt;

@@ -4,9 +4,9 @@
 
 #include "SwJson.h"
 #include "telemetry/key_selection.h"
+#include "telemetry/mapping.h"
 #include "telemetry/nested_items.h"
 #include "telemetry/second_keys.h"
-#include "telemetry/wanted_rows.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,6 @@
 
 namespace telemetry {
 
-enum class Checksum { Ok, Bad, Absent };
 /// "ok", "bad", "absent".
 char const* toText(Checksum checksum);
 
@@ -47,8 +46,8 @@ struct KlvCounts {
 /// senders need not repeat it in each. One that stands before the first ST 0601 packet is handed out as a packet too.
 class KlvDecoder {
 public:
-    /// Of the keys that are not wanted at most one is made for each packet: one that holds any key gives one.
-    explicit KlvDecoder(KeySelection const& keys = {}) : wanted_(keys), nested_(keys), secondKeys_(keys) {}
+    /// Makes the wanted keys; a packet that holds only others gives one of them.
+    explicit KlvDecoder(KeySelection const& wanted = {}) : mapper_(wanted), nested_(wanted), secondKeys_(wanted) {}
 
     std::vector<Packet> decode(std::span<std::uint8_t const> bytes, std::optional<double> timeSeconds);
     KlvCounts const& counts() const { return counts_; }
@@ -57,7 +56,7 @@ private:
     std::optional<Packet> takePacket_(KlvPacket const& found);
     std::optional<Packet> takeSecurity_(KlvPacket const& found);
 
-    WantedRows wanted_;
+    PacketMapper mapper_;
     NestedItems nested_;
     SecondKeyMaker secondKeys_;
     KlvCounts counts_;

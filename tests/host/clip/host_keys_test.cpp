@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 TEST(HostKeys, AreAgeTimeAndNumberInWholeMicroseconds)
@@ -14,6 +16,18 @@ TEST(HostKeys, AreAgeTimeAndNumberInWholeMicroseconds)
               "frame_index=37 telemetry_age_s=0.25d video_time_s=1.5d");
     EXPECT_EQ(clip::toMicroseconds(1.04 - 1.0), 0.04);
     EXPECT_EQ(clip::toMicroseconds(-0.0000006), -0.000001);
+}
+
+TEST(HostKeys, AreWantedOneByOne)
+{
+    auto const wants = [](char const* text) {
+        return clip::wantsHostKeys(
+            telemetry::KeySelection::namedIn(R"({"overlay":[{"formatString":")" + std::string(text) + R"("}]})"));
+    };
+    EXPECT_TRUE(wants("%frame_index"));
+    EXPECT_TRUE(wants("%telemetry_age_s"));
+    EXPECT_TRUE(wants("%video_time_s"));
+    EXPECT_FALSE(wants("%heading_deg"));
 }
 
 }  // namespace

@@ -81,6 +81,11 @@ public:
         return texts_;
     }
 
+    void pass(std::uint64_t frameIndex, std::vector<std::string> const& producers, std::vector<Choice> const& choices)
+    {
+        renderer_.pass(frameIndex, producers, choices);
+    }
+
 private:
     FrameRenderer renderer_;
     std::vector<std::string> texts_;
@@ -101,6 +106,37 @@ TEST(FrameRenderer, LetsTheFirstProducerWinAndMergesTheRest)
     Choice const late = choiceOf("a-late", {{"a", SwJsonValue(1)}, {"b", SwJsonValue(2)}}, 1);
     Choice const first = choiceOf("z-first", {{"a", SwJsonValue(9)}}, 1);
     EXPECT_EQ(recorded.render(1, {"z-first", "a-late"}, {first, late}), Texts{"9 2"});
+}
+
+TEST(FrameRenderer, PassesOverFramesAsIfTheyWereDrawn)
+{
+    // A value that is held for a minute, on frames that are passed over with other producers each time.
+    char const* const config = R"({"overlay":[{"formatString":"%a %b","updateEveryNFrames":3,
+        "formats":{"a":{"holdLastMs":60000},"b":{"holdLastMs":60000}}}]})";
+    Choice const a1 = choiceOf("x", {{"a", SwJsonValue(1)}}, 1);
+    Choice const b4 = choiceOf("y", {{"b", SwJsonValue(4)}}, 4);
+    Choice const c5 = choiceOf("y", {{"c", SwJsonValue(5)}}, 5);
+    Choice const a5 = choiceOf("x", {{"a", SwJsonValue(5)}}, 5);
+    struct Frame {
+        std::vector<std::string> producers;
+        std::vector<Choice> choices;
+    };
+    std::vector<Frame> const frames = {{{"x"}, {a1}},          {{"x"}, {a1}},          {{"x"}, {}},
+                                       {{"x", "y"}, {a1, b4}}, {{"x", "y"}, {a5, c5}}, {{"x", "y"}, {c5}},
+                                       {{"x", "y"}, {c5}},     {{"x", "y"}, {c5}}};
+    for (std::size_t passed = 0; passed < frames.size(); ++passed) {
+        Recorded whole(config);
+        Recorded part(config);
+        for (std::size_t i = 0; i <= passed; ++i) {
+            Frame const& frame = frames[i];
+            Texts const expected = whole.render(i + 1, frame.producers, frame.choices);
+            if (i < passed) {
+                part.pass(i + 1, frame.producers, frame.choices);
+            } else {
+                EXPECT_EQ(part.render(i + 1, frame.producers, frame.choices), expected) << "frame " << i + 1;
+            }
+        }
+    }
 }
 
 TEST(FrameRenderer, DrawsNothingWithoutTelemetry)
