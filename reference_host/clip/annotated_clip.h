@@ -101,7 +101,7 @@ private:
     media::PictureTraits traits_;
     std::optional<media::FramePlace> first_;
     std::optional<media::FramePlace> begin_;
-    std::shared_ptr<zelvo::ZelvoPicture> stored_;     ///< one that is still to be turned upright
+    std::shared_ptr<zelvo::ZelvoPicture> stored_;  ///< one that is still to be turned upright
     std::string sizeChange_;
     bool slanting_ = false;  ///< pictures are to be shown turned by other than right angles
 };
