@@ -14,7 +14,7 @@ std::vector<DrawtextBlock> blocksOf(Scene const& scene)
     blocks.reserve(kBlocks);
     for (int block = 0; block < kBlocks; ++block) {
         blocks.push_back({texts[static_cast<std::size_t>(block)], scene.left(block), scene.top(block), scene.textSize(),
-                          scene.margin()});
+                          scene.margin(), scene.outline});
     }
     return blocks;
 }

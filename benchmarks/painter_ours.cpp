@@ -27,7 +27,11 @@ Box measuredBox(Painter const& painter, Scene const& scene, int block, std::stri
 
 class Ours : public Drawer {
 public:
-    explicit Ours(Scene const& scene) : scene_(scene) { imaging::openFonts(painter_); }
+    explicit Ours(Scene const& scene) : scene_(scene)
+    {
+        imaging::openFonts(painter_);
+        imaging::setOutline(painter_, scene.outline);
+    }
 
     void draw(MappedNV12 const& planes, Texts const& texts) override
     {
@@ -65,6 +69,7 @@ public:
     explicit LowerLimit(Scene const& scene)
     {
         Painter painter;
+        imaging::setOutline(painter, scene.outline);
         auto const texts = textsOf(scene, 0);
         for (int block = 0; block < kBlocks; ++block) {
             auto const i = static_cast<std::size_t>(block);

@@ -17,6 +17,7 @@ struct Scene {
     int scale = 1;     ///< of 1920x1080 with texts of 28 pixels
     bool isChanging = false;
     std::size_t pictures = 1;  ///< that are drawn on in turn
+    int outline = 0;           ///< pixels of a dark rim around the texts
 
     int width() const { return 1920 * scale; }
     int height() const { return 1080 * scale; }

@@ -102,6 +102,7 @@ DrawtextOpponent::DrawtextOpponent(int width, int height, std::vector<DrawtextBl
         setOption(filter, "box", "1");
         setOption(filter, "boxcolor", "black@0.5");
         setOption(filter, "boxborderw", std::to_string(block.margin));
+        setOption(filter, "borderw", std::to_string(block.outline));
         check(avfilter_init_str(filter, nullptr), "drawtext");
         check(avfilter_link(last, 0, filter, 0), "linking drawtext");
         last = filter;

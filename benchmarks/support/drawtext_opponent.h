@@ -16,6 +16,7 @@ struct DrawtextBlock {
     int y = 0;         ///< pixels
     int fontSize = 0;  ///< pixels
     int margin = 5;    ///< pixels between the text and the box's edges
+    int outline = 0;   ///< pixels of a black rim around the text
 };
 
 /// Throws std::runtime_error when the filters cannot be had.
