@@ -1,9 +1,9 @@
 // Any text at any size, pen thickness and anchor on any small picture: no byte outside the planes is touched, no
 // pixel outside the measured box changes, and drawing again looks the same.
 //
-// Input: width, height, size and thickness of two bytes each, anchor x and y of four bytes each (all little
-// endian), one byte each for opacity and radius of a box, then the text. What makes a run slow is bounded without
-// leaving a size out: pictures are small, large glyphs are rare and few.
+// Input: width, height and size of two bytes each, thickness and the width of a dark rim of one, anchor x and y of four
+// bytes each (all little endian), one byte each for opacity and radius of a box, then the text. What makes a run slow
+// is bounded without leaving a size out: pictures are small, large glyphs are rare and few.
 #include "Painter.h"
 #include "imaging/imaging_access.h"
 
@@ -21,6 +21,9 @@ constexpr int kLargestSide = 96;
 /// Larger glyphs and wider pens only take longer.
 constexpr int kLargestSize = 512;
 constexpr int kLargestThickness = 32;
+constexpr int kLargestOutline = 8;
+/// Neither the pen's luma nor that of the dark rim.
+constexpr std::uint8_t kGround = 60;
 /// Three out of four sizes are at most this.
 constexpr int kOrdinarySize = 48;
 constexpr int kLongestText = 120;
@@ -81,7 +84,7 @@ struct Planes {
     int height;
 
     Planes(int w, int h)
-        : y(static_cast<std::size_t>(w * h), 16)
+        : y(static_cast<std::size_t>(w * h), kGround)
         , uv(static_cast<std::size_t>((w + 1) / 2 * 2 * ((h + 1) / 2)), 128)
         , width(w)
         , height(h)
@@ -106,14 +109,17 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     int const width = 1 + static_cast<int>(input.number(2) % kLargestSide);
     int const height = 1 + static_cast<int>(input.number(2) % kLargestSide);
     int const pixelSize = sizeOf(input.number(2));
-    int const thickness = static_cast<int>(input.number(2) % (kLargestThickness + 1));
+    std::uint32_t const pen = input.number(2);
+    int const thickness = static_cast<int>((pen & 0xFFU) % (kLargestThickness + 1));
+    int const outline = static_cast<int>((pen >> 8U) % (kLargestOutline + 1));
     auto const x = static_cast<std::int32_t>(input.number(4));
     auto const y = static_cast<std::int32_t>(input.number(4));
     float const opacity = static_cast<float>(input.number(1)) / 200.0F;
     float const radius = static_cast<float>(input.number(1)) / 3.0F;
-    std::string const text = input.rest(longestText(pixelSize, thickness));
+    std::string const text = input.rest(longestText(pixelSize, thickness + 2 * outline));
 
     painter.setPen({255, 40, 200, static_cast<std::uint8_t>(thickness)});
+    imaging::setOutline(painter, outline);
     int left = 0;
     int top = 0;
     int right = 0;
@@ -128,7 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {
             bool const inside = isMeasured && column >= left && column < right && row >= top && row < bottom;
-            bool const isInked = first.y.data()[std::ptrdiff_t{row} * width + column] != 16;
+            bool const isInked = first.y.data()[std::ptrdiff_t{row} * width + column] != kGround;
             require(inside || !isInked, "no ink outside the measured box");
         }
     }

@@ -8,6 +8,7 @@
 #include "frame/look.h"
 #include "media/encoder_choice.h"
 
+#include <optional>
 #include <string>
 
 namespace cli {
@@ -55,6 +56,7 @@ struct CheckOptions {
     std::string input;  ///< empty: keys are not compared
     clip::TelemetryOptions telemetry;
     frame::Look look;
+    std::optional<double> atSeconds;  ///< after the first picture; empty: where blocks are first drawn
 };
 
 struct SampleOptions {

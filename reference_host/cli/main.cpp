@@ -285,11 +285,26 @@ void addCheck(CLI::App& app, Action& action)
     auto const options = std::make_shared<CheckOptions>();
     CLI::App* const command = app.add_subcommand("check", "tell what of a configuration would silently be changed");
     command->add_option("CONFIG", options->config, "configuration, a JSON file")->required();
-    command->add_option("INPUT", options->input, "clip that must deliver the keys");
+    command->add_option("INPUT", options->input, "clip that must deliver the keys, and on which blocks are placed");
+    auto const at = std::make_shared<std::string>();
+    command
+        ->add_option(
+            "--at", *at,
+            "the picture on which blocks are placed: seconds or [HH:]MM:SS[.fff] after the first one (default: "
+            "the first with any block)")
+        ->type_name("TIME");
     addTelemetry(*command, options->telemetry);
+    addLook(*command, options->look);
     command->footer("Exit code: 0 when everything is taken as it stands, 1 when something is found or CONFIG cannot be "
                     "used, 2 for wrong usage.");
-    command->callback([&action, options] { action = [options] { return runCheck(*options) ? kDone : kFound; }; });
+    command->callback([&action, options, at] {
+        action = [options, at] {
+            if (!at->empty()) {
+                options->atSeconds = parseClipTime("--at", *at);
+            }
+            return runCheck(*options) ? kDone : kFound;
+        };
+    });
 }
 
 void addSample(CLI::App& app, Action& action)

@@ -43,9 +43,15 @@ struct DrawnText {
     int x = 0;
     int y = 0;
     int pixelSize = 0;
+    Pen pen;
+    // The box that was to be drawn last, which is the text's own when it has one.
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
 };
 
-/// From now on texts are reported instead of drawn, and boxes are not drawn; measuring goes on as usual.
+/// From now on texts are reported instead of drawn, with their boxes; measuring goes on as usual.
 /// An empty observer ends that.
 void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer);
 

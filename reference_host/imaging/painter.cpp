@@ -82,7 +82,14 @@ void Painter::drawBackgroundMapped(MappedNV12 const& target, int left, int top, 
                                    float cornerRadius, float /*margin*/)
 {
     auto const planes = drawable(target);
-    if (impl_->observer || !planes) {
+    if (!planes) {
+        return;
+    }
+    if (impl_->observer) {
+        impl_->observed.left = left;
+        impl_->observed.top = top;
+        impl_->observed.right = right;
+        impl_->observed.bottom = bottom;
         return;
     }
     impl_->boxes.draw(*planes, {left, top, right, bottom}, opacity, cornerRadius, impl_->colorOn(*planes));
@@ -91,7 +98,13 @@ void Painter::drawBackgroundMapped(MappedNV12 const& target, int left, int top, 
 void Painter::drawTextMapped(MappedNV12 const& target, int x, int y, std::string const& text, TextStyle const& style)
 {
     if (impl_->observer) {
-        impl_->observer({text, x, y, style.pixelSize});
+        imaging::DrawnText& observed = impl_->observed;
+        observed.text = text;
+        observed.x = x;
+        observed.y = y;
+        observed.pixelSize = style.pixelSize;
+        observed.pen = impl_->pen;
+        impl_->observer(observed);
         return;
     }
     auto const planes = drawable(target);

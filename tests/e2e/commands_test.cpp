@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -379,15 +381,77 @@ TEST_F(Commands, CheckTellsWhatWouldBeChanged)
 {
     Result const clean = call({"check", "@c.json", "@a.ts"});
     EXPECT_EQ(clean.exitCode, 0);
-    EXPECT_EQ(clean.out, named("@c.json: everything is taken as it stands\n"));
+    EXPECT_EQ(clean.out,
+              named("@c.json: overlay[0]: box 2,2 to 42,30 of 320x240 (0.0063,0.0083 to 0.1313,0.125); centred \"x\": "
+                    "0.4375, \"y\": 0.4417; flush right \"x\": 0.8688; at the bottom \"y\": 0.875\n"
+                    "@c.json: everything is taken as it stands\n"));
     e2e::writeFile(file("odd.json"), R"({"overlay":[{"formatString":"%heading","textsize":5,"bgAlpha":3}]})");
     Result const odd = call({"check", "@odd.json", "@a.ts"});
     EXPECT_EQ(odd.exitCode, 1);
     EXPECT_EQ(odd.err, "");
-    EXPECT_EQ(odd.out, named("@odd.json: overlay[0].bgAlpha: 3 becomes 1 (allowed: 0 to 1)\n"
+    EXPECT_EQ(odd.out, named("@odd.json: overlay[0]: box 2,2 to 6,8 of 320x240 (0.0063,0.0083 to 0.0188,0.0333); "
+                             "centred \"x\": 0.4938, \"y\": 0.4875; flush right \"x\": 0.9813; at the bottom \"y\": "
+                             "0.9667\n"
+                             "@odd.json: overlay[0].bgAlpha: 3 becomes 1 (allowed: 0 to 1)\n"
                              "@odd.json: overlay[0].textsize: unknown key, ignored; did you mean \"textSize\"?\n"
                              "@odd.json: overlay[0].formatString: the input never delivers \"heading\"; did you mean "
-                             "\"heading_deg\"?\n"));
+                             "\"heading_deg\"?\n"
+                             "@odd.json: overlay[0]: the text is 3 pixels high on 240 lines, too small to read; "
+                             "\"textSize\" 41 makes it 9\n"));
+}
+
+/// The number after `name` in a line, behind `from`.
+double numberAfter(std::string const& line, std::string const& name, std::string const& from)
+{
+    std::size_t const at = line.find(name, line.find(from));
+    return at == std::string::npos ? -1.0 : std::stod(line.substr(at + name.size()));
+}
+
+TEST_F(Commands, PositionsThatCheckPrintsDoWhatTheySay)
+{
+    auto const lineOf = [this](double x, double y) {
+        e2e::writeFile(file("p.json"),
+                       R"({"overlay":[{"formatString":"%heading_deg m","textSize":90,"position":{"x":)" +
+                           std::to_string(x) + R"(,"y":)" + std::to_string(y) + "}}]}");
+        Result const result = call({"check", "@p.json", "@a.ts", "--at", "0.5"});
+        EXPECT_EQ(result.exitCode, 0);
+        return result.out.substr(result.out.find("overlay[0]: box "));
+    };
+    auto const box = [](std::string const& line) {
+        std::array<int, 4> edges{};
+        EXPECT_EQ(std::sscanf(line.c_str(), "overlay[0]: box %d,%d to %d,%d of 320x240", &edges[0], &edges[1],
+                              &edges[2], &edges[3]),
+                  4)
+            << line;
+        return edges;
+    };
+    std::string const before = lineOf(0.1, 0.2);
+    auto const [left, top, right, bottom] = box(before);
+    auto const centred =
+        box(lineOf(numberAfter(before, "\"x\": ", "centred"), numberAfter(before, "\"y\": ", "centred")));
+    EXPECT_NEAR(centred[0], 320 - centred[2], 2);
+    EXPECT_NEAR(centred[1], 240 - centred[3], 2);
+    EXPECT_EQ(centred[2] - centred[0], right - left);
+    auto const corner =
+        box(lineOf(numberAfter(before, "\"x\": ", "flush right"), numberAfter(before, "\"y\": ", "at the bottom")));
+    EXPECT_NEAR(320 - corner[2], left, 1);
+    EXPECT_NEAR(240 - corner[3], top, 1);
+}
+
+TEST_F(Commands, CheckPlacesBlocksOnThePictureThatIsAskedFor)
+{
+    Result const late = call({"check", "@c.json", "@a.ts", "--at", "99"});
+    EXPECT_EQ(late.exitCode, 1);
+    EXPECT_EQ(e2e::linesOf(late.err).size(), 1U);
+    EXPECT_NE(late.err.find("has no picture at 99.000 s"), std::string::npos) << late.err;
+    e2e::writeFile(file("two.json"), R"({"overlay":[{"formatString":"%heading_deg","textSize":80},)"
+                                     R"({"formatString":"never","condition":{"key":"heading_deg","operator":"lt",)"
+                                     R"("value":-1}}]})");
+    Result const hidden = call({"check", "@two.json", "@a.ts", "--at", "0.2"});
+    EXPECT_EQ(hidden.exitCode, 0);
+    EXPECT_NE(hidden.out.find("two.json: overlay[1]: is not drawn at 0.2"), std::string::npos) << hidden.out;
+    Result const lines = call({"check", "@c.json", "@t.jsonl", "--at", "1"});
+    EXPECT_EQ(lines.exitCode, 2);
 }
 
 TEST_F(Commands, CheckGuardsByItsExitCode)
@@ -399,11 +463,17 @@ TEST_F(Commands, CheckGuardsByItsExitCode)
     EXPECT_EQ(call({"check", "@undelivered.json"}).exitCode, 0) << "without an input no key is expected";
     Result const undelivered = call({"check", "@undelivered.json", "@a.ts"});
     EXPECT_EQ(undelivered.exitCode, 1);
-    EXPECT_EQ(undelivered.out,
-              named("@undelivered.json: overlay[0].formatString: the input never delivers \"laser_prf_code\"\n"));
+    EXPECT_EQ(
+        undelivered.out,
+        named("@undelivered.json: overlay[0]: box 2,2 to 6,8 of 320x240 (0.0063,0.0083 to 0.0188,0.0333); centred "
+              "\"x\": 0.4938, \"y\": 0.4875; flush right \"x\": 0.9813; at the bottom \"y\": 0.9667\n"
+              "@undelivered.json: overlay[0].formatString: the input never delivers \"laser_prf_code\"\n"
+              "@undelivered.json: overlay[0]: the text is 3 pixels high on 240 lines, too small to read; "
+              "\"textSize\" 41 makes it 9\n"));
     Result const noTelemetry = call({"check", "@c.json", "@plain.mkv"});
     EXPECT_EQ(noTelemetry.exitCode, 1);
-    EXPECT_EQ(noTelemetry.out, named("@c.json: overlay[0].formatString: the input never delivers \"heading_deg\"\n"));
+    EXPECT_EQ(noTelemetry.out, named("@c.json: no block is drawn on the first pictures; --at chooses another one\n"
+                                     "@c.json: overlay[0].formatString: the input never delivers \"heading_deg\"\n"));
     Result const unreadable = call({"check", "@bad.json"});
     EXPECT_EQ(unreadable.exitCode, 1);
     EXPECT_EQ(unreadable.out, "");
