@@ -106,7 +106,10 @@ bool burnNext(clip::AnnotatedClip& clip, clip::ClipWriter& writer)
 /// decoder and encoder, meet the fonts and take memory from the system.
 std::pair<int, double> burn(char const* input, char const* config, char const* output)
 {
-    clip::AnnotatedClip clip({input, {}, cli::readConfig(config).text});
+    clip::ClipSource source;
+    source.input = input;
+    source.config = cli::readConfig(config).text;
+    clip::AnnotatedClip clip(source);
     clip::ClipWriter writer(output, {}, clip);
     clip.setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
     constexpr int kFirstFrames = 30;
