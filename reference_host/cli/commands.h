@@ -22,6 +22,9 @@ struct BurnOptions {
     frame::Look look;
     media::EncoderChoice encoding;
     bool noProgress = false;
+    bool live = false;
+    double telemetryWaitMs = 100.0;  ///< how long a live picture waits for its telemetry
+    double giveUpSeconds = 60.0;     ///< without a live picture; 0: never
 };
 
 struct FrameOptions {
@@ -69,6 +72,7 @@ struct SampleOptions {
 };
 
 void runBurn(BurnOptions const& options);
+void runLiveBurn(BurnOptions const& options);
 void runFrame(FrameOptions const& options);
 void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);

@@ -5,6 +5,7 @@
 #include "cli/standard_output.h"
 #include "clip/host_keys.h"
 #include "clip/telemetry_source.h"
+#include "media/demuxer.h"
 
 #include <cstdint>
 #include <optional>
@@ -47,9 +48,14 @@ std::string packetLine(std::uint64_t number, clip::FoundPacket const& found)
 void runKeys(KeysOptions const& options)
 {
     std::uint64_t number = 0;
-    clip::TelemetrySummary const summary =
-        clip::forEachPacket(options.input, options.telemetry,
-                            [&number](clip::FoundPacket const& found) { writeLine(packetLine(number++, found)); });
+    bool const live = media::isLiveAddress(options.input);
+    auto const print = [&number, live](clip::FoundPacket const& found) {
+        writeLine(packetLine(number++, found));
+        if (live) {
+            flushOutput();  // somebody watches
+        }
+    };
+    clip::TelemetrySummary const summary = clip::forEachPacket(options.input, options.telemetry, print);
     flushOutput();
     noteAll(clip::telemetryRemarks(options.telemetry.file.empty() ? options.input : options.telemetry.file, summary));
 }

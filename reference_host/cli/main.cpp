@@ -50,7 +50,7 @@ Action doneAfter(Run run)
 {
     return [run] {
         run();
-        return kDone;
+        return codeAfter(kDone);
     };
 }
 
@@ -198,6 +198,27 @@ void addEncoding(CLI::App& command, media::EncoderChoice& encoding, std::string&
         ->check(within(1, kMostThreads));
 }
 
+void addLive(CLI::App& command, BurnOptions& options)
+{
+    constexpr double kMostWaitMs = 2000.0;
+    auto* const live =
+        command.add_flag("--live", options.live,
+                         "INPUT is live: no waiting, opened again whenever it is lost, a line of counters "
+                         "every ten seconds; SIGINT and SIGTERM end it with exit code 0");
+    command
+        .add_option("--telemetry-wait", options.telemetryWaitMs,
+                    "milliseconds that a live picture waits for its telemetry at most (default: 100)")
+        ->type_name("MS")
+        ->check(within(0.0, kMostWaitMs))
+        ->needs(live);
+    command
+        .add_option("--give-up", options.giveUpSeconds,
+                    "end with exit code 1 when no live picture has come for so long (default: 60; 0: never)")
+        ->type_name("SECONDS")
+        ->check(within(0.0, kMaxSeconds))
+        ->needs(live);
+}
+
 void addBurn(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<BurnOptions>();
@@ -213,14 +234,20 @@ void addBurn(CLI::App& app, Action& action)
     addEncoding(*command, options->encoding, *bitRate);
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     auto const range = addRange(*command);
+    addLive(*command, *options);
     command->callback([&action, options, bitRate, range] {
-        action = doneAfter([options, bitRate, range] {
+        action = [options, bitRate, range] {
             options->range = rangeOf(*range);
             if (!bitRate->empty()) {
                 options->encoding.bitRate = parseBitRate(*bitRate);
             }
+            if (options->live) {
+                runLiveBurn(*options);
+                return kDone;  // a signal is how live work ends
+            }
             runBurn(*options);
-        });
+            return codeAfter(kDone);
+        };
     });
 }
 
@@ -302,7 +329,7 @@ void addCheck(CLI::App& app, Action& action)
             if (!at->empty()) {
                 options->atSeconds = parseClipTime("--at", *at);
             }
-            return runCheck(*options) ? kDone : kFound;
+            return codeAfter(runCheck(*options) ? kDone : kFound);
         };
     });
 }
@@ -378,7 +405,7 @@ int run(int argc, char** argv)
         }
         throw WrongUsage(usageLine(app, failure));
     }
-    return codeAfter(action());
+    return action();
 }
 
 }  // namespace

@@ -42,6 +42,9 @@ void runText(TextOptions const& options)
         draws.clear();
         clip.annotate(*frame);
         writeLine(textLine(*frame, draws));
+        if (clip.demuxer().isLive()) {
+            flushOutput();  // somebody watches
+        }
         any = true;
     }
     if (!any) {

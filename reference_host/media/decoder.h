@@ -24,6 +24,9 @@ public:
     /// The next picture in presentation order; false when another packet is needed, or after the last one.
     bool receive(AVFrame& frame);
 
+    /// Pictures per second as the stream itself tells; 0/1 when it does not.
+    AVRational frameRate() const { return context_->framerate; }
+
     /// Ready for a new stream of the same codec, after the last picture of the old one was received.
     void restart();
 

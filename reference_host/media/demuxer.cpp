@@ -5,6 +5,7 @@
 #include "media/tapped_input.h"
 
 extern "C" {
+#include <libavutil/dict.h>
 #include <libavutil/mem.h>
 }
 
@@ -21,10 +22,11 @@ namespace {
 /// Where a key may begin in a data unit: an access unit header of 5 bytes may stand before it.
 constexpr std::size_t kSniffBytes = 16;
 
-int onPoll(void*)
-{
-    return interrupted() ? 1 : 0;
-}
+/// Bytes that opening a live address may take: they hold the program table, and the pictures among them are not lost.
+constexpr char const* kLiveProbeBytes = "65536";
+
+/// Time of the stream that may be looked at for what the program table does not tell.
+constexpr std::int64_t kLiveStudyTicks = AV_TIME_BASE;
 
 std::string cureFor(std::string const& url, int code)
 {
@@ -44,6 +46,14 @@ std::string cureFor(std::string const& url, int code)
 }
 
 }  // namespace
+
+bool isLiveAddress(std::string const& input)
+{
+    static constexpr std::array<std::string_view, 7> kLive = {
+        "udp:", "rtp:", "rtsp:", "rtmp:", "srt:", "tcp:", "rist:"};
+    return std::any_of(kLive.begin(), kLive.end(),
+                       [&input](std::string_view scheme) { return input.compare(0, scheme.size(), scheme) == 0; });
+}
 
 bool holdsKlvKey(std::span<std::uint8_t const> bytes)
 {
@@ -119,7 +129,22 @@ Demuxer::Demuxer(std::string name, ByteSource source)
     open_(nullptr, av_find_input_format("mpegts"));
 }
 
+Demuxer::Demuxer(std::string const& url, LiveReading live) : name_(url), live_(std::move(live))
+{
+    open_(url == "-" ? "pipe:0" : url.c_str(), nullptr);
+}
+
 Demuxer::~Demuxer() = default;
+
+bool Demuxer::shallEnd_() const
+{
+    return interrupted() || (live_.abandon && live_.abandon());
+}
+
+int Demuxer::onPoll_(void* self)
+{
+    return static_cast<Demuxer*>(self)->shallEnd_() ? 1 : 0;
+}
 
 void Demuxer::open_(char const* url, AVInputFormat const* format)
 {
@@ -127,7 +152,7 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
     if (context == nullptr) {
         throw std::bad_alloc();
     }
-    context->interrupt_callback = AVIOInterruptCB{&onPoll, nullptr};
+    context->interrupt_callback = AVIOInterruptCB{&Demuxer::onPoll_, this};
     tap_ = std::make_unique<Tap>();
     if (io_) {
         tap_->input.emplace(*io_->context);
@@ -137,23 +162,44 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
         context->io_open = &Tap::onOpen;
         context->opaque = tap_.get();
     }
+    AVDictionary* options = nullptr;
+    if (live_.abandon) {
+        av_dict_set(&options, "probesize", kLiveProbeBytes, 0);
+        av_dict_set(&options, "overrun_nonfatal", "1", 0);  // a burst that is too long loses packets, not the address
+    }
     // On failure the call frees the context.
-    int const opened = avformat_open_input(&context, url, format, nullptr);
+    int const opened = avformat_open_input(&context, url, format, &options);
+    av_dict_free(&options);
     if (opened < 0 && interrupted()) {
         throw std::runtime_error(name_ + ": interrupted before anything was read; start again");
     }
     if (opened < 0) {
-        throw std::runtime_error(name_ + ": cannot be opened: " + errorText(opened) + "; " + cureFor(name_, opened));
+        throw CannotOpen(name_ + ": cannot be opened: " + errorText(opened) + "; " + cureFor(name_, opened), opened);
     }
     input_.reset(context);
+    study_();
+}
+
+void Demuxer::study_()
+{
+    AVFormatContext* const context = input_.get();
+    auto const findVideo = [context] { return av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0); };
+    if (live_.abandon) {
+        context->max_analyze_duration = kLiveStudyTicks;
+        videoIndex_ = findVideo();
+        // A live picture is not kept waiting until all is known: its decoder finds out the rest.
+        if (videoIndex_ >= 0 && !live_.studySound) {
+            return;
+        }
+    }
     avformat_find_stream_info(context, nullptr);  // what it does not find, the decoder will
-    videoIndex_ = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    videoIndex_ = findVideo();
 }
 
 bool Demuxer::read(AVPacket& packet)
 {
     for (;;) {
-        if (interrupted()) {
+        if (shallEnd_()) {
             return false;
         }
         int const result = av_read_frame(input_.get(), &packet);
@@ -251,14 +297,6 @@ std::optional<double> Demuxer::durationSeconds() const
         return std::nullopt;
     }
     return static_cast<double>(input_->duration) / AV_TIME_BASE;
-}
-
-bool Demuxer::isLive() const
-{
-    static constexpr std::array<std::string_view, 7> kLive = {
-        "udp:", "rtp:", "rtsp:", "rtmp:", "srt:", "tcp:", "rist:"};
-    return std::any_of(kLive.begin(), kLive.end(),
-                       [this](std::string_view scheme) { return name_.compare(0, scheme.size(), scheme) == 0; });
 }
 
 bool Demuxer::timeMayJump() const

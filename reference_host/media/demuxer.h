@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,22 @@ enum class StreamKind {
 /// Whether the first four bytes of a universal key, the same for all KLV standards (SMPTE ST 336), stand among these.
 bool holdsKlvKey(std::span<std::uint8_t const> bytes);
 
+/// An input that cannot be opened, with the libraries' error code.
+struct CannotOpen : std::runtime_error {
+    CannotOpen(std::string const& text, int errorCode) : std::runtime_error(text), code(errorCode) {}
+
+    int code;
+};
+
+/// How a live address is read.
+struct LiveReading {
+    std::function<bool()> abandon;  ///< asked some ten times a second while nothing comes; true ends opening or reading
+    bool studySound = false;        ///< find out what is to be known of the sound too, which takes a while
+};
+
+/// Whether this is the address of something that has no end of its own.
+bool isLiveAddress(std::string const& input);
+
 class Demuxer {
 public:
     /// Fills a buffer of the given size; returns the number of bytes, 0 at the end.
@@ -34,6 +51,9 @@ public:
     /// Opens anything FFmpeg reads; "-" is standard input. Throws std::runtime_error with one line that
     /// names the input and the cure.
     explicit Demuxer(std::string const& url);
+    /// Opens a live address with as little delay as can be: sizes and rates may still be unknown then. Throws
+    /// CannotOpen.
+    Demuxer(std::string const& url, LiveReading live);
     /// Reads a transport stream from `source`; `name` is used in messages.
     Demuxer(std::string name, ByteSource source);
     ~Demuxer();
@@ -57,13 +77,14 @@ public:
     /// What a transport stream has said of itself so far; empty for all else.
     TransportTables const& tables() const;
     bool isTransportStream() const;
+    int streamCount() const { return static_cast<int>(input_->nb_streams); }
     std::vector<int> streamsOf(StreamKind kind) const;
     /// Frames per second as far as known, 25 otherwise.
     AVRational frameRate() const;
     /// Empty when unknown (live input, pipes).
     std::optional<double> durationSeconds() const;
     /// Whether the input is a live address, which has no end of its own.
-    bool isLive() const;
+    bool isLive() const { return isLiveAddress(name_); }
     /// Whether time stamps may start anew in mid-stream (transport streams).
     bool timeMayJump() const;
 
@@ -72,9 +93,13 @@ private:
     struct Tap;
 
     void open_(char const* url, AVInputFormat const* format);
+    void study_();
+    bool shallEnd_() const;
+    static int onPoll_(void* self);
     void sniffKlv_(AVPacket const& packet);
 
     std::string name_;
+    LiveReading live_;              // asked by input_, as long as that lives
     std::unique_ptr<CustomIo> io_;  // outlives tap_
     std::unique_ptr<Tap> tap_;      // outlives input_
     InputPtr input_;

@@ -40,7 +40,7 @@ AVOutputFormat const& containerFor(std::string const& output)
     return *format;
 }
 
-Muxer::Muxer(std::string const& output) : file_(output)
+Muxer::Muxer(std::string const& output, MuxPace pace) : file_(output), pace_(pace)
 {
     AVOutputFormat const& format = containerFor(output);
     AVFormatContext* context = nullptr;
@@ -49,6 +49,7 @@ Muxer::Muxer(std::string const& output) : file_(output)
         throw std::bad_alloc();
     }
     context_.reset(context);
+    context->flush_packets = pace == MuxPace::AtOnce ? 1 : -1;
     if ((format.flags & AVFMT_NOFILE) == 0) {
         check_(avio_open2(&context->pb, urlOf(file_).c_str(), AVIO_FLAG_WRITE, nullptr, nullptr));
         output_.reset(context->pb);
@@ -170,7 +171,8 @@ void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
         packet.pts = packet.pts == AV_NOPTS_VALUE || packet.pts < packet.dts ? packet.dts : packet.pts;
         lastDecode_[index] = packet.dts;
     }
-    check_(av_interleaved_write_frame(context_.get(), &packet));
+    check_(pace_ == MuxPace::AtOnce ? av_write_frame(context_.get(), &packet)
+                                    : av_interleaved_write_frame(context_.get(), &packet));
 }
 
 void Muxer::finish(std::function<void()> const& lastLook)

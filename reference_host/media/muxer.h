@@ -19,10 +19,16 @@ namespace media {
 /// "-" (standard output) too. Throws UnknownChoice when the ending says nothing.
 AVOutputFormat const& containerFor(std::string const& output);
 
+/// When packets leave for the output.
+enum class MuxPace {
+    Ordered,  ///< in the order of their times over all streams
+    AtOnce,   ///< as they come, each flushed: nothing waits for the packet of another stream
+};
+
 class Muxer {
 public:
     /// Creates the output; nothing is under its name before finish(). Throws std::runtime_error.
-    explicit Muxer(std::string const& output);
+    explicit Muxer(std::string const& output, MuxPace pace = MuxPace::Ordered);
     ~Muxer();
     Muxer(Muxer const&) = delete;
     Muxer& operator=(Muxer const&) = delete;
@@ -66,6 +72,7 @@ private:
     void check_(int code) const;
 
     OutputFile file_;
+    MuxPace pace_;
     std::unique_ptr<AVIOContext, CloseOutput> output_;  ///< what is written to, through patch_ if there is one
     std::optional<PatchedOutput> patch_;
     std::unique_ptr<AVFormatContext, FreeOutput> context_;

@@ -10,6 +10,9 @@ namespace {
 /// A leap ahead of this length is a new clock, not a gap in the recording.
 constexpr double kLeapSeconds = 10.0;
 
+/// A leap ahead of the real time by this much is one in a live stream.
+constexpr double kLiveLeapSeconds = 2.0;
+
 /// A fall back up to this length is disorder within one clock.
 constexpr double kDisorderSeconds = 0.2;
 
@@ -30,13 +33,23 @@ Timeline::Timeline(AVRational timeBase, std::int64_t intervalTicks, bool mayJump
     : timeBase_(timeBase)
     , intervalTicks_(std::clamp<std::int64_t>(intervalTicks, 1, kMaxTicks))
     , mayJump_(mayJump)
+    , jumpStep_(intervalTicks_)
+    , leapSeconds_(kLeapSeconds)
 {
+}
+
+void Timeline::setElapsed(double seconds)
+{
+    constexpr double kMostSeconds = 1e6;
+    auto const ticks = std::llround(std::clamp(seconds, 0.0, kMostSeconds) / av_q2d(timeBase_));
+    jumpStep_ = limitTicks(std::max<std::int64_t>(intervalTicks_, ticks));
+    leapSeconds_ = std::min(kLeapSeconds, seconds + kLiveLeapSeconds);
 }
 
 bool Timeline::jumped_(std::int64_t rawTicks) const
 {
     double const step = secondsOf(rawTicks - lastRaw_, timeBase_);
-    return step < -kDisorderSeconds || step > kLeapSeconds;
+    return step < -kDisorderSeconds || step > leapSeconds_;
 }
 
 Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, std::optional<std::int64_t> presentTicks)
@@ -54,8 +67,9 @@ Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, s
     if (raw) {
         if (last_ && mayJump_ && jumped_(*raw)) {
             previousOffset_ = offset_;
-            offset_ = expected - *raw;
-            jumpTicks_ = expected;
+            std::int64_t const place = limitTicks(*last_ + jumpStep_);
+            offset_ = place - *raw;
+            jumpTicks_ = place;
             newClock = true;
         }
         decode = limitTicks(*raw + offset_);

@@ -27,6 +27,10 @@ public:
     /// than ten seconds, continues one interval after the packet before.
     Placed placeVideo(std::optional<std::int64_t> decodeTicks, std::optional<std::int64_t> presentTicks);
 
+    /// For live streams: so long after the packet before has the next one come. A time that leaps ahead of that by more
+    /// than two seconds is a new clock too, and a new clock's first packet stands so much later, not one interval.
+    void setElapsed(double seconds);
+
     /// Places a time of another stream, as read near the last placed video packet.
     double placeOther(double seconds) const;
 
@@ -44,6 +48,8 @@ private:
     AVRational timeBase_;
     std::int64_t intervalTicks_;
     bool mayJump_;
+    std::int64_t jumpStep_;
+    double leapSeconds_;  ///< a leap ahead of this length is a new clock
     std::int64_t offset_ = 0;
     std::int64_t previousOffset_ = 0;
     std::int64_t jumpTicks_ = 0;  ///< decode time on this axis at which the offset last changed

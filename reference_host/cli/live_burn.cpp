@@ -1,0 +1,118 @@
+// burn --live: draws the telemetry into live pictures as they come and sends them on, until it is told to stop or
+// nothing comes any more.
+#include "cli/commands.h"
+#include "cli/config_file.h"
+#include "cli/live_counters.h"
+#include "cli/messages.h"
+#include "cli/output_check.h"
+#include "clip/live_clip.h"
+#include "clip/live_writer.h"
+#include "media/interrupt.h"
+#include "media/live_input.h"
+#include "media/muxer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+
+namespace cli {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kReportEvery = std::chrono::seconds(10);
+
+/// How long nothing may happen until signals and reports are looked at.
+constexpr auto kLookEvery = std::chrono::milliseconds(50);
+
+void refuseWhatIsNotLive(BurnOptions const& options)
+{
+    if (options.input != "-" && options.input.find("://") == std::string::npos) {
+        throw WrongUsage("--live: " + options.input +
+                         " is no address; give one such as udp://127.0.0.1:5000, or no --live");
+    }
+    if (options.range.from || options.range.to) {
+        throw WrongUsage("--live: live pictures have no range; leave out --from and --to");
+    }
+    if (!options.telemetry.file.empty()) {
+        throw WrongUsage("--live: telemetry comes with the pictures; leave out --telemetry");
+    }
+}
+
+/// Reports every ten seconds, and what has to be known at once.
+class Reporter {
+public:
+    explicit Reporter(std::string input) : input_(std::move(input)), next_(Clock::now() + kReportEvery) {}
+
+    void written(clip::LiveFrame const& frame)
+    {
+        if (frame.picture) {
+            delay_ = std::max(delay_, std::chrono::duration<double>(Clock::now() - frame.arrival).count());
+        }
+    }
+    void look(clip::LiveClip& clip, clip::LiveWriter& writer)
+    {
+        noteAll(clip.takeRemarks());
+        noteAll(writer.takeRemarks());
+        if (Clock::now() >= next_) {
+            next_ += kReportEvery;
+            say(clip);
+        }
+    }
+    void say(clip::LiveClip const& clip)
+    {
+        note(input_ + ": " + liveLine(clip.counts(), clip.telemetryAge(), delay_));
+        delay_ = 0.0;
+    }
+
+private:
+    std::string input_;
+    Clock::time_point next_;
+    double delay_ = 0.0;
+};
+
+void burnUntilTheEnd(media::LiveInput& input, clip::LiveClip& clip, clip::LiveWriter& writer, Reporter& reporter)
+{
+    for (;;) {
+        if (std::optional<clip::LiveFrame> const frame = clip.next(Clock::now() + kLookEvery)) {
+            writer.addPicture(*frame, clip);
+            reporter.written(*frame);
+        } else if (media::interrupted() || input.queue().ended()) {
+            return;
+        }
+        reporter.look(clip, writer);
+    }
+}
+
+bool isTransportStream(AVOutputFormat const& container)
+{
+    return std::strcmp(container.name, "mpegts") == 0;
+}
+
+}  // namespace
+
+void runLiveBurn(BurnOptions const& options)
+{
+    refuseWhatIsNotLive(options);
+    AVOutputFormat const& container = media::containerFor(options.output);
+    media::requirePossible(options.encoding, container);
+    refuseToReplace(options.output, options.input, options.config, "");
+    ConfigFile const config = readConfig(options.config);
+    clip::LiveWriter writer(options.output, options.encoding);
+    media::LiveInput input({options.input, options.giveUpSeconds, !isTransportStream(container)});
+    clip::LiveClip clip(input.queue(), {options.input, options.telemetry, options.telemetryWaitMs / 1e3, config.text,
+                                        options.encoding.threads, options.look});
+    clip.setSideObserver(
+        [&writer](media::SideUnit& unit, media::LiveProgram const& program) { writer.addSide(unit, program); });
+    Reporter reporter(options.input);
+    burnUntilTheEnd(input, clip, writer, reporter);
+    writer.finish();
+    reporter.look(clip, writer);
+    reporter.say(clip);
+    if (!media::interrupted() && !input.queue().failure().empty()) {
+        throw std::runtime_error(input.queue().failure());
+    }
+}
+
+}  // namespace cli

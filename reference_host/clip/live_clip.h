@@ -1,0 +1,113 @@
+// Live pictures on their way through the plugin: as they come, on one time axis that rises whatever becomes of the
+// input, each with its telemetry as far as that comes in time. Between live input and live writer.
+#pragma once
+
+#include "clip/annotated_clip.h"
+#include "clip/live_telemetry.h"
+#include "media/decoder.h"
+#include "media/live_queue.h"
+#include "media/side_placer.h"
+#include "media/timeline.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace clip {
+
+/// What has happened since the beginning, for people.
+struct LiveCounts {
+    std::uint64_t pictures = 0;  ///< drawn
+    std::uint64_t dropped = 0;   ///< came too late to be drawn
+    std::uint64_t reopened = 0;  ///< times that the input was opened again
+};
+
+/// A live picture. Without `picture` it came too late and was dropped.
+struct LiveFrame : ClipFrame {
+    media::LiveTime arrival{};  ///< of its packet
+};
+
+struct LiveClipOptions {
+    std::string input;  ///< its name, for messages
+    TelemetryOptions telemetry;
+    double telemetryWaitSeconds = 0.1;  ///< how long a picture's telemetry is waited for
+    std::string config;                 ///< the configuration's text
+    int threads = 0;                    ///< of the decoder; 0: as many as there are processors
+    frame::Look look{};
+};
+
+class LiveClip {
+public:
+    using SideObserver = std::function<void(media::SideUnit&, media::LiveProgram const&)>;
+
+    /// `queue`, which must outlive this, brings the packets. Throws std::runtime_error with one line when the plugin
+    /// cannot be had, media::UnknownChoice for a telemetry stream that cannot be meant.
+    LiveClip(media::LiveQueue& queue, LiveClipOptions options);
+
+    /// Called for every telemetry and sound packet at its place, not later than a picture after it.
+    void setSideObserver(SideObserver observer) { observer_ = std::move(observer); }
+
+    /// The next picture, drawn on or dropped; empty when there is none until then, or none any more. Pictures of
+    /// another size than the first are scaled to it.
+    std::optional<LiveFrame> next(media::LiveTime until);
+
+    /// Of the first picture; valid once next() has given one.
+    media::PictureTraits const& traits() const { return traits_; }
+    media::LiveProgram const& program() const { return *program_; }
+    /// Pictures per second, by the stream, else by the container, else 25.
+    AVRational frameRate() const;
+    LiveCounts counts() const;
+    std::optional<double> telemetryAge() const { return telemetry_.ageSeconds(); }
+    /// What somebody should know of the input, said once.
+    std::vector<std::string> takeRemarks() { return std::exchange(remarks_, {}); }
+
+private:
+    /// A decoded picture that waits for its telemetry.
+    struct Waiting {
+        media::FramePtr frame;
+        std::int64_t ticks = 0;
+        media::LiveTime arrival{};
+    };
+
+    void take_(media::LiveItem item);
+    void open_(media::LiveItem const& item);
+    void takeVideo_(media::LiveItem item);
+    void takeSide_(media::LiveItem item);
+    void placeSides_();
+    void placed_(media::SideUnit unit);
+    void receive_();
+    bool isReady_(Waiting const& front, media::LiveTime now) const;
+    LiveFrame finish_(Waiting waiting, media::LiveTime now);
+    void learnTraits_(AVFrame const& frame);
+
+    media::LiveQueue& queue_;
+    LiveClipOptions options_;
+    LiveTelemetry telemetry_;
+    frame::FrameRenderer renderer_;
+    media::FrameConverter converter_;
+    FrameClock clock_;
+    SideObserver observer_;
+    std::shared_ptr<media::LiveProgram const> program_;
+    std::optional<media::Timeline> timeline_;
+    std::optional<media::SidePlacer> placer_;
+    std::unique_ptr<media::Decoder> decoder_;
+    std::map<std::int64_t, media::LiveTime> arrivals_;  ///< by presentation time, of packets in the decoder
+    std::optional<media::LiveTime> lastVideo_;
+    std::optional<media::LiveTime> lostAt_;
+    std::deque<Waiting> waiting_;
+    media::PictureTraits traits_;
+    std::uint64_t nextNumber_ = 0;
+    std::optional<std::int64_t> lastTicks_;
+    LiveCounts counts_;
+    std::vector<std::string> remarks_;
+    int lastWidth_ = 0;
+    int lastHeight_ = 0;
+};
+
+}  // namespace clip

@@ -1,0 +1,223 @@
+// The reading thread: opens, reads, notices silence, opens again.
+#include "media/live_input.h"
+
+#include "media/interrupt.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+}
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace media {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+/// Silence after which an input counts as lost. A sender that only pauses goes on on the same socket meanwhile.
+constexpr milliseconds kSilence{3000};
+
+/// How long other streams may go on without a picture: then the pictures have moved to another stream.
+constexpr milliseconds kWithoutPictures{1000};
+
+/// Pauses from one attempt to the next grow from the first to the second. Their end bounds how late a return is seen.
+constexpr milliseconds kFirstPause{100};
+constexpr milliseconds kLongestPause{1000};
+
+constexpr milliseconds kStep{50};
+
+std::shared_ptr<LiveProgram const> programOf(Demuxer const& demuxer, std::uint64_t opening)
+{
+    auto program = std::make_shared<LiveProgram>();
+    program->opening = opening;
+    program->container.reset(avformat_alloc_context());
+    if (!program->container) {
+        throw std::bad_alloc();
+    }
+    for (int index = 0; index < demuxer.streamCount(); ++index) {
+        AVStream const& source = demuxer.stream(index);
+        AVStream* const copy = avformat_new_stream(program->container.get(), nullptr);
+        if (copy == nullptr || avcodec_parameters_copy(copy->codecpar, source.codecpar) < 0) {
+            throw std::bad_alloc();
+        }
+        copy->id = source.id;
+        copy->disposition = source.disposition;
+        copy->sample_aspect_ratio = source.sample_aspect_ratio;
+        copy->time_base = kLiveTimeBase;
+        av_dict_copy(&copy->metadata, source.metadata, 0);
+        program->kinds.push_back(demuxer.kindOf(index));
+    }
+    program->video = demuxer.video() == nullptr ? -1 : demuxer.video()->index;
+    program->frameRate = demuxer.frameRate();
+    return program;
+}
+
+/// Whether the program still says what the demuxer knows.
+bool describes(LiveProgram const& program, Demuxer const& demuxer)
+{
+    if (static_cast<int>(program.kinds.size()) != demuxer.streamCount()) {
+        return false;
+    }
+    for (int index = 0; index < demuxer.streamCount(); ++index) {
+        if (program.stream(index).codecpar->codec_id != demuxer.stream(index).codecpar->codec_id) {
+            return false;
+        }
+        if (program.kinds[static_cast<std::size_t>(index)] != demuxer.kindOf(index)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// An address that cannot be meant does not become right by waiting.
+bool isHopeless(int code)
+{
+    return code == AVERROR_PROTOCOL_NOT_FOUND || code == AVERROR(EINVAL) || code == AVERROR_OPTION_NOT_FOUND;
+}
+
+std::string secondsAsText(double seconds)
+{
+    return std::to_string(static_cast<long>(seconds)) + " s";
+}
+
+}  // namespace
+
+LiveInput::LiveInput(LiveInputOptions options)
+    : options_(std::move(options))
+    , lastPicture_(Clock::now())
+    , thread_([this] { run_(); })
+{
+}
+
+LiveInput::~LiveInput()
+{
+    stop_ = true;
+    thread_.join();
+}
+
+bool LiveInput::isOver_() const
+{
+    return stop_ || interrupted();
+}
+
+void LiveInput::run_()
+{
+    std::string failure;
+    while (!isOver_()) {
+        try {
+            readUntilLost_();
+        } catch (CannotOpen const& refused) {
+            lostBecause_ = refused.code == AVERROR_EXIT ? nothingComes_() : refused.what();
+            mayReturn_ = !(openings_ == 0 && isHopeless(refused.code));
+        } catch (std::exception const& refused) {
+            lostBecause_ = refused.what();
+        }
+        if (isOver_()) {
+            break;
+        }
+        if (cameInAttempt_) {
+            queue_.push({Clock::now(), nullptr, nullptr, StreamKind::Other, lostBecause_});
+        }
+        if (!mayReturn_ || !pause_()) {
+            failure = lostBecause_;
+            break;
+        }
+    }
+    queue_.close(failure);
+}
+
+void LiveInput::readUntilLost_()
+{
+    attempt_ = Clock::now();
+    lastPacket_ = attempt_;
+    cameInAttempt_ = false;
+    silent_ = false;
+    Demuxer demuxer(options_.address, {[this] { return shallAbandon_(); }, options_.studySound});
+    if (demuxer.video() == nullptr) {
+        lostBecause_ = options_.address + ": holds no video stream; give an address to which video is sent";
+        return;
+    }
+    program_ = programOf(demuxer, ++openings_);
+    readAll_(demuxer);
+}
+
+std::string LiveInput::nothingComes_() const
+{
+    return options_.address + ": nothing comes; check the address and that video is sent there";
+}
+
+bool LiveInput::shallAbandon_()
+{
+    silent_ = silent_ || Clock::now() - lastPacket_ > kSilence;
+    return silent_ || isOver_();
+}
+
+void LiveInput::readAll_(Demuxer& demuxer)
+{
+    LiveTime lastOwnPicture = Clock::now();
+    for (;;) {
+        PacketPtr packet = makePacket();
+        if (!demuxer.read(*packet)) {
+            // Only standard input has an end from which there is no return.
+            mayReturn_ = options_.address != "-";
+            lostBecause_ = options_.address + ": " + (silent_ ? "nothing comes any more" : "has ended");
+            if (!demuxer.readError().empty()) {
+                lostBecause_ += ": " + demuxer.readError();
+            }
+            return;
+        }
+        lastPacket_ = Clock::now();
+        if (program_->stream(program_->video).codecpar->codec_id != demuxer.video()->codecpar->codec_id) {
+            lostBecause_ = options_.address + ": the pictures are of another codec now";
+            return;
+        }
+        if (demuxer.kindOf(packet->stream_index) == StreamKind::Video) {
+            cameInAttempt_ = true;
+            lastOwnPicture = lastPacket_;
+            lastPicture_ = lastPacket_;
+            pauseLength_ = milliseconds(0);
+        } else if (lastPacket_ - lastOwnPicture > kWithoutPictures) {
+            lostBecause_ = options_.address + ": the pictures no longer come";
+            return;
+        }
+        handOn_(std::move(packet), demuxer);
+    }
+}
+
+void LiveInput::handOn_(PacketPtr packet, Demuxer const& demuxer)
+{
+    if (!describes(*program_, demuxer)) {
+        program_ = programOf(demuxer, openings_);
+    }
+    int const stream = packet->stream_index;
+    StreamKind const kind = demuxer.kindOf(stream);
+    if (kind == StreamKind::Other) {
+        return;
+    }
+    av_packet_rescale_ts(packet.get(), demuxer.stream(stream).time_base, kLiveTimeBase);
+    queue_.push({lastPacket_, program_, std::move(packet), kind, {}});
+}
+
+bool LiveInput::pause_()
+{
+    pauseLength_ = std::clamp(pauseLength_ * 2, kFirstPause, kLongestPause);
+    // An attempt that has lasted longer is followed at once.
+    LiveTime const next = attempt_ + pauseLength_;
+    for (;;) {
+        LiveTime const now = Clock::now();
+        if (options_.giveUpSeconds > 0.0 &&
+            now - lastPicture_ > std::chrono::duration<double>(options_.giveUpSeconds)) {
+            lostBecause_ += "; gave up after " + secondsAsText(options_.giveUpSeconds) + " without a picture";
+            return false;
+        }
+        if (isOver_() || now >= next) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::min<Clock::duration>(kStep, next - now));
+    }
+}
+
+}  // namespace media

@@ -1,0 +1,340 @@
+// Live work over loopback addresses: what comes in goes out with text in it, at once, whatever becomes of the input.
+#include "clips.h"
+#include "imaging/imaging_access.h"
+#include "live_clips.h"
+#include "live_stream.h"
+#include "run_program.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using e2e::Result;
+using live_test::addressOf;
+using live_test::Passed;
+using live_test::Receiver;
+using live_test::Sender;
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+using Words = std::vector<std::string>;
+
+constexpr char const* kConfig = R"({"overlay":[{"formatString":"N %heading_deg","textSize":300,"decimals":0}]})";
+
+void pass(double seconds)
+{
+    std::this_thread::sleep_for(Seconds(seconds));
+}
+
+class Live : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        folder_ = new media_test::TempFolder;
+        e2e::writeFile(file("c.json"), kConfig);
+        live_test::makeLiveClip({file("first.ts")});
+        live_test::makeLiveClip({file("clock.ts"), 96, 64, std::int64_t{90000} * 40000, 500});
+        live_test::makeLiveClip({file("size.ts"), 160, 90, std::int64_t{90000} * 9, 500});
+        live_test::makeOtherProgram(file("first.ts"), file("program.ts"));
+    }
+    static void TearDownTestSuite()
+    {
+        delete folder_;
+        folder_ = nullptr;
+    }
+    static std::string file(std::string const& name) { return folder_->file(name); }
+
+    /// Runs burn --live while `meanwhile` acts, ends it with the signal.
+    Result burn(Words const& more, std::function<void()> const& meanwhile, int signal = SIGINT) const
+    {
+        Words words = {"burn", addressOf(in_), "-c", file("c.json"), "--live"};
+        words.insert(words.end(), more.begin(), more.end());
+        if (std::find(more.begin(), more.end(), "--preset") == more.end()) {
+            words.insert(words.end(), {"--preset", "ultrafast"});
+        }
+        e2e::RunOptions options;
+        options.meanwhile = [&](int program) {
+            meanwhile();
+            kill(program, signal);
+        };
+        return e2e::run(words, options);
+    }
+    Result burnToAddress(Words more, std::function<void()> const& meanwhile, int signal = SIGINT) const
+    {
+        more.insert(more.end(), {"-o", addressOf(out_)});
+        return burn(more, meanwhile, signal);
+    }
+
+    int const in_ = live_test::freePort();
+    int const out_ = live_test::freePort();
+
+private:
+    inline static media_test::TempFolder* folder_ = nullptr;
+};
+
+bool timesRise(std::vector<Passed> const& pictures)
+{
+    return std::adjacent_find(pictures.begin(), pictures.end(),
+                              [](Passed const& a, Passed const& b) { return b.ticks <= a.ticks; }) == pictures.end();
+}
+
+TEST_F(Live, PicturesAndTelemetryKeepTheirTimes)
+{
+    Receiver const receiver(out_);
+    std::vector<Passed> sent;
+    Result const result = burnToAddress({}, [&] {
+        pass(1.0);
+        Sender const sender(in_, file("first.ts"));
+        pass(3.0);
+        sent = sender.sent();
+        pass(0.5);
+    });
+    EXPECT_EQ(result.exitCode, 0);
+    std::vector<std::string> const lines = e2e::linesOf(result.err);
+    ASSERT_EQ(lines.size(), 1U) << result.err;
+    std::string const begin = "stanag-overlay: " + addressOf(in_) + ": ";
+    EXPECT_EQ(lines[0].rfind(begin, 0), 0U) << lines[0];
+    EXPECT_NE(lines[0].find(" pictures, 0 dropped, 0 reopened, telemetry 0.000 s old, delay "), std::string::npos)
+        << lines[0];
+    std::vector<Passed> const pictures = receiver.pictures();
+    ASSERT_GT(sent.size(), 70U);
+    ASSERT_GE(pictures.size(), sent.size());
+    EXPECT_TRUE(timesRise(pictures));
+    for (std::size_t number = 0; number < sent.size(); ++number) {
+        EXPECT_EQ(pictures[number].ticks, sent[number].ticks) << number;
+    }
+    std::vector<Passed> const telemetry = receiver.telemetry();
+    ASSERT_GE(telemetry.size(), sent.size());
+    for (std::size_t number = 0; number < sent.size(); ++number) {
+        EXPECT_EQ(telemetry[number].ticks, 90000 + static_cast<std::int64_t>(number) * 3600);
+    }
+}
+
+TEST_F(Live, EachPictureShowsItsOwnTelemetry)
+{
+    Result const result = burn({"-o", file("shown.ts"), "--crf", "1"}, [&] {
+        pass(1.0);
+        Sender const sender(in_, file("first.ts"));
+        pass(2.5);
+    });
+    EXPECT_EQ(result.exitCode, 0);
+    auto const shown = clip_test::picturesOf(file("shown.ts"));
+    ASSERT_EQ(e2e::run({"burn", file("first.ts"), "-c", file("c.json"), "-o", file("whole.ts"), "--crf", "1",
+                        "--preset", "ultrafast", "--to", "4"})
+                  .exitCode,
+              0);
+    auto const whole = clip_test::picturesOf(file("whole.ts"));
+    ASSERT_GT(shown.size(), 50U);
+    ASSERT_GE(whole.size(), shown.size());
+    for (std::size_t number = 0; number < shown.size(); ++number) {
+        MappedNV12 const a = imaging::planesOf(*shown[number]);
+        MappedNV12 const b = imaging::planesOf(*whole[number]);
+        int worst = 0;
+        for (int y = 0; y < a.height; ++y) {
+            for (int x = 0; x < a.width; ++x) {
+                worst = std::max(worst, std::abs(a.y[y * a.yStride + x] - b.y[y * b.yStride + x]));
+            }
+        }
+        EXPECT_LT(worst, 40) << "picture " << number << ": another text";
+    }
+}
+
+struct DisturbanceRow {
+    char const* name;
+    char const* clipAfter;  ///< null: the sender is only paused
+    double awaySeconds;
+    unsigned damageEach;  ///< before the disturbance
+};
+
+class Disturbances : public Live, public testing::WithParamInterface<DisturbanceRow> {};
+
+TEST_P(Disturbances, AreOverWithinThreeSecondsAndTimesRise)
+{
+    DisturbanceRow const& row = GetParam();
+    Receiver const receiver(out_);
+    live_test::Time back;
+    std::size_t before = 0;
+    Result const result = burnToAddress(
+        {},
+        [&] {
+            pass(0.5);
+            auto sender = std::make_unique<Sender>(in_, file("first.ts"));
+            pass(2.0);
+            sender->damageEach(row.damageEach);
+            pass(row.damageEach != 0 ? 2.0 : 0.0);
+            sender->damageEach(0);
+            if (row.clipAfter == nullptr) {
+                sender->pause();
+            } else {
+                sender.reset();
+            }
+            pass(row.awaySeconds);
+            before = receiver.pictures().size();
+            back = Clock::now();
+            if (row.clipAfter == nullptr) {
+                sender->resume();
+            } else {
+                sender = std::make_unique<Sender>(in_, file(row.clipAfter));
+            }
+            pass(5.0);
+        },
+        SIGTERM);
+    EXPECT_EQ(result.exitCode, 0);
+    std::vector<Passed> const pictures = receiver.pictures();
+    EXPECT_GT(before, 25U);
+    EXPECT_TRUE(timesRise(pictures));
+    // What the demuxer still held comes out with what follows it; the stream flows when a second of it has come.
+    ASSERT_GT(pictures.size(), before + 25U) << result.err;
+    EXPECT_LT(Seconds(pictures[before + 2].when - back).count(), 3.0) << result.err;
+    EXPECT_GT(receiver.telemetry().size(), pictures.size() * 8 / 10);
+    double const shown = static_cast<double>(pictures.back().ticks - pictures.front().ticks) / 90000.0;
+    double const real = Seconds(pictures.back().when - pictures.front().when).count();
+    EXPECT_LT(shown, real + 1.0) << "the time in the stream runs with the clock";
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Disturbances,
+                         testing::Values(DisturbanceRow{"paused_for_a_moment", nullptr, 1.5, 0},
+                                         DisturbanceRow{"paused_for_long", nullptr, 5.0, 0},
+                                         DisturbanceRow{"killed_and_restarted", "first.ts", 1.0, 0},
+                                         DisturbanceRow{"killed_for_long", "first.ts", 5.0, 0},
+                                         DisturbanceRow{"with_a_new_clock", "clock.ts", 0.5, 0},
+                                         DisturbanceRow{"with_a_new_clock_after_long", "clock.ts", 4.5, 0},
+                                         DisturbanceRow{"with_another_size", "size.ts", 0.5, 0},
+                                         DisturbanceRow{"with_another_program", "program.ts", 0.5, 0},
+                                         DisturbanceRow{"with_damaged_packets", nullptr, 0.1, 40}),
+                         [](auto const& row) { return row.param.name; });
+
+TEST_F(Live, GivesUpWhenNothingComes)
+{
+    auto const begin = Clock::now();
+    Result const result =
+        e2e::run({"burn", addressOf(in_), "-c", file("c.json"), "-o", file("nothing.ts"), "--live", "--give-up", "2"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_LT(Seconds(Clock::now() - begin).count(), 8.0);
+    EXPECT_EQ(e2e::linesOf(result.err).back(), "stanag-overlay: " + addressOf(in_) +
+                                                   ": nothing comes; check the address and that video is sent there; "
+                                                   "gave up after 2 s without a picture");
+    EXPECT_FALSE(std::filesystem::exists(file("nothing.ts")));
+}
+
+TEST_F(Live, FinishesTheFileWhenItGivesUp)
+{
+    e2e::RunOptions options;
+    options.meanwhile = [&](int) {
+        pass(0.5);
+        Sender const sender(in_, file("first.ts"));
+        pass(2.0);
+    };
+    Result const result = e2e::run(
+        {"burn", addressOf(in_), "-c", file("c.json"), "-o", file("cut.ts"), "--live", "--give-up", "1"}, options);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_GT(clip_test::packetsOf(file("cut.ts")).video, 25);
+}
+
+TEST_F(Live, SignalsEndItBeforeAnythingCame)
+{
+    for (int const signal : {SIGINT, SIGTERM}) {
+        EXPECT_EQ(burnToAddress(
+                      {}, [] { pass(1.0); }, signal)
+                      .exitCode,
+                  0);
+    }
+}
+
+TEST_F(Live, SlowEncodersLosePicturesButNoTelemetry)
+{
+    Receiver const receiver(out_);
+    live_test::makeLiveClip({file("large.ts"), 1280, 720, 90000, 200});
+    std::size_t sent = 0;
+    Result const result = burnToAddress({"--threads", "1", "--preset", "placebo"}, [&] {
+        pass(1.0);
+        Sender const sender(in_, file("large.ts"));
+        pass(6.0);
+        sent = sender.sent().size();
+        pass(1.0);
+    });
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err.find(" 0 dropped"), std::string::npos) << result.err;
+    EXPECT_LT(receiver.pictures().size(), sent * 8 / 10);
+    EXPECT_GT(receiver.pictures().size(), 3U);
+    EXPECT_GT(receiver.telemetry().size(), sent * 8 / 10);
+    EXPECT_TRUE(timesRise(receiver.pictures()));
+}
+
+TEST_F(Live, ListsAreWrittenLineByLine)
+{
+    for (Words words : {Words{"keys", addressOf(in_)}, Words{"text", addressOf(in_), "-c", file("c.json")}}) {
+        SCOPED_TRACE(words.front());
+        e2e::RunOptions options;
+        options.outputFile = file("lines");
+        std::size_t written = 0;
+        options.meanwhile = [&](int program) {
+            pass(0.5);
+            Sender const sender(in_, file("first.ts"));
+            pass(6.0);
+            std::string const text = e2e::readFile(file("lines"));
+            written = e2e::linesOf(text).size();
+            EXPECT_EQ(text.back(), '\n');
+            kill(program, SIGTERM);
+        };
+        e2e::run(words, options);
+        EXPECT_GT(written, 10U);
+    }
+}
+
+struct RefusalRow {
+    char const* name;
+    Words words;
+    char const* message;
+};
+
+class LiveRefusals : public Live, public testing::WithParamInterface<RefusalRow> {};
+
+TEST_P(LiveRefusals, AreOneLine)
+{
+    Words words = GetParam().words;
+    words.insert(words.end(), {"-c", file("c.json"), "-o", file("o.ts")});
+    Result const result = e2e::run(words);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.err, std::string("stanag-overlay: ") + GetParam().message + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, LiveRefusals,
+    testing::Values(RefusalRow{"a_file",
+                               {"burn", "clip.ts", "--live"},
+                               "--live: clip.ts is no address; give one such as udp://127.0.0.1:5000, or no --live"},
+                    RefusalRow{"a_range",
+                               {"burn", "udp://127.0.0.1:9", "--live", "--from", "3"},
+                               "--live: live pictures have no range; leave out --from and --to"},
+                    RefusalRow{"a_telemetry_file",
+                               {"burn", "udp://127.0.0.1:9", "--live", "--telemetry", "t.klv"},
+                               "--live: telemetry comes with the pictures; leave out --telemetry"},
+                    RefusalRow{"a_wait_without_live",
+                               {"burn", "udp://127.0.0.1:9", "--telemetry-wait", "50"},
+                               "burn: --telemetry-wait requires --live; see stanag-overlay burn --help"},
+                    RefusalRow{"too_long_a_wait",
+                               {"burn", "udp://127.0.0.1:9", "--live", "--telemetry-wait", "2001"},
+                               "burn: --telemetry-wait: give a number from 0 to 2000; see stanag-overlay burn --help"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST_F(Live, AnAddressThatCannotBeMeantIsRefusedAtOnce)
+{
+    Result const result = e2e::run({"burn", "foo://x", "-c", file("c.json"), "-o", file("o.ts"), "--live"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(e2e::linesOf(result.err).back(), "stanag-overlay: foo://x: cannot be opened: Protocol not found; check "
+                                               "the address and that video is sent there");
+}
+
+}  // namespace
