@@ -2,6 +2,7 @@
 #include "media/live_input.h"
 
 #include "media/interrupt.h"
+#include "sw_number_text.h"
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -76,11 +77,6 @@ bool describes(LiveProgram const& program, Demuxer const& demuxer)
 bool isHopeless(int code)
 {
     return code == AVERROR_PROTOCOL_NOT_FOUND || code == AVERROR(EINVAL) || code == AVERROR_OPTION_NOT_FOUND;
-}
-
-std::string secondsAsText(double seconds)
-{
-    return std::to_string(static_cast<long>(seconds)) + " s";
 }
 
 }  // namespace
@@ -210,7 +206,7 @@ bool LiveInput::pause_()
         LiveTime const now = Clock::now();
         if (options_.giveUpSeconds > 0.0 &&
             now - lastPicture_ > std::chrono::duration<double>(options_.giveUpSeconds)) {
-            lostBecause_ += "; gave up after " + secondsAsText(options_.giveUpSeconds) + " without a picture";
+            lostBecause_ += "; gave up after " + sw_text::secondsText(options_.giveUpSeconds) + " without a picture";
             return false;
         }
         if (isOver_() || now >= next) {

@@ -224,7 +224,7 @@ TEST_F(Live, GivesUpWhenNothingComes)
     EXPECT_LT(Seconds(Clock::now() - begin).count(), 8.0);
     EXPECT_EQ(e2e::linesOf(result.err).back(), "stanag-overlay: " + addressOf(in_) +
                                                    ": nothing comes; check the address and that video is sent there; "
-                                                   "gave up after 2 s without a picture");
+                                                   "gave up after 2.000 s without a picture");
     EXPECT_FALSE(std::filesystem::exists(file("nothing.ts")));
 }
 

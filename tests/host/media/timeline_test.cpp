@@ -66,6 +66,26 @@ INSTANTIATE_TEST_SUITE_P(Rows, TimelineJump,
                                          JumpRow{"container_that_cannot_jump", -900000, false, -900000}),
                          [](auto const& row) { return row.param.name; });
 
+TEST(Timeline, ALiveClockThatStartsAnewGoesOnAsLongAfterAsItTook)
+{
+    Timeline timeline = transportStream();
+    timeline.placeVideo(1000000, 1000000);
+    timeline.setElapsed(4.0);
+    EXPECT_EQ(timeline.placeVideo(1, 1).decodeTicks, 1000000 + 360000);
+    timeline.setElapsed(0.001);
+    EXPECT_EQ(timeline.placeVideo(90000 * 50, std::nullopt).decodeTicks, 1360000 + kFrame) << "at least one interval";
+}
+
+TEST(Timeline, ALeapBeyondTheRealTimeIsANewLiveClock)
+{
+    Timeline timeline = transportStream();
+    timeline.placeVideo(0, 0);
+    timeline.setElapsed(3.0);
+    EXPECT_EQ(timeline.placeVideo(90000 * 5, std::nullopt).decodeTicks, 90000 * 5) << "two seconds beyond it";
+    timeline.setElapsed(3.0);
+    EXPECT_EQ(timeline.placeVideo(90000 * 10 + 1, std::nullopt).decodeTicks, 90000 * 8);
+}
+
 TEST(Timeline, GivesPacketsWithoutTimeTheNextSlot)
 {
     Timeline timeline = transportStream();
