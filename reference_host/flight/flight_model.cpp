@@ -57,6 +57,19 @@ void addIdentity(SwJsonObject& payload, double seconds)
     payload.insertOrAssign("time_airborne_s", 1860 + static_cast<std::int64_t>(seconds));
 }
 
+/// Marked as "UNCLASSIFIED//REL TO USA, GBR", and what the picture shows lies in France.
+void addMarking(SwJsonObject& payload)
+{
+    constexpr int kThreeLetters = 2;  // ISO 3166, for both kinds of country
+    payload.insertOrAssign("security_classification_code", 1);
+    payload.insertOrAssign("security_country_method", kThreeLetters);
+    payload.insertOrAssign("security_country", "//USA");
+    payload.insertOrAssign("security_releasing", "USA GBR");
+    payload.insertOrAssign("security_object_country_method", kThreeLetters);
+    payload.insertOrAssign("security_object_country", "FRA");
+    payload.insertOrAssign("security_version", 12);
+}
+
 void addPlatform(SwJsonObject& payload, Pose const& pose)
 {
     double const speed = std::hypot(pose.velocity.x, pose.velocity.y);
@@ -151,6 +164,7 @@ SwJsonObject telemetryAt(double seconds, double aspect)
     Pose const pose = poseAt(seconds);
     SwJsonObject payload;
     addIdentity(payload, seconds);
+    addMarking(payload);
     addPlatform(payload, pose);
     addCamera(payload, pose, ratesAt(seconds));
     addTarget(payload, pose, aspect, laserOn(seconds));

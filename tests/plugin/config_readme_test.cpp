@@ -1,5 +1,6 @@
-// README's tables of the configuration against the parser: every member has its row, every default is what the parser
-// takes without the member, every range is where it clamps, every example has an effect.
+// README's tables of the configuration and the reference in docs/configuration.md against the parser: every member has
+// its row and its section, every default is what the parser takes without the member, every range is where it clamps,
+// every example has an effect.
 #include "stanag_overlay_config.h"
 
 #include "config_changes.h"
@@ -250,6 +251,119 @@ TEST(ConfigReadme, OperatorsHaveTheirOtherNames)
         }
     }
     EXPECT_EQ(wordOf.size(), 7U);
+}
+
+/// A section of docs/configuration.md whose heading is a member: "### `condition.key`".
+struct Section {
+    std::string path;
+    std::string text;
+};
+
+std::vector<Section> sectionsOfReference()
+{
+    std::vector<Section> sections;
+    std::istringstream page(fileText("docs/configuration.md"));
+    bool inside = false;
+    for (std::string line; std::getline(page, line);) {
+        if (line.rfind("#", 0) == 0) {
+            inside = line.rfind("### `", 0) == 0;
+            if (inside) {
+                sections.push_back({codeOf(line).front(), {}});
+            }
+        } else if (inside) {
+            sections.back().text += line + " ";
+        }
+    }
+    return sections;
+}
+
+/// "formatString", "position", "position.x", "formats.date": all members of the schema below `properties`.
+void addMembers(SwJsonObject const& properties, std::string const& before, std::set<std::string>& members)
+{
+    for (auto const& [name, schema] : properties) {
+        std::string const path = before + std::string(name);
+        members.insert(path);
+        SwJsonObject const& inner = schema.toObject();
+        addMembers(inner["properties"].toObject(), path + ".", members);
+        addMembers(inner["additionalProperties"].toObject()["properties"].toObject(), path + ".", members);
+    }
+}
+
+/// What one block becomes with the member of this path.
+std::string readAt(std::string const& path, std::string const& value)
+{
+    std::size_t const dot = path.find('.');
+    if (dot == std::string::npos) {
+        return readAs(kTables[0], member(path, value));
+    }
+    std::string const outer = path.substr(0, dot);
+    Table const position{"", R"("position": {)", "}", ""};
+    return readAs(outer == "condition" ? kTables[1]
+                  : outer == "formats" ? kTables[2]
+                                       : position,
+                  member(path.substr(dot + 1), value));
+}
+
+/// What one block becomes with everything around that member, but without it.
+std::string readWithout(std::string const& path)
+{
+    return readAt(path.substr(0, path.find('.') + 1) + "unknown", "0");
+}
+
+TEST(ConfigReference, EveryMemberHasItsSection)
+{
+    SwString error;
+    SwJsonDocument const schema =
+        SwJsonDocument::fromJson(SwString(fileText("tests/golden/config_schema.json")), SwString(), error);
+    ASSERT_TRUE(schema.isObject()) << error.toStdString();
+    SwJsonObject const& root = schema.object()["properties"].toObject();
+    std::set<std::string> members;
+    addMembers(root["overlay"].toObject()["items"].toObject()["properties"].toObject(), "", members);
+    EXPECT_EQ(members.size(), 35U);
+    for (auto const& entry : root) {
+        members.insert(std::string(entry.first));
+    }
+    std::set<std::string> sections;
+    for (Section const& section : sectionsOfReference()) {
+        EXPECT_TRUE(sections.insert(section.path).second) << "twice: " << section.path;
+    }
+    EXPECT_EQ(sections, members);
+}
+
+TEST(ConfigReference, DefaultsAreWhatIsTakenWithoutTheMember)
+{
+    std::set<std::string> const ofTheRoot{"overlay", "availableKeys"};
+    std::size_t defaults = 0;
+    for (Section const& section : sectionsOfReference()) {
+        std::smatch found;
+        ASSERT_TRUE(std::regex_search(section.text, found, std::regex("Default: (?:`([^`]*)`|none)"))) << section.path;
+        if (found[1].matched && ofTheRoot.count(section.path) == 0) {
+            ++defaults;
+            EXPECT_EQ(readAt(section.path, found[1]), readWithout(section.path)) << section.path;
+        }
+    }
+    EXPECT_EQ(defaults, 25U);
+}
+
+TEST(ConfigReference, NumbersAreClampedWhereTheValuesEnd)
+{
+    std::size_t ranges = 0;
+    std::regex const kValues("Values: (-?[0-9]+) to ([0-9]+)");
+    for (Section const& section : sectionsOfReference()) {
+        std::smatch found;
+        if (!std::regex_search(section.text, found, kValues)) {
+            continue;
+        }
+        ++ranges;
+        auto const read = [&section](int number) { return readAt(section.path, std::to_string(number)); };
+        int const least = std::stoi(found[1]);
+        int const most = std::stoi(found[2]);
+        EXPECT_EQ(read(least - 1), read(least)) << section.path;
+        EXPECT_NE(read(least + 1), read(least)) << section.path;
+        EXPECT_EQ(read(most + 1), read(most)) << section.path;
+        EXPECT_NE(read(most - 1), read(most)) << section.path;
+    }
+    EXPECT_EQ(ranges, 11U);
 }
 
 }  // namespace

@@ -219,8 +219,12 @@ double klvTolerance(std::string const& key)
     return found == steps.end() ? 1e-7 : found->second;
 }
 
+/// Made of other items by the decoder: names of codes, flags one by one, the marking line.
 bool isSecondKey(std::string const& key)
 {
+    if (key.rfind("security_", 0) == 0) {
+        return true;
+    }
     auto const& keys = telemetry::secondKeys();
     return std::any_of(keys.begin(), keys.end(),
                        [&key](telemetry::SecondKey const& second) { return second.key == key; });
@@ -248,6 +252,15 @@ TEST(FlightModel, SurvivesTheWayThroughKlv)
             }
         }
     }
+}
+
+TEST(FlightModel, IsMarked)
+{
+    telemetry::KlvDecoder decoder;
+    auto const packets = decoder.decode(telemetry::encodeKlv(flight::telemetryAt(0.0)), 0.0);
+    ASSERT_EQ(packets.size(), 1U);
+    EXPECT_EQ(packets[0].payload["security_line"].toString(), "UNCLASSIFIED//REL TO USA, GBR");
+    EXPECT_EQ(packets[0].payload["security_object_country"].toString(), "FRA");
 }
 
 /// A picture whose planes lie between guard bytes.

@@ -128,7 +128,11 @@ void makeClip(ClipSpec const& spec)
                 muxer.write(*media::makePacket(telemetry::encodeKlv(payload), ticks), klv[stream], kClock);
             }
         }
-        paint(imaging::planesOf(picture), number);
+        if (spec.paint) {
+            spec.paint(imaging::planesOf(picture));
+        } else {
+            paint(imaging::planesOf(picture), number);
+        }
         encoder.encode(imaging::planesOf(picture), ticks, sink);
         if (silence) {
             silence->writeUpTo(ticks + kTicksPerFrame, muxer, sound);

@@ -24,10 +24,11 @@ struct ClipSpec {
     bool sound = false;
     std::int64_t soundLead = 0;         ///< ticks by which sound begins before the first frame
     std::vector<std::int64_t> times{};  ///< ticks of the frames after the first one's; empty: 25 frames per second
+    std::function<void(MappedNV12 const&)> paint{};  ///< of each frame in turn; empty: grey patterns
 };
 
-/// 25 grey frames per second, each with its own pattern. Frame n is shown at firstTicks + n * 3600, unless times are
-/// given.
+/// 25 grey frames per second, each with its own pattern, unless they are painted. Frame n is shown at firstTicks + n *
+/// 3600, unless times are given.
 void makeClip(ClipSpec const& spec);
 
 /// All pictures of a clip as NV12.
