@@ -19,9 +19,6 @@
 namespace e2e {
 namespace {
 
-/// A program that hangs must not hang the test run.
-constexpr unsigned kWatchdogSeconds = 120;
-
 void redirect(std::string const& path, int flags, int descriptor)
 {
     constexpr mode_t kReadWrite = 0644;
@@ -46,7 +43,7 @@ void confine(RunOptions const& options)
     }
 }
 
-[[noreturn]] void becomeProgram(std::vector<std::string> const& arguments)
+[[noreturn]] void becomeProgram(std::vector<std::string> const& arguments, unsigned watchdogSeconds)
 {
     std::vector<std::string> words = {OVERLAY_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
@@ -56,7 +53,7 @@ void confine(RunOptions const& options)
         pointers.push_back(word.data());
     }
     pointers.push_back(nullptr);
-    alarm(kWatchdogSeconds);
+    alarm(watchdogSeconds);
     execv(pointers.front(), pointers.data());
     _exit(127);
 }
@@ -95,7 +92,7 @@ Result run(std::vector<std::string> const& arguments, RunOptions const& options)
         redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
         redirect(folder.file("err"), O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
         confine(options);
-        becomeProgram(arguments);
+        becomeProgram(arguments, options.watchdogSeconds);
     }
     std::thread meanwhile([&options, child] {
         if (options.meanwhile) {
@@ -127,7 +124,7 @@ Result runInterrupted(std::vector<std::string> const& arguments, std::string con
         close(ends[1]);
         redirect(folder.file("out"), O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
         redirect(folder.file("err"), O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
-        becomeProgram(arguments);
+        becomeProgram(arguments, RunOptions{}.watchdogSeconds);
     }
     close(ends[0]);
     // Writing blocks until the program has read all but what the pipe holds: it is in the midst of its work.

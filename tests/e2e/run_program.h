@@ -22,6 +22,7 @@ struct RunOptions {
     std::uint64_t fileLimit = 0;           ///< bytes that a file may grow to; 0: any number
     bool obeysPermissions = false;         ///< locked files and folders hold for root too
     bool slowed = false;                   ///< stopped again and again while it runs
+    unsigned watchdogSeconds = 120;        ///< a program that hangs must not hang the test run
     std::function<void(int)> meanwhile{};  ///< called with the process's number while it runs
 };
 
