@@ -2,6 +2,7 @@
 #include "clip/annotated_clip.h"
 
 #include "FrameTime.h"
+#include "clip/config_memory.h"
 #include "imaging/imaging_access.h"
 #include "media/interrupt.h"
 
@@ -26,6 +27,7 @@ AnnotatedClip::AnnotatedClip(ClipSource const& source)
     , reader_(demuxer_, telemetry_.aheadSeconds(), source.decoding)
     , clock_(reader_.timeBase())
     , renderer_(source.look)
+    , memoryNs_(memoryNsOf(source.config))
 {
     renderer_.plugin().setConfig(source.config);
 }
@@ -94,13 +96,30 @@ void AnnotatedClip::pass()
 {
     media::FramePlace const place = reader_.peek().value();
     reader_.skip();
-    std::vector<frame::Choice> const telemetry = telemetryFor_(place);
-    FrameTime const time(clock_.next(place.ticks));
-    renderer_.pass(indexOf(place), telemetry_.producers(), telemetry);
+    std::vector<frame::Choice> telemetry = telemetryFor_(place);
+    std::uint64_t const timeNs = clock_.next(place.ticks);
+    passed_.push_back({indexOf(place), timeNs, std::move(telemetry)});
+    if (!memoryNs_) {
+        showPassed_();
+        return;
+    }
+    while (timeNs - passed_.front().timeNs > *memoryNs_) {
+        passed_.pop_front();
+    }
+}
+
+void AnnotatedClip::showPassed_()
+{
+    for (PassedFrame const& passed : passed_) {
+        FrameTime const time(passed.timeNs);
+        renderer_.pass(passed.index, telemetry_.producers(), passed.telemetry);
+    }
+    passed_.clear();
 }
 
 std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& frame)
 {
+    showPassed_();
     FrameTime const time(frame.timeNs);
     renderer_.renderOnto(indexOf(frame), frame.picture, telemetry_.producers(), frame.telemetry);
     return frame.picture;

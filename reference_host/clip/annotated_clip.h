@@ -55,7 +55,8 @@ public:
     std::optional<ClipFrame> next();
     /// The place of the next frame, or with `further` 1 of the one after it; empty when there is none.
     std::optional<media::FramePlace> peek(std::size_t further = 0) { return reader_.peek(further); }
-    /// Passes over the next frame, which peek() has shown: the plugin sees it as any other, without its picture.
+    /// Passes over the next frame, which peek() has shown. The plugin sees it as any other, without its picture, before
+    /// it draws on the next one that is given out; it does not see frames on which nothing there can depend.
     void pass();
     /// A range ends before this place, which peek() has shown: what belongs beside its pictures goes to the observer.
     void endBefore(media::FramePlace const& place) { takeSideUnits_(place.seconds); }
@@ -89,6 +90,14 @@ private:
     std::vector<frame::Choice> telemetryFor_(media::FramePlace const& place);
     void takeSideUnits_(double seconds);
     void observe_();
+    void showPassed_();
+
+    /// A frame that was passed over.
+    struct PassedFrame {
+        std::uint64_t index = 0;
+        std::uint64_t timeNs = 0;
+        std::vector<frame::Choice> telemetry;
+    };
 
     media::Demuxer demuxer_;
     TelemetryFeed telemetry_;
@@ -99,6 +108,8 @@ private:
     std::function<void(media::SideUnit&)> observer_;
     std::deque<media::SideUnit> unobserved_;
     media::PictureTraits traits_;
+    std::optional<std::uint64_t> memoryNs_;  ///< of the plugin with this configuration; empty: without bound
+    std::deque<PassedFrame> passed_;         ///< those that the plugin is still to see
     std::optional<media::FramePlace> first_;
     std::optional<media::FramePlace> begin_;
     std::shared_ptr<zelvo::ZelvoPicture> stored_;  ///< one that is still to be turned upright

@@ -131,6 +131,55 @@ TEST(MadeSeek, TenMinutesWithReorderedPicturesAtUnevenTimes)
     expectSameAnywhere(folder.file("a.ts"), folder, 30);
 }
 
+/// Blocks whose memory is bounded: values that are held, delays, and one after the other.
+std::string boundedConfig(std::mt19937& random)
+{
+    auto const upTo = [&random](unsigned most) { return std::to_string(random() % (most + 1)); };
+    std::string blocks;
+    for (int i = 0; i < 8; ++i) {
+        std::string const key = random() % 2 == 0 ? "heading_deg" : "sensor_lat_deg";
+        std::string const limit = key == "heading_deg" ? upTo(360) : "40." + upTo(9);
+        blocks += (i == 0 ? "" : ",") +
+                  std::string(R"({"textSize":96,"formatString":"%heading_deg %sensor_lat_deg %frame_index")") +
+                  R"(,"formats":{"heading_deg":{"holdLastMs":)" + upTo(900) + R"(,"maxValue":)" + upTo(360) +
+                  R"(},"sensor_lat_deg":{"holdLastMs":)" + upTo(300) + R"(}},"condition":{"key":")" + key +
+                  R"(","operator":"gt","value":)" + limit + R"(,"showAfterMs":)" + upTo(400) + R"(,"keepAfterMs":)" +
+                  upTo(700) + "}}";
+    }
+    return R"({"overlay":[)" + blocks + "]}";
+}
+
+// What lies behind a configuration's memory is not drawn in passing; no text may show it.
+TEST(MadeSeek, FramesBehindTheMemoryOfAConfigurationAreNotNeeded)
+{
+    TempFolder const folder;
+    clip_test::makeClip(unevenClip(folder.file("a.ts"), 120.0, "mpeg2video"));
+    std::mt19937 random(3);
+    std::size_t drawn = 0;
+    for (int round = 0; round < 12; ++round) {
+        e2e::writeFile(folder.file("c.json"), boundedConfig(random));
+        std::vector<std::string> const whole =
+            e2e::linesOf(run({"text", folder.file("a.ts"), "-c", folder.file("c.json")}).out);
+        ASSERT_GT(whole.size(), 300U);
+        double const begin = clip_test::parseLine(whole[0])["pts"].toDouble();
+        for (int i = 0; i < 5; ++i) {
+            std::size_t const number = random() % (whole.size() - 30);
+            double const at = clip_test::parseLine(whole[number])["pts"].toDouble() - begin;
+            SCOPED_TRACE("round " + std::to_string(round) + " frame " + std::to_string(number));
+            std::vector<std::string> const part =
+                e2e::linesOf(run({"text", folder.file("a.ts"), "-c", folder.file("c.json"), "--from",
+                                  std::to_string(at), "--to", std::to_string(at + 2.0)})
+                                 .out);
+            ASSERT_FALSE(part.empty());
+            for (std::size_t line = 0; line < part.size(); ++line) {
+                ASSERT_EQ(part[line], whole[number + line]);
+                drawn += clip_test::parseLine(part[line])["draws"].toArray().size();
+            }
+        }
+    }
+    EXPECT_GT(drawn, 500U);
+}
+
 TEST(MadeSeek, OtherCodecs)
 {
     TempFolder const folder;
