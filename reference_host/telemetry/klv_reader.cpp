@@ -112,16 +112,22 @@ std::optional<KlvItem> KlvItemReader::next()
     if (position_ >= packet_.bytes.size() || damaged_) {
         return std::nullopt;
     }
-    KlvItem item;
-    auto const tag = readBerOid(packet_.bytes, position_);
-    auto const length = tag.has_value() ? readBerLength(packet_.bytes, position_) : std::nullopt;
+    std::optional<std::uint32_t> tag;
+    std::optional<std::uint64_t> length;
+    auto const head = packet_.bytes.subspan(position_);
+    if (head.size() >= 2 && head[0] < 0x80 && head[1] < 0x80) {
+        // Nearly all are this short.
+        tag = head[0];
+        length = head[1];
+        position_ += 2;
+    } else if ((tag = readBerOid(packet_.bytes, position_))) {
+        length = readBerLength(packet_.bytes, position_);
+    }
     if (!length.has_value() || *length > packet_.bytes.size() - position_) {
         damaged_ = true;
         return std::nullopt;
     }
-    item.tag = *tag;
-    item.dataOffset = position_;
-    item.data = packet_.bytes.subspan(position_, static_cast<std::size_t>(*length));
+    KlvItem const item{*tag, position_, packet_.bytes.subspan(position_, static_cast<std::size_t>(*length))};
     position_ += item.data.size();
     return item;
 }
