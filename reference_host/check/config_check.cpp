@@ -114,12 +114,35 @@ void checkBlock(Member const& block, Findings& findings)
                  findings);
 }
 
-/// Adds a finding when the key is not delivered.
-void expectKey(std::string const& place, std::string const& key, std::vector<std::string> const& delivered,
-               Findings& findings)
+struct Keys {
+    std::vector<std::string> const& delivered;
+    Derivable const& derivable;
+};
+
+/// What would have to be delivered, or the name that was perhaps meant.
+std::string cureFor(std::string const& key, Keys const& keys)
 {
-    if (!std::binary_search(delivered.begin(), delivered.end(), key)) {
-        findings.push_back({place, "the input never delivers \"" + printable(key) + "\"" + didYouMean(key, delivered)});
+    auto const& missingSources = keys.derivable.missingSources;
+    std::vector<std::string> const missing = missingSources ? missingSources(key) : std::vector<std::string>();
+    if (missing.empty()) {
+        std::string const meant = didYouMean(key, keys.delivered);
+        return meant.empty() ? didYouMean(key, keys.derivable.keys) : meant;
+    }
+    std::string names;
+    for (std::string const& source : missing) {
+        names += (names.empty() ? "\"" : " and \"") + printable(source) + "\"";
+    }
+    return ": it is made of " + names + (missing.size() == 1 ? ", which is missing" : ", which are missing");
+}
+
+/// Adds a finding when the key is not delivered and cannot be made.
+void expectKey(std::string const& place, std::string const& key, Keys const& keys, Findings& findings)
+{
+    auto const isAmong = [&key](std::vector<std::string> const& sorted) {
+        return std::binary_search(sorted.begin(), sorted.end(), key);
+    };
+    if (!isAmong(keys.delivered) && !isAmong(keys.derivable.keys)) {
+        findings.push_back({place, "the input never delivers \"" + printable(key) + "\"" + cureFor(key, keys)});
     }
 }
 
@@ -140,22 +163,23 @@ Findings checkConfig(SwJsonObject const& root, std::string const& text)
     return findings;
 }
 
-Findings checkKeys(SwJsonObject const& root, std::vector<std::string> const& delivered)
+Findings checkKeys(SwJsonObject const& root, std::vector<std::string> const& delivered, Derivable const& derivable)
 {
+    Keys const keys{delivered, derivable};
     Findings findings;
     std::size_t index = 0;
     for (SwJsonValue const& item : root["overlay"].toArray()) {
         std::string const place = "overlay[" + std::to_string(index++) + "]";
         SwJsonObject const& overlay = item.toObject();
         for (std::string const& key : templateKeys(overlay["formatString"].stringRef()).keys) {
-            expectKey(place + ".formatString", key, delivered, findings);
+            expectKey(place + ".formatString", key, keys, findings);
         }
         std::string const& conditionKey = overlay["condition"].toObject()["key"].stringRef();
         if (!conditionKey.empty()) {
-            expectKey(place + ".condition.key", conditionKey, delivered, findings);
+            expectKey(place + ".condition.key", conditionKey, keys, findings);
         }
         for (auto const& [key, format] : overlay["formats"].toObject()) {
-            expectKey(place + ".formats", key, delivered, findings);
+            expectKey(place + ".formats", key, keys, findings);
         }
     }
     return findings;

@@ -9,6 +9,7 @@
 
 #include "SwJson.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,16 @@ namespace check {
 /// `text`. Where nothing is said about a member, the block's record holds what stands in the text.
 Findings checkConfig(SwJsonObject const& root, std::string const& text);
 
-/// Telemetry keys that templates, conditions and formats use and that are not among `delivered`, which is
-/// sorted.
-Findings checkKeys(SwJsonObject const& root, std::vector<std::string> const& delivered);
+/// Keys that are made for those who name them.
+struct Derivable {
+    std::vector<std::string> keys{};  ///< that can be made, sorted
+    /// The keys, none of them delivered, of which one that cannot be made would be made; empty for other keys.
+    std::function<std::vector<std::string>(std::string const& key)> missingSources{};
+};
+
+/// Telemetry keys that templates, conditions and formats use and that are neither among `delivered`, which is
+/// sorted, nor can be made. Each finding names what the key would be made of, or else the most similar one.
+Findings checkKeys(SwJsonObject const& root, std::vector<std::string> const& delivered,
+                   Derivable const& derivable = {});
 
 }  // namespace check

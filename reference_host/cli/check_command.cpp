@@ -9,6 +9,7 @@
 #include "clip/placed_blocks.h"
 #include "clip/telemetry_source.h"
 #include "sw_number_text.h"
+#include "telemetry/derived_keys.h"
 #include "telemetry/file_kind.h"
 
 #include <algorithm>
@@ -40,7 +41,13 @@ check::Findings compareWithInput(SwJsonObject const& root, CheckOptions const& o
             keys.insert(key);
         }
     }
-    return check::checkKeys(root, {keys.begin(), keys.end()});
+    std::set<std::string> derived;
+    for (telemetry::DerivedKey const& each : telemetry::derivableFrom(keys)) {
+        derived.insert(each.key);
+    }
+    return check::checkKeys(root, {keys.begin(), keys.end()},
+                            {{derived.begin(), derived.end()},
+                             [&keys](std::string const& key) { return telemetry::missingSources(key, keys); }});
 }
 
 /// True for an INPUT whose pictures can be read after its telemetry.

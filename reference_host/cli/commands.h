@@ -39,6 +39,8 @@ struct FrameOptions {
 struct KeysOptions {
     std::string input;
     clip::TelemetryOptions telemetry;
+    bool derived = false;  ///< also the keys that can be derived
+    bool csv = false;      ///< a table instead of JSON lines
 };
 
 struct TextOptions {

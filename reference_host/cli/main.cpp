@@ -277,6 +277,8 @@ void addKeys(CLI::App& app, Action& action)
     auto const options = std::make_shared<KeysOptions>();
     CLI::App* const command = app.add_subcommand("keys", "list the telemetry, one JSON line per packet");
     command->add_option("INPUT", options->input, "clip, address, raw KLV; - is standard input")->required();
+    command->add_flag("--derived", options->derived, "also the keys that are made only for those who name them");
+    command->add_flag("--csv", options->csv, "a table, one row per packet and one column per key");
     addTelemetry(*command, options->telemetry);
     command->callback([&action, options] { action = doneAfter([options] { runKeys(*options); }); });
 }

@@ -5,6 +5,7 @@
 #include "clip/host_keys.h"
 #include "clip/telemetry_source.h"
 #include "frame/frame_renderer.h"
+#include "telemetry/derived_keys.h"
 
 #include <memory>
 #include <utility>
@@ -48,6 +49,7 @@ void runSchema(SchemaOptions const& options)
         noteAll(clip::telemetryRemarks(source, summary));
         if (!keys.empty()) {
             addHostKeys(keys);
+            telemetry::DerivedKeyMaker(telemetry::KeySelection::withDerived()).addTo(keys);
         }
         showKeys(renderer, std::move(keys));
     }

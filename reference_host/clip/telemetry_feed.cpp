@@ -62,6 +62,7 @@ TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions opt
     , choice_(options.stream)
     , ownFile_(takesFileTwice(options, demuxer.name()))
     , hostKeysWanted_(wantsHostKeys(keys))
+    , derived_(keys)
     , klv_(std::move(keys))
     , timeline_(maxWaiting(options_))
 {
@@ -127,6 +128,7 @@ void TelemetryFeed::placeFile_(std::string const& stream)
     }
     double const start = (ownFile_ ? summary_.startSeconds : firstSeconds_) + options_.offsetSeconds;
     for (std::size_t index = 0; index < found->second.size(); ++index) {
+        derived_.addTo(found->second[index].payload);
         timeline_.add(producer, start + placement.seconds[index], std::move(found->second[index].payload));
     }
     filePackets_.erase(found);
@@ -150,6 +152,7 @@ void TelemetryFeed::add(media::SideUnit const& unit)
     std::size_t const producer = producerOf_(unit.stream);
     for (telemetry::Packet& packet : klv_.decode(unit.stream, *unit.packet, unit.seconds)) {
         summary_.usable += packet.payload.empty() ? 0U : 1U;
+        derived_.addTo(packet.payload);
         timeline_.add(producer, unit.seconds + options_.offsetSeconds, std::move(packet.payload));
     }
 }
@@ -169,6 +172,7 @@ std::vector<frame::Choice> TelemetryFeed::choose(double seconds, std::uint64_t f
     }
     if (newest && (hostKeysWanted_ || choices.empty())) {
         SwJsonObject keys = hostKeys(std::max(0.0, seconds - *newest), seconds - firstSeconds_, frameNumber);
+        derived_.addTo(keys);
         choices.push_back({kHostProducer, std::make_shared<SwJsonObject const>(std::move(keys)), frameIndex, false});
     }
     return choices;

@@ -8,6 +8,7 @@
 #include "frame/telemetry_timeline.h"
 #include "media/demuxer.h"
 #include "media/side_placer.h"
+#include "telemetry/derived_keys.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -55,6 +56,7 @@ private:
     bool ownFile_ = false;                                               ///< the telemetry file is the clip itself
     std::map<std::string, std::vector<telemetry::Packet>> filePackets_;  ///< by stream, until they are placed
     bool hostKeysWanted_;
+    telemetry::DerivedKeyMaker derived_;
     KlvStreams klv_;
     std::map<int, std::size_t> producerOfStream_;
     frame::TelemetryTimeline timeline_;

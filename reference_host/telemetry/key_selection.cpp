@@ -2,9 +2,13 @@
 #include "telemetry/key_selection.h"
 
 #include "SwJson.h"
+#include "telemetry/derived_keys.h"
+#include "telemetry/nested_sets.h"
 #include "telemetry/second_keys.h"
+#include "telemetry/st0601_table.h"
 
 #include <algorithm>
+#include <set>
 #include <vector>
 
 namespace telemetry {
@@ -36,20 +40,48 @@ std::string textsOf(SwJsonValue const& root)
     return texts;
 }
 
-/// The texts with the keys of which the named ones are made.
-std::string withSources(std::string texts)
+/// Every key that packets and the host can deliver.
+std::set<std::string> const& knownKeys()
 {
-    for (SecondKey const& second : secondKeys()) {
-        if (texts.find(second.key) != std::string::npos) {
-            for (std::string const& source : second.sources) {
-                texts += source + "\n";
-            }
+    static std::set<std::string> const kKeys = [] {
+        std::set<std::string> keys = {std::string(kYawKey), "video_time_s"};
+        for (TableRow const& row : st0601Table()) {
+            keys.emplace(row.key);
         }
+        for (NestedRow const& nested : nestedTable()) {
+            keys.emplace(nested.row.key);
+        }
+        for (SecondKey const& second : secondKeys()) {
+            keys.insert(second.key);
+        }
+        return keys;
+    }();
+    return kKeys;
+}
+
+std::string lines(std::vector<std::string> const& texts)
+{
+    std::string all;
+    for (std::string const& text : texts) {
+        all += text + "\n";
     }
-    return texts;
+    return all;
 }
 
 }  // namespace
+
+/// Names the keys of which the named ones are made.
+void KeySelection::addSources_()
+{
+    for (DerivedKey const& derived : namedAmong(derivableFrom(knownKeys()), *this)) {
+        texts_ += lines(derived.sources);
+    }
+    for (SecondKey const& second : secondKeys()) {
+        if (named_(second.key)) {
+            texts_ += lines(second.sources);
+        }
+    }
+}
 
 KeySelection KeySelection::namedIn(std::string const& config)
 {
@@ -58,9 +90,15 @@ KeySelection KeySelection::namedIn(std::string const& config)
     SwJsonArray const& blocks = document.object()["overlay"].toArray();
     KeySelection keys;
     keys.all_ = std::any_of(blocks.begin(), blocks.end(), listsAllKeys);
-    if (!keys.all_) {
-        keys.texts_ = withSources(textsOf(document.root()));
-    }
+    keys.texts_ = textsOf(document.root());
+    keys.addSources_();
+    return keys;
+}
+
+KeySelection KeySelection::withDerived()
+{
+    KeySelection keys;
+    keys.derived_ = true;
     return keys;
 }
 

@@ -18,10 +18,19 @@ public:
     /// names nothing.
     static KeySelection namedIn(std::string const& config);
 
-    bool wants(std::string_view key) const { return all_ || texts_.find(key) != std::string::npos; }
+    /// All keys, and all that can be derived from them.
+    static KeySelection withDerived();
+
+    bool wants(std::string_view key) const { return all_ || named_(key); }
+    /// Whether a key that is made only for those who name it is wanted.
+    bool names(std::string_view key) const { return derived_ || named_(key); }
 
 private:
+    bool named_(std::string_view key) const { return texts_.find(key) != std::string::npos; }
+    void addSources_();
+
     bool all_ = true;
+    bool derived_ = false;
     std::string texts_;  ///< one a line
 };
 

@@ -29,12 +29,27 @@ void addValue(SwJsonObject& keys, TableRow const& row, Span data)
     }
 }
 
+/// How floating-point items are coded: standards changed to Imapb in the course of time.
+enum class Coding { Unknown, Linear, Imapb };
+
+void addCoded(SwJsonObject& keys, TableRow row, Span data, Coding coding)
+{
+    if (row.rule == Rule::Imapb && coding == Coding::Unknown) {
+        return;
+    }
+    if (row.rule == Rule::Imapb && coding == Coding::Linear) {
+        constexpr std::uint32_t kOffsetWidth = 3;
+        row.rule = row.width == kOffsetWidth ? Rule::Symmetric : Rule::Range;
+    }
+    addValue(keys, row, data);
+}
+
 /// Adds the value of a part that has no tag, by its key.
-void addPart(SwJsonObject& keys, std::string_view key, Span data)
+void addPart(SwJsonObject& keys, std::string_view key, Span data, Coding coding = Coding::Imapb)
 {
     for (NestedRow const& each : nestedTable()) {
         if (each.row.key == key) {
-            addValue(keys, each.row, data);
+            addCoded(keys, each.row, data, coding);
         }
     }
 }
@@ -66,7 +81,7 @@ std::string textOf(Span data)
 
 /// The items of a set that the table knows in `part`; what is not there is skipped. False when one does not fit.
 template <typename OnOther>
-bool readSet(std::uint32_t item, std::string_view part, Span data, SwJsonObject& keys, OnOther onOther)
+bool readSet(std::uint32_t item, std::string_view part, Span data, Coding coding, SwJsonObject& keys, OnOther onOther)
 {
     KlvItemReader items({KlvKind::Foreign, data, 0});
     bool whole = true;
@@ -74,7 +89,7 @@ bool readSet(std::uint32_t item, std::string_view part, Span data, SwJsonObject&
         whole = onOther(*each) && whole;
         for (NestedRow const& row : nestedTable()) {
             if (row.item == item && row.part == part && row.row.tag == each->tag) {
-                addValue(keys, row.row, each->data);
+                addCoded(keys, row.row, each->data, coding);
             }
         }
     }
@@ -85,37 +100,54 @@ bool readSet(std::uint32_t item, std::string_view part, Span data, SwJsonObject&
 template <std::uint32_t Item>
 bool readPlainSet(Span data, SwJsonObject& keys)
 {
-    return readSet(Item, "", data, keys, [](KlvItem const&) { return true; });
+    return readSet(Item, "", data, Coding::Imapb, keys, [](KlvItem const&) { return true; });
 }
 
-bool readTargetLocation(Span data, SwJsonObject& keys)
+/// Version 4 of ST 0903 brought Imapb. Of a set that does not tell its version, no such value can be trusted.
+Coding codingOfTargets(Span set)
+{
+    constexpr std::uint32_t kVersion = 4;
+    constexpr std::uint8_t kFirstImapb = 4;
+    Coding coding = Coding::Unknown;
+    KlvItemReader items({KlvKind::Foreign, set, 0});
+    while (auto const item = items.next()) {
+        if (item->tag == kVersion && !item->data.empty()) {
+            coding = item->data.back() < kFirstImapb ? Coding::Linear : Coding::Imapb;
+        }
+    }
+    return coding;
+}
+
+bool readTargetLocation(Span data, Coding coding, SwJsonObject& keys)
 {
     PackReader pack(data);
-    addPart(keys, "vmti_target_lat_deg", pack.bytes(4));
-    addPart(keys, "vmti_target_lon_deg", pack.bytes(4));
-    addPart(keys, "vmti_target_hae_m", pack.bytes(2));
+    addPart(keys, "vmti_target_lat_deg", pack.bytes(4), coding);
+    addPart(keys, "vmti_target_lon_deg", pack.bytes(4), coding);
+    addPart(keys, "vmti_target_hae_m", pack.bytes(2), coding);
     return !pack.failed();  // its accuracy may follow
 }
 
-bool readFirstTarget(Span series, SwJsonObject& keys)
+bool readFirstTarget(Span series, Coding coding, SwJsonObject& keys)
 {
     PackReader targets(series);
     Span const first = targets.sized();
-    PackReader target(first);
     if (targets.failed() || first.empty()) {
-        return first.empty() && !targets.failed();
+        return !targets.failed();
     }
+    PackReader target(first);
     keys.insertOrAssign("vmti_target_id", SwJsonValue(target.number()));
-    bool const whole = readSet(tag::kMovingTargets, "first target", target.rest(), keys, [&keys](KlvItem const& item) {
-        return item.tag != kTargetLocation || item.data.empty() || readTargetLocation(item.data, keys);
-    });
+    bool const whole =
+        readSet(tag::kMovingTargets, "first target", target.rest(), coding, keys, [&keys, coding](KlvItem const& item) {
+            return item.tag != kTargetLocation || item.data.empty() || readTargetLocation(item.data, coding, keys);
+        });
     return whole && !target.failed();
 }
 
 bool readMovingTargets(Span data, SwJsonObject& keys)
 {
-    return readSet(tag::kMovingTargets, "", data, keys, [&keys](KlvItem const& item) {
-        return item.tag != kTargetSeries || item.data.empty() || readFirstTarget(item.data, keys);
+    Coding const coding = codingOfTargets(data);
+    return readSet(tag::kMovingTargets, "", data, coding, keys, [&keys, coding](KlvItem const& item) {
+        return item.tag != kTargetSeries || item.data.empty() || readFirstTarget(item.data, coding, keys);
     });
 }
 

@@ -43,6 +43,9 @@ forbid "configuration, conditions and formats need no host" "$host_api|class_loa
 forbid "media and text libraries belong to the reference host" "$media" \
     $(files_of framework host_api stanag_overlay_plugin tests/framework tests/host_api tests/plugin tests/support |
         grep -v '^tests/support/host/')
+forbid "positions become text in the telemetry only" 'GeographicLib/.*' \
+    $(files_of framework host_api stanag_overlay_plugin reference_host tests |
+        grep -v '^reference_host/telemetry/')
 forbid "a folder is never reached by a relative path" '\.\./.*' \
     $(files_of framework host_api stanag_overlay_plugin reference_host tests)
 

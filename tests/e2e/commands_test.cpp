@@ -370,8 +370,9 @@ TEST_F(Commands, SchemaListsTheKeysOfTheInput)
     Result const listed = call({"schema", "@a.ts"});
     EXPECT_EQ(listed.exitCode, 0);
     EXPECT_NE(
-        listed.out.find(R"("default": ["camera_name","frame_index","heading_deg","telemetry_age_s","utc_timestamp_us",)"
-                        R"("video_time_s","yaw_deg"])"),
+        listed.out.find(R"("default": ["camera_name","frame_index","heading_3digits","heading_compass","heading_deg",)"
+                        R"("telemetry_age_s","utc_clock_ms","utc_date","utc_dtg","utc_iso_ms","utc_timestamp_us",)"
+                        R"("video_time_s","video_time_text","yaw_3digits","yaw_compass","yaw_deg"])"),
         std::string::npos);
     SwJsonObject const schema = clip_test::parseLine(listed.out);
     EXPECT_EQ(schema["title"].toString(), "StanagOverlayPlugin configuration");

@@ -55,7 +55,9 @@ protected:
     static void SetUpTestSuite()
     {
         folder_ = new media_test::TempFolder;
-        e2e::writeFile(file("c.json"), R"({"overlay":[{"formatString":"%heading_deg","decimals":0,"textSize":100}]})");
+        e2e::writeFile(
+            file("c.json"),
+            R"({"overlay":[{"formatString":"%heading_deg","decimals":0,"formats":{"course_3digits":{}},"textSize":100}]})");
         e2e::writeFile(file("host.json"),
                        R"({"overlay":[{"formatString":"%heading_deg %telemetry_age_s %video_time_s %frame_index",
                        "decimals":2,"textSize":100}]})");
@@ -412,14 +414,18 @@ TEST_F(Telemetry, OptionsThatCannotBeMeantAreWrongUsage)
 
 TEST_F(Telemetry, SchemaAndCheckTakeItToo)
 {
-    EXPECT_NE(run({"schema", file("plain.ts"), "--telemetry", file("lines.jsonl")})
-                  .out.find(R"("default": ["frame_index","heading_deg","telemetry_age_s","video_time_s"])"),
-              std::string::npos);
+    EXPECT_NE(
+        run({"schema", file("plain.ts"), "--telemetry", file("lines.jsonl")})
+            .out.find(
+                R"("default": ["frame_index","heading_3digits","heading_compass","heading_deg","telemetry_age_s",)"
+                R"("video_time_s","video_time_text"])"),
+        std::string::npos);
     EXPECT_NE(run({"schema", "--telemetry", file("lines.jsonl")}).out.find("\"heading_deg\""), std::string::npos);
     EXPECT_NE(run({"schema", file("plain.ts")}).out.find("\"default\": []"), std::string::npos);
     e2e::writeFile(file("check.json"), R"({"overlay":[{"formatString":"%heading_deg %telemetry_age_s %pitch_deg"}]})");
     EXPECT_EQ(run({"check", file("check.json"), file("plain.ts"), "--telemetry", file("lines.jsonl")}).out,
-              file("check.json") + ": overlay[0].formatString: the input never delivers \"pitch_deg\"\n");
+              file("check.json") + ": no block is drawn on the first pictures; --at chooses another one\n" +
+                  file("check.json") + ": overlay[0].formatString: the input never delivers \"pitch_deg\"\n");
 }
 
 TEST_F(Telemetry, KeysGivesTimesWithTheOffset)
@@ -431,6 +437,75 @@ TEST_F(Telemetry, KeysGivesTimesWithTheOffset)
     EXPECT_EQ(first.rfind(R"({"packet": 0, "pts": 12.0, )", 0), 0U) << first;
     EXPECT_NE(first.find(R"(, "stream": "0x101", "t": 2.0})"), std::string::npos) << first;
     EXPECT_EQ(e2e::linesOf(run({"keys", file("t.klv")}).out).front().find("\"stream\""), std::string::npos);
+}
+
+/// Ten packets of a JSON Lines file: 10 metres per second to the north-east, one packet without a position.
+std::string movingLines()
+{
+    std::string lines;
+    for (int number = 0; number < 10; ++number) {
+        lines += "{\"t\": 0.0" + std::to_string(number) + ", \"velocity_north_mps\": 3.0, \"velocity_east_mps\": 4, " +
+                 (number == 1 ? "\"note\": \"a, \\\"b\\\"\"" : "\"sensor_lat_deg\": 60.39, \"sensor_lon_deg\": 5.32") +
+                 "}\n";
+    }
+    return lines;
+}
+
+TEST_F(Telemetry, DerivedKeysAreThereForThoseWhoNameThem)
+{
+    e2e::writeFile(file("moving.jsonl"), movingLines());
+    e2e::writeFile(file("derived.json"),
+                   R"({"overlay":[{"formatString":"%{sensor_mgrs}|%{sensor_lat_dms}|%{speed_kmh}|%{course_3digits}|)"
+                   R"(%{video_time_text}","decimals":0,"formats":{"course_3digits":{}},"textSize":100}]})");
+    Result const text =
+        run({"text", file("plain.ts"), "-c", file("derived.json"), "--telemetry", file("moving.jsonl")});
+    ASSERT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_NE(text.out.find("32V KN 97230 00510|60\u00B023'24.00\\\"N|18|053|00:00:00.000"), std::string::npos)
+        << text.out.substr(0, 400);
+    EXPECT_NE(text.out.find("|00:00:00.760"), std::string::npos);
+
+    Result const keys = run({"keys", file("moving.jsonl")});
+    EXPECT_EQ(keys.out.find("speed"), std::string::npos) << "only for those who ask";
+    Result const derived = run({"keys", file("moving.jsonl"), "--derived"});
+    EXPECT_EQ(e2e::linesOf(derived.out).at(1),
+              R"({"packet": 1, "pts": 0.01, "checksum": "absent", "payload": {"course_3digits": "053", )"
+              R"("course_compass": "NE", "course_deg": 53.13010235415598, "note": "a, \"b\"", "speed_kmh": 18.0, )"
+              R"("speed_kt": 9.719222462203025, "speed_mps": 5.0, "velocity_east_kmh": 14.4, )"
+              R"("velocity_east_kt": 7.775377969762419, "velocity_east_mps": 4, "velocity_north_kmh": 10.8, )"
+              R"("velocity_north_kt": 5.831533477321814, "velocity_north_mps": 3.0}})");
+
+    Result const schema = run({"schema", file("moving.jsonl")});
+    EXPECT_NE(schema.out.find("\"sensor_mgrs\""), std::string::npos);
+    EXPECT_NE(schema.out.find("\"video_time_text\""), std::string::npos);
+    EXPECT_EQ(schema.out.find("\"heading_compass\""), std::string::npos);
+
+    EXPECT_EQ(run({"check", file("derived.json"), file("moving.jsonl")}).exitCode, 0);
+    e2e::writeFile(file("other.json"), R"({"overlay":[{"formatString":"%heading_compass","textSize":100}]})");
+    Result const check = run({"check", file("other.json"), file("moving.jsonl")});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_NE(check.out.find("overlay[0].formatString: the input never delivers \"heading_compass\": it is made of "
+                             "\"heading_deg\", which is missing\n"),
+              std::string::npos)
+        << check.out;
+}
+
+TEST_F(Telemetry, TableOfKeys)
+{
+    e2e::writeFile(file("moving.jsonl"), movingLines());
+    std::string const head = "packet,pts,checksum,stream,t,note,sensor_lat_deg,sensor_lon_deg,velocity_east_mps,"
+                             "velocity_north_mps\n"
+                             "0,0.0,absent,,,,60.39,5.32,4,3.0\n"
+                             "1,0.01,absent,,,\"a, \"\"b\"\"\",,,4,3.0\n";
+    Result const table = run({"keys", file("moving.jsonl"), "--csv"});
+    EXPECT_EQ(table.exitCode, 0) << table.err;
+    EXPECT_EQ(table.out.substr(0, head.size()), head);
+    EXPECT_EQ(e2e::linesOf(table.out).size(), 11U);
+
+    Result const clip = run({"keys", file("own.ts"), "--csv", "--derived"});
+    e2e::RunOptions piped;
+    piped.inputFile = file("own.ts");
+    EXPECT_EQ(run({"keys", "-", "--csv", "--derived"}, piped).out, clip.out) << "what is read once gives the same";
+    EXPECT_NE(clip.out.find("heading_compass"), std::string::npos);
 }
 
 }  // namespace

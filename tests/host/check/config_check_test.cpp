@@ -278,6 +278,27 @@ TEST(CheckKeys, NamesKeysThatTheInputNeverDelivers)
               "overlay[0].formats: the input never delivers \"headng_deg\"; did you mean \"heading_deg\"?");
 }
 
+TEST(CheckKeys, KnowsKeysThatCanBeMade)
+{
+    SwJsonObject const root =
+        read(R"({"overlay":[{"formatString":"%sensor_mgrs %speed_kt %heading %heading_compas %heading_compass"}]})");
+    auto const sources = [](std::string const& key) {
+        using Keys = std::vector<std::string>;
+        return key == "sensor_mgrs" ? Keys{"sensor_lat_deg", "sensor_lon_deg"}
+               : key == "speed_kt"  ? Keys{"speed_mps"}
+                                    : Keys{};
+    };
+    check::Derivable const derivable{{"heading_3digits", "heading_compass"}, sources};
+    EXPECT_EQ(
+        linesOf(check::checkKeys(root, {"heading_deg"}, derivable)),
+        "overlay[0].formatString: the input never delivers \"sensor_mgrs\": it is made of \"sensor_lat_deg\" and "
+        "\"sensor_lon_deg\", which are missing\n"
+        "overlay[0].formatString: the input never delivers \"speed_kt\": it is made of \"speed_mps\", which is "
+        "missing\n"
+        "overlay[0].formatString: the input never delivers \"heading\"; did you mean \"heading_deg\"?\n"
+        "overlay[0].formatString: the input never delivers \"heading_compas\"; did you mean \"heading_compass\"?");
+}
+
 struct TemplateRow {
     char const* name;
     char const* text;

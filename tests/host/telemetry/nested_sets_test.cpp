@@ -37,12 +37,22 @@ TEST(NestedSets, WorkedBytes)
         {"series of nothing", 74, "05 01 02 65 00", "vmti_target_count=2"},
         {"target of nothing", 74, "65 01 00", ""},
         {"target that is only a number", 74, "65 02 01 07", "vmti_target_id=7"},
-        {"target with an offset", 74, "65 0B 0A 89 52 0A 03 3A 66 67 04 01 01",
-         "vmti_target_id=1234 vmti_target_lat_offset_deg=10d vmti_target_priority=1"},
-        {"target with its position", 74, "65 0E 0D 01 11 0A 40 00 00 00 2D 00 00 00 03 84",
-         "vmti_target_hae_m=0d vmti_target_id=1 vmti_target_lat_deg=38d vmti_target_lon_deg=0d"},
-        {"position with its accuracy", 74, "65 11 10 01 11 0D 40 00 00 00 2D 00 00 00 03 84 00 00 00",
-         "vmti_target_hae_m=0d vmti_target_id=1 vmti_target_lat_deg=38d vmti_target_lon_deg=0d"},
+        {"target with an offset", 74, "04 01 05 65 0B 0A 89 52 0A 03 3A 66 67 04 01 01",
+         "vmti_target_id=1234 vmti_target_lat_offset_deg=10d vmti_target_priority=1 vmti_version=5"},
+        {"target with its position", 74, "04 01 04 65 0E 0D 01 11 0A 40 00 00 00 2D 00 00 00 03 84",
+         "vmti_target_hae_m=0d vmti_target_id=1 vmti_target_lat_deg=38d vmti_target_lon_deg=0d vmti_version=4"},
+        {"position with its accuracy", 74, "04 01 04 65 11 10 01 11 0D 40 00 00 00 2D 00 00 00 03 84 00 00 00",
+         "vmti_target_hae_m=0d vmti_target_id=1 vmti_target_lat_deg=38d vmti_target_lon_deg=0d vmti_version=4"},
+        {"position before its version", 74, "65 0E 0D 01 11 0A 40 00 00 00 2D 00 00 00 03 84 04 01 04",
+         "vmti_target_hae_m=0d vmti_target_id=1 vmti_target_lat_deg=38d vmti_target_lon_deg=0d vmti_version=4"},
+        {"position of an old version", 74, "04 01 03 65 0E 0D 01 11 0A FF FF FF FF 00 00 00 00 FF FF",
+         "vmti_target_hae_m=19000d vmti_target_id=1 vmti_target_lat_deg=90d vmti_target_lon_deg=-180d vmti_version=3"},
+        {"short offsets of an old version", 74, "04 01 03 65 0B 0A 01 0A 03 7F FF FF 0B 02 00 00",
+         "vmti_target_id=1 vmti_target_lat_offset_deg=19.199999999999999d vmti_target_lon_offset_deg=0d "
+         "vmti_version=3"},
+        {"field of view of an old version", 74, "04 01 03 0B 02 FF FF", "vmti_hfov_deg=180d vmti_version=3"},
+        {"position of who knows which version", 74, "65 0E 0D 01 11 0A 40 00 00 00 2D 00 00 00 03 84",
+         "vmti_target_id=1"},
         {"target with a cut item", 74, "65 06 02 07 00 02 08 00", "damaged "},
         {"second target unread", 74, "65 08 04 07 04 01 02 02 08 00", "vmti_target_id=7 vmti_target_priority=2"},
         {"target past the series", 74, "65 02 05 07", "damaged "},
@@ -123,7 +133,8 @@ TEST(NestedSets, DamagedOnesAreCountedAndThePacketIsUsed)
 TEST(NestedSets, FirstTargetFromTheFrameCenter)
 {
     // 10 degrees north, and east over 180 degrees.
-    Bytes const items = fromHex("17 04 00000000 18 04 7FFFFFFF 4A 0E 65 0C 0B 01 0A 03 3A 66 67 0B 03 3A 66 67");
+    Bytes const items =
+        fromHex("17 04 00000000 18 04 7FFFFFFF 4A 11 04 01 05 65 0C 0B 01 0A 03 3A 66 67 0B 03 3A 66 67");
     KlvDecoder decoder;
     SwJsonObject const payload = decoder.decode(packetOf(items), std::nullopt).at(0).payload;
     EXPECT_EQ(payload["vmti_target_lat_deg"].toDouble(), 10.0);
@@ -145,7 +156,7 @@ TEST(SecondKeys, AreMadeForThoseWhoNameOnlyThem)
     Bytes const items = fromHex(
         "17 04 F101A229 18 04 14BC082B 1A 02 1750 1B 02 063F 22 01 01 2F 01 31 3F 01 01 4D 01 01 7C 01 03 7D 01 01 "
         "7E 01 01 1C 02 1750 1D 02 063F 1E 02 1750 1F 02 063F 20 02 1750 21 02 063F "
-        "4A 0E 65 0C 0B 01 0A 03 3A 66 67 0B 03 3A 66 67");
+        "4A 11 04 01 05 65 0C 0B 01 0A 03 3A 66 67 0B 03 3A 66 67");
     for (SecondKey const& second : secondKeys()) {
         SCOPED_TRACE(second.key);
         KlvDecoder all;

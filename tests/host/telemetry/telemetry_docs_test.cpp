@@ -1,5 +1,6 @@
 // Holds the key tables and the options of docs/telemetry.md to the code.
 #include "clip/host_keys.h"
+#include "telemetry/derived_keys.h"
 #include "telemetry/nested_sets.h"
 #include "telemetry/second_keys.h"
 #include "telemetry/security_set.h"
@@ -136,6 +137,17 @@ TEST(TelemetryDocs, SecondKeysAreThoseOfTheCode)
     }
 }
 
+TEST(TelemetryDocs, DerivedTableIsTheTableOfTheCode)
+{
+    std::string table = "| key | made of | what it is |\n| --- | --- | --- |\n";
+    for (DerivedRow const& row : derivedTable()) {
+        table += "| `" + std::string(row.key) + "` | `" + std::string(row.sources) + "` | " + std::string(row.meaning) +
+                 " |\n";
+    }
+    EXPECT_NE(page().find("\n\n" + table + "\n"), std::string::npos) << "docs/telemetry.md should hold this table:\n"
+                                                                     << table;
+}
+
 TEST(TelemetryDocs, HostKeysAreThoseOfTheCode)
 {
     std::string const text = page();
@@ -159,8 +171,8 @@ TEST(TelemetryDocs, HostKeysAreThoseOfTheCode)
 TEST(TelemetryDocs, NameEveryOptionOfTelemetry)
 {
     std::string const text = page();
-    for (char const* const option :
-         {"--telemetry FILE", "--telemetry-offset SECONDS", "--max-age SECONDS", "--klv STREAM"}) {
+    for (char const* const option : {"--telemetry FILE", "--telemetry-offset SECONDS", "--max-age SECONDS",
+                                     "--klv STREAM", "--derived", "--csv"}) {
         EXPECT_NE(text.find("`" + std::string(option) + "`"), std::string::npos) << option;
     }
 }

@@ -291,6 +291,26 @@ TEST_F(Recorded, NestedItemsOfTheSyntheticClip)
     EXPECT_FALSE(later.contains("weapons"));
 }
 
+/// Targets of an old version of their standard, which lie around the center of the picture.
+TEST_F(Recorded, MovingTargetsOfAnOldVersion)
+{
+    std::size_t targets = 0;
+    std::size_t positions = 0;
+    for (Packet const& packet : decodeClip("osh_sim_640x480_h264_klv06.ts").packets) {
+        SwJsonObject const& keys = packet.payload;
+        targets += keys.contains("vmti_target_id") ? 1U : 0U;
+        if (keys.contains("vmti_target_lat_deg")) {
+            ++positions;
+            EXPECT_EQ(keys["vmti_version"].toInt(), 3);
+            EXPECT_NEAR(keys["vmti_target_lat_deg"].toDouble(), keys["frame_center_lat_deg"].toDouble(), 0.01);
+            EXPECT_NEAR(keys["vmti_target_lon_deg"].toDouble(), keys["frame_center_lon_deg"].toDouble(), 0.01);
+            EXPECT_NEAR(keys["vmti_target_hae_m"].toDouble(), 173.7, 1.0);
+        }
+    }
+    EXPECT_EQ(targets, 17U);
+    EXPECT_GE(positions, 1U) << "most packets do not tell the version";
+}
+
 TEST_F(Recorded, SecuritySets)
 {
     struct Row {
