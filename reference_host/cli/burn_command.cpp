@@ -53,6 +53,16 @@ void finish(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWri
     }
 }
 
+/// What goes beside the output must not replace an input either.
+void refuseSidecars(BurnOptions const& options, media::Demuxer const& demuxer)
+{
+    std::size_t const most = options.sidecar ? demuxer.streamsOf(media::StreamKind::Klv).size() : 0;
+    for (std::size_t number = 0; number < most; ++number) {
+        refuseToReplace(clip::sidecarPath(options.output, number), options.input, options.config,
+                        options.telemetry.file);
+    }
+}
+
 }  // namespace
 
 void runBurn(BurnOptions const& options)
@@ -62,7 +72,8 @@ void runBurn(BurnOptions const& options)
     ConfigFile const config = readConfig(options.config);
     auto const clip = clip::openRange(
         {options.input, options.telemetry, config.text, {options.encoding.threads}, options.look}, options.range);
-    clip::ClipWriter writer(options.output, options.encoding, *clip);
+    clip::ClipWriter writer(options.output, options.encoding, *clip, {options.sidecar, options.range.to});
+    refuseSidecars(options, clip->demuxer());
     clip->setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
     media::FramePlace const last = burnPictures(options, *clip, writer);
     if (!clip->demuxer().isLive()) {

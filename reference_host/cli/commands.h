@@ -21,6 +21,7 @@ struct BurnOptions {
     clip::ClipRange range;
     frame::Look look;
     media::EncoderChoice encoding;
+    bool sidecar = false;  ///< telemetry that the output cannot carry goes into a file beside it
     bool noProgress = false;
     bool live = false;
     double telemetryWaitMs = 100.0;  ///< how long a live picture waits for its telemetry

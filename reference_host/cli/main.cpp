@@ -232,6 +232,8 @@ void addBurn(CLI::App& app, Action& action)
     addTelemetry(*command, options->telemetry);
     addLook(*command, options->look);
     addEncoding(*command, options->encoding, *bitRate);
+    command->add_flag("--sidecar", options->sidecar,
+                      "write telemetry that OUTPUT cannot carry to a .klv file beside it");
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     auto const range = addRange(*command);
     addLive(*command, *options);

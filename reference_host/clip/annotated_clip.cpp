@@ -40,6 +40,7 @@ std::optional<ClipFrame> AnnotatedClip::next()
         return std::nullopt;
     }
     AVFrame const& decoded = *unit->frame;
+    captions_ = captions_ || av_frame_get_side_data(&decoded, AV_FRAME_DATA_A53_CC) != nullptr;
     media::Orientation const orientation = orientationOf_(decoded);
     media::PictureTraits const shown = media::upright(media::traitsOf(decoded), orientation);
     if (!begin_) {

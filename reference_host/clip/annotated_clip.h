@@ -70,7 +70,9 @@ public:
     /// Ticks of timeBase() from the clip's first frame to the first one that next() has given.
     std::int64_t passedTicks() const { return begin_->ticks - first_->ticks; }
     /// The place of the first frame that next() has given.
-    std::int64_t beginTicks() const { return begin_->ticks; }
+    media::FramePlace const& begin() const { return *begin_; }
+    /// Whether pictures carry captions, which nobody draws.
+    bool hasCaptions() const { return captions_; }
     /// Lets the plugin draw on the frame's picture, and gives it.
     std::shared_ptr<zelvo::ZelvoPicture> annotate(ClipFrame const& frame);
 
@@ -114,6 +116,7 @@ private:
     std::optional<media::FramePlace> begin_;
     std::shared_ptr<zelvo::ZelvoPicture> stored_;  ///< one that is still to be turned upright
     std::string sizeChange_;
+    bool captions_ = false;
     bool slanting_ = false;  ///< pictures are to be shown turned by other than right angles
 };
 

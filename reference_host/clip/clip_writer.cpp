@@ -1,31 +1,43 @@
 // From annotated pictures and packets to a finished file; last step of burn.
 #include "clip/clip_writer.h"
 
+#include "clip/stream_choice.h"
+
 #include "imaging/imaging_access.h"
 #include "sw_number_text.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
 
 #include <cmath>
 #include <utility>
 
 namespace clip {
 
-ClipWriter::ClipWriter(std::string output, media::EncoderChoice choice, AnnotatedClip const& clip)
+ClipWriter::ClipWriter(std::string output, media::EncoderChoice choice, AnnotatedClip const& clip, OutputParts parts)
     : output_(std::move(output))
     , choice_(std::move(choice))
     , clip_(clip)
+    , parts_(parts)
     , muxer_(output_)
 {
 }
 
 void ClipWriter::addSide(media::SideUnit& unit)
 {
-    if (begun_ && outputs_.find(unit.stream) == outputs_.end()) {
+    if (begun_ && !goesOut_(unit.stream)) {
         return;
     }
     side_.emplace(unit.seconds, std::move(unit));
     if (side_.size() > kMaxWaiting) {
         side_.erase(side_.begin());
     }
+}
+
+bool ClipWriter::goesOut_(int stream) const
+{
+    return streams_.copied.count(stream) != 0 || streams_.sidecars.count(stream) != 0;
 }
 
 void ClipWriter::addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::ZelvoPicture> const& picture)
@@ -58,6 +70,9 @@ void ClipWriter::end_(SideUnits::iterator sideEnd, std::function<void()> const& 
     writeSideUpTo_(sideEnd);
     finishRemarks_();
     muxer_.finish(lastLook);
+    for (auto& [stream, sidecar] : streams_.sidecars) {
+        sidecar->finish();
+    }
 }
 
 void ClipWriter::begin_()
@@ -76,35 +91,52 @@ void ClipWriter::begin_()
                            ", as the encoder takes even sizes only");
     }
     videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
-    addSideStreams_();
-    for (int const pid : muxer_.keepIdentity(clip_.demuxer(), outputs_)) {
-        remarks_.push_back(output_ + ": a stream gets another PID than its " + std::to_string(pid) +
-                           ", which belongs to tables");
-    }
+    muxer_.describeLight(videoStream_, traits);
+    noteLosses_();
+    streams_ = addOutputStreams(clip_.demuxer(), muxer_, output_, parts_.sidecar);
+    remarks_.insert(remarks_.end(), streams_.remarks.begin(), streams_.remarks.end());
+    keepIdentity_();
     muxer_.begin();
     begun_ = true;
 }
 
-void ClipWriter::addSideStreams_()
+void ClipWriter::noteLosses_()
 {
-    media::Demuxer const& demuxer = clip_.demuxer();
-    std::string const container = muxer_.container().name;
-    for (int const stream : demuxer.streamsOf(media::StreamKind::Klv)) {
-        if (auto const output = muxer_.addKlv()) {
-            outputs_[stream] = *output;
-        } else {
-            remarks_.push_back(output_ + ": " + container +
-                               " cannot carry KLV; the telemetry stream is left out (.ts carries it)");
+    media::PictureTraits const& traits = clip_.traits();
+    std::string const loss = media::lossInNv12(traits.stored);
+    if (!loss.empty()) {
+        remarks_.push_back(output_ + ": pictures of " + av_get_pix_fmt_name(traits.stored) + " (" + loss +
+                           ") are stored with 8 bits, chroma 4:2:0");
+    }
+    if (traits.hasTimecode) {
+        remarks_.push_back(output_ + ": the time code within the pictures is left out");
+    }
+}
+
+/// Tags, chapters and time code, and in a transport stream numbers and names.
+void ClipWriter::keepIdentity_()
+{
+    for (auto const& [seconds, unit] : side_) {
+        if (std::optional<std::uint8_t> const id = media::unitIdOf(*unit.packet)) {
+            unitIds_.emplace(unit.stream, *id);
         }
     }
-    for (int const stream : demuxer.streamsOf(media::StreamKind::Audio)) {
-        if (auto const output = muxer_.addCopy(demuxer.stream(stream))) {
-            outputs_[stream] = *output;
-        } else {
-            remarks_.push_back(output_ + ": " + container + " cannot carry " +
-                               avcodec_get_name(demuxer.stream(stream).codecpar->codec_id) +
-                               "; the sound is left out (.mkv carries it)");
-        }
+    for (int const pid : muxer_.keepIdentity(clip_.demuxer(), streams_.copied, unitIds_)) {
+        remarks_.push_back(output_ + ": a stream gets another PID than its " + pidText(pid) +
+                           ", which belongs to tables");
+    }
+    media::KeptPart part;
+    part.zeroSeconds = media::secondsOf(zeroTicks_(), clip_.timeBase());
+    part.beginSeconds = clip_.begin().seconds;
+    part.framesBefore = static_cast<std::int64_t>(clip_.begin().number);
+    if (parts_.endSeconds) {
+        part.endSeconds =
+            part.beginSeconds - media::secondsOf(clip_.passedTicks(), clip_.timeBase()) + *parts_.endSeconds;
+    }
+    std::map<int, int> all = streams_.copied;
+    all[clip_.demuxer().video()->index] = videoStream_;
+    for (std::string const& line : muxer_.keepTags(clip_.demuxer(), all, part)) {
+        remarks_.push_back(output_ + ": " + line);
     }
 }
 
@@ -112,14 +144,14 @@ void ClipWriter::addSideStreams_()
 /// begins at the time at which the whole clip begins; everything else begins with its first picture.
 std::int64_t ClipWriter::zeroTicks_() const
 {
-    return muxer_.isTransportStream() ? clip_.passedTicks() : clip_.beginTicks();
+    return muxer_.isTransportStream() ? clip_.passedTicks() : clip_.begin().ticks;
 }
 
 /// Pictures that are sent before they are shown would then be sent before time 0.
 bool ClipWriter::beginsNearZero_() const
 {
     constexpr double kMostReordered = 5.0;
-    double const first = media::secondsOf(clip_.beginTicks() - zeroTicks_(), clip_.timeBase());
+    double const first = media::secondsOf(clip_.begin().ticks - zeroTicks_(), clip_.timeBase());
     return first < kMostReordered / av_q2d(clip_.demuxer().frameRate());
 }
 
@@ -134,8 +166,12 @@ void ClipWriter::writeSideUpTo_(SideUnits::iterator end)
 
 void ClipWriter::writeSide_(media::SideUnit& unit, double zeroSeconds)
 {
-    auto const output = outputs_.find(unit.stream);
-    if (output == outputs_.end()) {
+    auto const sidecar = streams_.sidecars.find(unit.stream);
+    if (sidecar != streams_.sidecars.end()) {
+        sidecar->second->add({unit.packet->data, static_cast<std::size_t>(unit.packet->size)});
+    }
+    auto const output = streams_.copied.find(unit.stream);
+    if (output == streams_.copied.end()) {
         return;
     }
     // Times on the clip's one axis: those of joined clips rise where the originals start anew.
@@ -149,6 +185,9 @@ void ClipWriter::writeSide_(media::SideUnit& unit, double zeroSeconds)
         unit.packet->pts = 0;  // lasts beyond it, or carries no time but only its place in the stream
     }
     unit.packet->dts = unit.packet->pts;
+    if (unitIds_.count(unit.stream) != 0 && unit.kind != media::StreamKind::Audio) {
+        media::setTimed(*unit.packet, unit.streamSeconds.has_value());
+    }
     muxer_.write(*unit.packet, output->second, timeBase);
 }
 
@@ -164,6 +203,9 @@ void ClipWriter::finishRemarks_()
     if (soundBeforeZero_ > 0.0) {
         remarks_.push_back(output_ + ": " + sw_text::secondsText(soundBeforeZero_) +
                            " of sound before the first picture are left out (.mp4 carries them)");
+    }
+    if (clip_.hasCaptions()) {
+        remarks_.push_back(output_ + ": the captions within the pictures are left out");
     }
 }
 

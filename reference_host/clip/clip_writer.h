@@ -2,6 +2,7 @@
 #pragma once
 
 #include "clip/annotated_clip.h"
+#include "clip/output_streams.h"
 #include "media/encoder.h"
 #include "media/muxer.h"
 
@@ -9,20 +10,27 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace clip {
+
+/// What of the clip the output holds.
+struct OutputParts {
+    bool sidecar = false;                ///< telemetry that the container does not take goes into a file beside it
+    std::optional<double> endSeconds{};  ///< after the clip's first frame; empty: the clip's end
+};
 
 class ClipWriter {
 public:
     /// Creates the output; nothing is under its name before finish(). `clip`, which must outlive the writer, gives
     /// the streams and the pictures' traits. Throws std::runtime_error with one line, here and below, and
     /// media::UnknownChoice when a choice does not exist.
-    ClipWriter(std::string output, media::EncoderChoice choice, AnnotatedClip const& clip);
+    ClipWriter(std::string output, media::EncoderChoice choice, AnnotatedClip const& clip, OutputParts parts = {});
 
-    /// A packet of telemetry or sound: it is written with the picture that is shown at its time. The packet's owner
-    /// is the writer from now on.
+    /// A packet of what goes beside the pictures: it is written with the picture that is shown at its time. The
+    /// packet's owner is the writer from now on.
     void addSide(media::SideUnit& unit);
     /// The next picture, which must stay as it is from now on; the first one opens the encoder.
     void addPicture(ClipFrame const& frame, std::shared_ptr<zelvo::ZelvoPicture> const& picture);
@@ -41,7 +49,9 @@ private:
     static constexpr std::size_t kMaxWaiting = 65536;
 
     void begin_();
-    void addSideStreams_();
+    bool goesOut_(int stream) const;
+    void noteLosses_();
+    void keepIdentity_();
     using SideUnits = std::multimap<double, media::SideUnit>;
     void writeSideUpTo_(SideUnits::iterator end);
     void end_(SideUnits::iterator sideEnd, std::function<void()> const& lastLook);
@@ -55,12 +65,14 @@ private:
     std::string output_;
     media::EncoderChoice choice_;
     AnnotatedClip const& clip_;
+    OutputParts parts_;
     media::Muxer muxer_;
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
-    std::map<int, int> outputs_;    ///< output stream by input stream
-    SideUnits side_;                ///< by time, waiting for their picture
-    double soundBeforeZero_ = 0.0;  ///< seconds that the container could not take
+    OutputStreams streams_;
+    std::map<int, std::uint8_t> unitIds_;  ///< stream ids of units in a transport stream, by input stream
+    SideUnits side_;                       ///< by time, waiting for their picture
+    double soundBeforeZero_ = 0.0;         ///< seconds that the container could not take
     std::vector<std::string> remarks_;
     bool begun_ = false;
 };

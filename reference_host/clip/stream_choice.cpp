@@ -51,11 +51,16 @@ std::string nameAndNumber(AVStream const& stream)
 
 }  // namespace
 
-std::string streamName(AVStream const& stream)
+std::string pidText(int pid)
 {
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(stream.id));
-    return stream.id != 0 ? text.data() : std::to_string(stream.index);
+    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(pid));
+    return text.data();
+}
+
+std::string streamName(AVStream const& stream)
+{
+    return stream.id != 0 ? pidText(stream.id) : std::to_string(stream.index);
 }
 
 StreamChoice::StreamChoice(std::string text) : text_(std::move(text))
@@ -87,7 +92,7 @@ void StreamChoice::requireIn(media::Demuxer const& demuxer) const
         return;
     }
     // A stream that nothing announces as telemetry is recognised by its first packet only.
-    for (media::StreamKind const kind : {media::StreamKind::Klv, media::StreamKind::Other}) {
+    for (media::StreamKind const kind : {media::StreamKind::Klv, media::StreamKind::Data}) {
         for (int const index : demuxer.streamsOf(kind)) {
             AVStream const& stream = demuxer.stream(index);
             AVMediaType const type = stream.codecpar->codec_type;

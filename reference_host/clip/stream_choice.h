@@ -8,6 +8,9 @@
 
 namespace clip {
 
+/// As other tools write a PID: "0x1f1".
+std::string pidText(int pid);
+
 /// The name by which other tools call the stream: its PID as in "0x1f1", its number in a container without such.
 std::string streamName(AVStream const& stream);
 

@@ -28,6 +28,12 @@ constexpr char const* kLiveProbeBytes = "65536";
 /// Time of the stream that may be looked at for what the program table does not tell.
 constexpr std::int64_t kLiveStudyTicks = AV_TIME_BASE;
 
+/// What FFmpeg gives out as chapters, or as the tag of a time code, once more.
+bool isHelper(AVStream const& stream)
+{
+    return stream.discard == AVDISCARD_ALL || stream.codecpar->codec_tag == MKTAG('t', 'm', 'c', 'd');
+}
+
 std::string cureFor(std::string const& url, int code)
 {
     if (url.find("://") != std::string::npos) {
@@ -219,7 +225,7 @@ bool Demuxer::read(AVPacket& packet)
 
 void Demuxer::sniffKlv_(AVPacket const& packet)
 {
-    if (kindOf(packet.stream_index) != StreamKind::Other || packet.data == nullptr) {
+    if (kindOf(packet.stream_index) != StreamKind::Data || packet.data == nullptr) {
         return;
     }
     AVCodecParameters const& codec = *stream(packet.stream_index).codecpar;
@@ -244,7 +250,18 @@ StreamKind Demuxer::kindOf(int streamIndex) const
         std::find(sniffedKlv_.begin(), sniffedKlv_.end(), streamIndex) != sniffedKlv_.end()) {
         return StreamKind::Klv;
     }
-    return codec.codec_type == AVMEDIA_TYPE_AUDIO ? StreamKind::Audio : StreamKind::Other;
+    switch (codec.codec_type) {
+    case AVMEDIA_TYPE_VIDEO:
+        return StreamKind::Picture;
+    case AVMEDIA_TYPE_AUDIO:
+        return StreamKind::Audio;
+    case AVMEDIA_TYPE_SUBTITLE:
+        return StreamKind::Subtitle;
+    case AVMEDIA_TYPE_ATTACHMENT:
+        return StreamKind::Attachment;
+    default:
+        return isHelper(stream(streamIndex)) ? StreamKind::Other : StreamKind::Data;
+    }
 }
 
 AVStream const* Demuxer::video() const

@@ -21,8 +21,19 @@ enum class StreamKind {
     Video,  ///< the one video stream that is shown
     Klv,    ///< telemetry
     Audio,
-    Other,  ///< everything else, further video streams included
+    Subtitle,
+    Data,        ///< private data that is no telemetry
+    Attachment,  ///< a file within the clip, such as a font; it has no packets
+    Picture,     ///< further video streams and cover pictures
+    Other,       ///< tracks that only serve others: chapter texts, time code
 };
+
+/// Whether packets of this kind go beside the pictures.
+constexpr bool goesBeside(StreamKind kind)
+{
+    return kind == StreamKind::Klv || kind == StreamKind::Audio || kind == StreamKind::Subtitle ||
+           kind == StreamKind::Data;
+}
 
 /// Whether the first four bytes of a universal key, the same for all KLV standards (SMPTE ST 336), stand among these.
 bool holdsKlvKey(std::span<std::uint8_t const> bytes);

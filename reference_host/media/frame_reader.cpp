@@ -172,7 +172,7 @@ void FrameReader::readPacket_()
     StreamKind const kind = demuxer_.kindOf(packet->stream_index);
     if (kind == StreamKind::Video) {
         addVideo_(std::move(packet));
-    } else if (kind != StreamKind::Other) {
+    } else if (goesBeside(kind)) {
         side_.add(sideUnitOf(std::move(packet), demuxer_));
     }
 }

@@ -5,6 +5,8 @@
 #include "media/interrupt.h"
 #include "media/stream_identity.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -12,6 +14,12 @@
 
 namespace media {
 namespace {
+
+/// What transport streams have a stream type or a registration for.
+constexpr std::array<AVCodecID, 13> kInTransportStreams = {
+    AV_CODEC_ID_MP2,  AV_CODEC_ID_MP3,          AV_CODEC_ID_AAC,         AV_CODEC_ID_AAC_LATM, AV_CODEC_ID_AC3,
+    AV_CODEC_ID_EAC3, AV_CODEC_ID_DTS,          AV_CODEC_ID_OPUS,        AV_CODEC_ID_TRUEHD,   AV_CODEC_ID_S302M,
+    AV_CODEC_ID_MP1,  AV_CODEC_ID_DVB_SUBTITLE, AV_CODEC_ID_DVB_TELETEXT};
 
 std::string urlOf(OutputFile const& file)
 {
@@ -112,31 +120,72 @@ std::optional<int> Muxer::addKlv()
     return stream.index;
 }
 
-std::optional<int> Muxer::addCopy(AVStream const& source)
+bool Muxer::takes_(AVStream const& source, bool fromTransportStream) const
 {
     AVCodecID const codec = source.codecpar->codec_id;
-    if (codec == AV_CODEC_ID_NONE || avformat_query_codec(context_->oformat, codec, FF_COMPLIANCE_NORMAL) == 0) {
+    if (isTransportStream() && fromTransportStream) {
+        return codec != AV_CODEC_ID_SCTE_35 && codec != AV_CODEC_ID_EPG;  // stand in tables
+    }
+    if (isTransportStream()) {
+        // The muxer would write anything, as private data that nobody can read.
+        return std::find(kInTransportStreams.begin(), kInTransportStreams.end(), codec) != kInTransportStreams.end();
+    }
+    return codec != AV_CODEC_ID_NONE && avformat_query_codec(context_->oformat, codec, FF_COMPLIANCE_NORMAL) != 0;
+}
+
+std::optional<int> Muxer::addCopy(AVStream const& source, bool fromTransportStream)
+{
+    if (!takes_(source, fromTransportStream)) {
         return std::nullopt;
     }
+    return copyStream_(source);
+}
+
+std::optional<int> Muxer::addAttachment(AVStream const& source)
+{
+    bool const takesFiles = std::strcmp(container().name, "matroska") == 0;
+    return takesFiles ? std::optional(copyStream_(source)) : std::nullopt;
+}
+
+int Muxer::copyStream_(AVStream const& source)
+{
     AVStream& stream = newStream_();
     check_(avcodec_parameters_copy(stream.codecpar, source.codecpar));
     stream.codecpar->codec_tag = 0;  // the container's own tag
+    if (stream.codecpar->codec_type == AVMEDIA_TYPE_UNKNOWN) {
+        stream.codecpar->codec_type = AVMEDIA_TYPE_DATA;
+        stream.codecpar->codec_id = AV_CODEC_ID_BIN_DATA;
+    }
     stream.time_base = source.time_base;
     return stream.index;
 }
 
-std::vector<int> Muxer::keepIdentity(Demuxer const& source, std::map<int, int> const& streams)
+std::vector<int> Muxer::keepIdentity(Demuxer const& source, std::map<int, int> const& streams,
+                                     std::map<int, std::uint8_t> const& unitIds)
 {
     if (!isTransportStream() || !source.isTransportStream()) {
         return {};
     }
-    StreamIdentity identity = takeIdentity(source, *context_, streams);
+    StreamIdentity identity = takeIdentity(source, *context_, streams, unitIds);
     firstMapPid_ = identity.firstMapPid;
     if (output_ && identity.kept.source.association) {
         patch_.emplace(*output_, std::move(identity.kept));
         context_->pb = patch_->context();
     }
     return identity.lostPids;
+}
+
+void Muxer::describeLight(int stream, PictureTraits const& traits)
+{
+    auto const put = [this, stream](AVPacketSideDataType type, std::vector<std::uint8_t> const& bytes) {
+        std::uint8_t* const data =
+            bytes.empty() ? nullptr : av_stream_new_side_data(context_->streams[stream], type, bytes.size());
+        if (data != nullptr) {
+            std::copy(bytes.begin(), bytes.end(), data);
+        }
+    };
+    put(AV_PKT_DATA_MASTERING_DISPLAY_METADATA, traits.masteringDisplay);
+    put(AV_PKT_DATA_CONTENT_LIGHT_LEVEL, traits.contentLight);
 }
 
 void Muxer::begin()
@@ -165,8 +214,10 @@ void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
         packet.dts = packet.pts;
     }
     if (packet.dts != AV_NOPTS_VALUE) {
-        if (lastDecode_[index] && packet.dts <= *lastDecode_[index]) {
-            packet.dts = *lastDecode_[index] + 1;
+        AVMediaType const type = context_->streams[stream]->codecpar->codec_type;
+        std::int64_t const step = type == AVMEDIA_TYPE_DATA || type == AVMEDIA_TYPE_SUBTITLE ? 0 : 1;
+        if (lastDecode_[index]) {
+            packet.dts = std::max(packet.dts, *lastDecode_[index] + step);
         }
         packet.pts = packet.pts == AV_NOPTS_VALUE || packet.pts < packet.dts ? packet.dts : packet.pts;
         lastDecode_[index] = packet.dts;

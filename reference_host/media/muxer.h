@@ -3,8 +3,10 @@
 
 #include "media/demuxer.h"
 #include "media/ffmpeg_types.h"
+#include "media/kept_tags.h"
 #include "media/output_file.h"
 #include "media/patched_output.h"
+#include "media/picture_traits.h"
 
 #include <functional>
 #include <map>
@@ -43,18 +45,31 @@ public:
     int addVideo(AVCodecContext const& encoder, AVRational timeBase);
     /// A telemetry stream; empty when the container does not carry KLV.
     std::optional<int> addKlv();
-    /// A stream whose packets are passed on as they are; empty when the container does not carry it.
-    std::optional<int> addCopy(AVStream const& source);
+    /// A stream whose packets are passed on as they are; empty when the container does not carry it. A transport stream
+    /// carries whatever came from a transport stream in units of its own.
+    std::optional<int> addCopy(AVStream const& source, bool fromTransportStream = false);
+    /// A file within the clip; empty when the container takes none.
+    std::optional<int> addAttachment(AVStream const& source);
+    /// Tells of the picture's light, where the container has a place for it.
+    void describeLight(int stream, PictureTraits const& traits);
 
     /// In a transport stream made from a transport stream, programs and streams keep their numbers, names, types and
     /// descriptors. `streams` gives the output's stream for each copied one of the input; the rest is the input's
-    /// shown video. To be called when all streams were added. Returns the PIDs that could not be kept.
-    std::vector<int> keepIdentity(Demuxer const& source, std::map<int, int> const& streams);
+    /// shown video. `unitIds` gives the ids of units by the input's stream. To be called when all streams were added.
+    /// Returns the PIDs that could not be kept.
+    std::vector<int> keepIdentity(Demuxer const& source, std::map<int, int> const& streams,
+                                  std::map<int, std::uint8_t> const& unitIds);
+
+    /// As media::keepTags; to be called behind keepIdentity().
+    std::vector<std::string> keepTags(Demuxer const& source, std::map<int, int> const& streams, KeptPart const& part)
+    {
+        return media::keepTags(source, *context_, streams, part);
+    }
 
     /// Throws UnknownChoice when the container does not take the streams.
     void begin();
-    /// Takes the packet's contents; its times are in `timeBase`. A decode time that does not rise is moved
-    /// on by one tick, as no container takes it otherwise.
+    /// Takes the packet's contents; its times are in `timeBase`. A decode time of pictures or sound that does not rise
+    /// is moved on by one tick, as no container takes it otherwise; that of other streams may stay the same.
     void write(AVPacket& packet, int stream, AVRational timeBase);
     /// Completes the file and puts it under its name. `lastLook` is called in between; when it throws, nothing is left.
     void finish(std::function<void()> const& lastLook = {});
@@ -68,6 +83,8 @@ private:
     };
 
     AVStream& newStream_();
+    int copyStream_(AVStream const& source);
+    bool takes_(AVStream const& source, bool fromTransportStream) const;
     [[noreturn]] void fail_(int code) const;
     void check_(int code) const;
 

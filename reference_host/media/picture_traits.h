@@ -4,6 +4,10 @@
 #include "media/ffmpeg_types.h"
 #include "media/frame_converter.h"
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 namespace media {
 
 struct PictureTraits {
@@ -17,7 +21,15 @@ struct PictureTraits {
     AVRational sampleAspect{0, 1};  ///< width to height of a pixel; 0 when unknown
     bool interlaced = false;
     bool topFieldFirst = false;
+    AVPixelFormat stored = AV_PIX_FMT_NONE;  ///< before it became NV12
+    bool hasTimecode = false;                ///< within the pictures
+    /// What FFmpeg tells of the screen that the pictures were made on and of their light; empty when unknown.
+    std::vector<std::uint8_t> masteringDisplay;
+    std::vector<std::uint8_t> contentLight;
 };
+
+/// What of a pixel format NV12 cannot hold: "10 bits, chroma 4:2:2"; empty when it holds all.
+std::string lossInNv12(AVPixelFormat format);
 
 /// The traits of a decoded picture once it is NV12: those of RGB pictures name the matrix that they then have.
 PictureTraits traitsOf(AVFrame const& frame);

@@ -41,7 +41,7 @@ void ProgramTablePatch::passPacket_(std::span<std::uint8_t> packet, Bytes& out)
         // An input that does not describe its services has an output that does not.
         for (SectionCollector::Section const& section : services_.add(packet, 0)) {
             static_cast<void>(section);
-            write_(keepServices(kept_.source.services, programs_), view.pid, out);
+            write_(keepServices(kept_.source.services, kept_.programs), view.pid, out);
         }
     } else if (auto const map = maps_.find(view.pid); map != maps_.end()) {
         for (SectionCollector::Section const& section : map->second.add(packet, 0)) {
@@ -66,7 +66,6 @@ Bytes ProgramTablePatch::associationOf_(std::span<std::uint8_t const> section)
     ProgramAssociation const& source = *kept_.source.association;
     association->transportStream = source.transportStream;
     association->version = source.version;
-    programs_ = association->mapPids;
     for (auto& [program, pid] : association->mapPids) {
         auto const known = source.mapPids.find(program);
         maps_.try_emplace(pid);

@@ -14,6 +14,7 @@ namespace media {
 /// What is kept.
 struct KeptTables {
     TransportTables source;
+    std::set<int> programs;               ///< those that the output has
     std::set<int> copiedPids;             ///< streams that stand in the output as they were in the input
     std::map<int, std::uint8_t> unitIds;  ///< by PID: the stream id that each unit gets
 };
@@ -37,7 +38,6 @@ private:
     SectionCollector services_;
     std::map<int, SectionCollector> maps_;  ///< by the muxer's PID
     std::map<int, int> mapPids_;            ///< the input's PID by the muxer's
-    std::map<int, int> programs_;           ///< those of the output
     std::map<int, std::uint8_t> counters_;  ///< continuity counters of tables, by PID
 };
 

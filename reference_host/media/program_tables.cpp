@@ -187,7 +187,7 @@ bool isServices(std::span<std::uint8_t const> section)
     return isSectionOf(section, kServicesTable);
 }
 
-Bytes keepServices(std::span<std::uint8_t const> section, std::map<int, int> const& programs)
+Bytes keepServices(std::span<std::uint8_t const> section, std::set<int> const& programs)
 {
     constexpr std::size_t kFixed = 11;
     constexpr std::size_t kService = 5;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -70,7 +71,7 @@ Bytes writeProgramMap(ProgramMap const& map);
 /// Whether it is a section about this stream's own services.
 bool isServices(std::span<std::uint8_t const> section);
 /// The section about services without those of other programs; empty when none is left or it cannot be read.
-Bytes keepServices(std::span<std::uint8_t const> section, std::map<int, int> const& programs);
+Bytes keepServices(std::span<std::uint8_t const> section, std::set<int> const& programs);
 
 /// The descriptors with these tags, in their order.
 Bytes descriptorsTagged(std::span<std::uint8_t const> descriptors, std::span<std::uint8_t const> tags);

@@ -8,6 +8,7 @@ extern "C" {
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <new>
 #include <utility>
 
 namespace media {
@@ -17,6 +18,24 @@ namespace {
 constexpr std::size_t kMaxWaitingUnits = 4096;
 
 }  // namespace
+
+std::optional<std::uint8_t> unitIdOf(AVPacket const& packet)
+{
+    std::size_t size = 0;
+    std::uint8_t const* const data = av_packet_get_side_data(&packet, AV_PKT_DATA_MPEGTS_STREAM_ID, &size);
+    return size > 0 ? std::optional(*data) : std::nullopt;
+}
+
+void setTimed(AVPacket& packet, bool timed)
+{
+    constexpr std::uint8_t kMetadataUnit = 0xFC;
+    constexpr std::uint8_t kPrivateUnit = 0xBD;
+    std::uint8_t* const data = av_packet_new_side_data(&packet, AV_PKT_DATA_MPEGTS_STREAM_ID, 1);
+    if (data == nullptr) {
+        throw std::bad_alloc();
+    }
+    *data = timed ? kMetadataUnit : kPrivateUnit;
+}
 
 bool isHeard(AVPacket const& packet, AVStream const& stream)
 {

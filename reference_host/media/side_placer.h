@@ -20,6 +20,11 @@ struct SideUnit {
     double seconds = 0.0;                 ///< its place on the clip's time axis
 };
 
+/// The id of the unit (PES packet) in which a transport stream carried the packet; empty elsewhere.
+std::optional<std::uint8_t> unitIdOf(AVPacket const& packet);
+/// FFmpeg's muxer tells by this id whether a unit of data carries a time.
+void setTimed(AVPacket& packet, bool timed);
+
 /// Whether anything of a sound packet is heard: encoders put a run-in before the sound, which players pass over.
 bool isHeard(AVPacket const& packet, AVStream const& stream);
 

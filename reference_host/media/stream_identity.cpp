@@ -95,19 +95,26 @@ void takePrograms(AVFormatContext const& source, AVFormatContext& output, std::m
 
 }  // namespace
 
-StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& copied)
+StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& copied,
+                            std::map<int, std::uint8_t> const& unitIds)
 {
     std::map<int, int> const streams = allStreams(source, output, copied);
     StreamIdentity identity;
     identity.lostPids = takePids(source, output, streams);
     takePrograms(source.input(), output, streams);
     identity.kept.source = source.tables();
+    for (unsigned number = 0; number < output.nb_programs; ++number) {
+        identity.kept.programs.insert(output.programs[number]->id);
+    }
     std::set<int> taken;
     for (auto const& [input, own] : streams) {
         taken.insert(output.streams[own]->id);
     }
     for (auto const& [input, own] : copied) {
         identity.kept.copiedPids.insert(output.streams[own]->id);
+        if (auto const id = unitIds.find(input); id != unitIds.end()) {
+            identity.kept.unitIds[output.streams[own]->id] = id->second;
+        }
     }
     int const maps = std::max(1, static_cast<int>(output.nb_programs));
     int const wanted = source.input().nb_programs > 0 ? source.input().programs[0]->pmt_pid : kFirstPid;

@@ -17,7 +17,9 @@ struct StreamIdentity {
 };
 
 /// Gives the streams of `output` the PIDs of those of `source` and puts them into the same programs. `streams` gives
-/// the output's stream for each copied one of the source; the output's other stream is the shown video.
-StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& streams);
+/// the output's stream for each copied one of the source; the output's other stream is the shown video. `unitIds`
+/// gives the ids of units by the source's stream.
+StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& streams,
+                            std::map<int, std::uint8_t> const& unitIds);
 
 }  // namespace media

@@ -523,14 +523,13 @@ TEST_P(Containers, CarryPicturesSoundAndTelemetryWhereTheyCan)
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, Containers,
-    testing::Values(
-        ContainerRow{"k.ts", 20, ""},
-        ContainerRow{
-            "k.mp4", 0,
-            "stanag-overlay: @k.mp4: mp4 cannot carry KLV; the telemetry stream is left out (.ts carries it)\n"},
-        ContainerRow{
-            "k.mkv", 0,
-            "stanag-overlay: @k.mkv: matroska cannot carry KLV; the telemetry stream is left out (.ts carries it)\n"}),
+    testing::Values(ContainerRow{"k.ts", 20, ""},
+                    ContainerRow{"k.mp4", 0,
+                                 "stanag-overlay: @k.mp4: mp4 cannot carry KLV; the telemetry stream is left out (.ts "
+                                 "carries it, --sidecar writes it to a .klv file)\n"},
+                    ContainerRow{"k.mkv", 0,
+                                 "stanag-overlay: @k.mkv: matroska cannot carry KLV; the telemetry stream is left out "
+                                 "(.ts carries it, --sidecar writes it to a .klv file)\n"}),
     [](auto const& row) { return std::string(row.param.output).substr(2); });
 
 TEST_F(Commands, BurnCopiesTelemetryByteForByteWithItsTimes)

@@ -153,8 +153,8 @@ TEST_F(Writer, WithoutTheClipsEndWritesWhatBelongsToThePictures)
 TEST_F(Writer, SaysWhatTheContainerCannotCarry)
 {
     std::string const output = file("out.mkv");
-    std::string const remark =
-        output + ": matroska cannot carry KLV; the telemetry stream is left out (.ts carries it)";
+    std::string const remark = output + ": matroska cannot carry KLV; the telemetry stream is left out (.ts carries "
+                                        "it, --sidecar writes it to a .klv file)";
     EXPECT_EQ(copy(makeInput(), output, "ffv1"), (std::vector<std::string>{remark, remark}));
     EXPECT_EQ(clip_test::packetsOf(output).klv, 0);
     EXPECT_GT(clip_test::packetsOf(output).sound, 5);

@@ -47,7 +47,7 @@ Bytes sectionOf(Bytes const& packets, int pid)
 
 TEST(ProgramTablePatch, GivesTablesTheInputsIdentity)
 {
-    media::ProgramTablePatch patch({sourceTables(), {0x101}, {}});
+    media::ProgramTablePatch patch({sourceTables(), {1}, {0x101}, {}});
     Bytes const video = packet(0x100, Bytes(100, 1));
     Bytes const out = patch.pass(joined(sectionPacket(transport_test::associationBytes(), 0),
                                         sectionPacket(transport_test::plainMap(), 0x1000), video));
@@ -73,8 +73,8 @@ TEST(ProgramTablePatch, TakesPiecesOfAnyLength)
 {
     Bytes const in = joined(sectionPacket(transport_test::associationBytes(), 0),
                             sectionPacket(transport_test::plainMap(), 0x1000), packet(0x100, Bytes(100, 1)));
-    Bytes const whole = media::ProgramTablePatch({sourceTables(), {0x101}, {}}).pass(in);
-    media::ProgramTablePatch patch({sourceTables(), {0x101}, {}});
+    Bytes const whole = media::ProgramTablePatch({sourceTables(), {1}, {0x101}, {}}).pass(in);
+    media::ProgramTablePatch patch({sourceTables(), {1}, {0x101}, {}});
     Bytes pieces;
     for (std::uint8_t const byte : in) {
         pieces = joined(pieces, patch.pass(Bytes{byte}));
@@ -86,7 +86,7 @@ TEST(ProgramTablePatch, WritesALongMapIntoMorePacketsAndCountsOn)
 {
     media::TransportTables tables = sourceTables();
     tables.maps[1].descriptors = joined(bytes("25 C8"), Bytes(200, 1));
-    media::ProgramTablePatch patch({tables, {0x101}, {}});
+    media::ProgramTablePatch patch({tables, {1}, {0x101}, {}});
     Bytes const in =
         joined(sectionPacket(transport_test::associationBytes(), 0), sectionPacket(transport_test::plainMap(), 0x1000));
     Bytes const once = patch.pass(in);
@@ -103,18 +103,18 @@ TEST(ProgramTablePatch, DescribesServicesAsTheInputDid)
     Bytes service = bytes("42 F0 18 00 01 C1 00 00 FF 01 FF 00 01 FC 80 07 48 05 01 01 50 01 42 00 00 00 00");
     media::setSectionSum(service);
     Bytes const in = joined(sectionPacket(transport_test::associationBytes(), 0), sectionPacket(service, 0x11));
-    EXPECT_EQ(media::ProgramTablePatch({sourceTables(), {}, {}}).pass(in).size(), media::kTransportPacket)
+    EXPECT_EQ(media::ProgramTablePatch({sourceTables(), {1}, {}, {}}).pass(in).size(), media::kTransportPacket)
         << "it did not";
     media::TransportTables tables = sourceTables();
     tables.services = service;
     tables.services[22] = 'X';
     media::setSectionSum(tables.services);
-    EXPECT_EQ(sectionOf(media::ProgramTablePatch({tables, {}, {}}).pass(in), 0x11), tables.services);
+    EXPECT_EQ(sectionOf(media::ProgramTablePatch({tables, {1}, {}, {}}).pass(in), 0x11), tables.services);
 }
 
 TEST(ProgramTablePatch, SetsUnitIds)
 {
-    media::ProgramTablePatch patch({sourceTables(), {}, {{0x101, 0xBD}}});
+    media::ProgramTablePatch patch({sourceTables(), {1}, {}, {{0x101, 0xBD}}});
     Bytes const unit = bytes("00 00 01 FC 00 05 84 80 00 11 22");
     Bytes changed = unit;
     changed[3] = 0xBD;
@@ -127,7 +127,7 @@ TEST(ProgramTablePatch, LeavesTablesThatItCannotReadAsTheyAre)
 {
     Bytes damaged = transport_test::plainMap();
     damaged.back() ^= 1U;
-    media::ProgramTablePatch patch({sourceTables(), {0x101}, {}});
+    media::ProgramTablePatch patch({sourceTables(), {1}, {0x101}, {}});
     Bytes const out =
         patch.pass(joined(sectionPacket(transport_test::associationBytes(), 0), sectionPacket(damaged, 0x1000)));
     EXPECT_EQ(sectionOf(out, 0x30), damaged);

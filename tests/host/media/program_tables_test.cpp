@@ -92,12 +92,12 @@ TEST(KeepServices, LeavesOutThoseOfOtherPrograms)
     section[2] = static_cast<std::uint8_t>(section.size() - 3);
     media::setSectionSum(section);
     ASSERT_TRUE(media::isServices(section));
-    EXPECT_EQ(media::keepServices(section, {{1, 0x1000}, {2, 0x1001}}), section);
+    EXPECT_EQ(media::keepServices(section, {1, 2}), section);
     Bytes one = bytes("42 F0 18 00 01 C1 00 00 FF 01 FF 00 02 FC 80 07 48 05 01 01 50 01 42 00 00 00 00");
     media::setSectionSum(one);
-    EXPECT_EQ(media::keepServices(section, {{2, 0x1000}}), one);
-    EXPECT_TRUE(media::keepServices(section, {{3, 0x1000}}).empty());
-    EXPECT_TRUE(media::keepServices({}, {{1, 0x1000}}).empty());
+    EXPECT_EQ(media::keepServices(section, {2}), one);
+    EXPECT_TRUE(media::keepServices(section, {3}).empty());
+    EXPECT_TRUE(media::keepServices({}, {1}).empty());
 }
 
 TEST(NamesFormat, LooksIntoRegistrationAndMetadata)

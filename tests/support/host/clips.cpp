@@ -14,6 +14,7 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 }
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -35,6 +36,19 @@ void paint(MappedNV12 const& planes, int number)
         std::memset(planes.uv + static_cast<std::ptrdiff_t>(row) * planes.uvStride, 128,
                     static_cast<std::size_t>(chromaBytes));
     }
+}
+
+/// A whole unit in one cell, with the cell's number (ISO/IEC 13818-1, 2.12.4).
+std::vector<std::uint8_t> cellOf(std::vector<std::uint8_t> const& unit, int number)
+{
+    constexpr std::size_t kHeader = 5;
+    std::vector<std::uint8_t> cell(kHeader + unit.size());
+    cell[1] = static_cast<std::uint8_t>(number);
+    cell[2] = 0xDF;
+    cell[3] = static_cast<std::uint8_t>(unit.size() >> 8U);
+    cell[4] = static_cast<std::uint8_t>(unit.size() & 0xFFU);
+    std::copy(unit.begin(), unit.end(), cell.begin() + kHeader);
+    return cell;
 }
 
 /// Silence as MPEG layer 2, which every container of interest carries.
@@ -125,7 +139,11 @@ void makeClip(ClipSpec const& spec)
         for (std::size_t stream = 0; stream < klv.size(); ++stream) {
             SwJsonObject const& payload = spec.klvStreams[stream].at(static_cast<std::size_t>(number));
             if (!payload.empty()) {
-                muxer.write(*media::makePacket(telemetry::encodeKlv(payload), ticks), klv[stream], kClock);
+                auto unit = telemetry::encodeKlv(payload);
+                if (spec.klvCells && stream == 0) {
+                    unit = cellOf(unit, number);
+                }
+                muxer.write(*media::makePacket(unit, ticks), klv[stream], kClock);
             }
         }
         if (spec.paint) {
@@ -203,7 +221,7 @@ StreamCounts packetsOf(std::string const& path)
             case media::StreamKind::Audio:
                 ++counts.sound;
                 break;
-            case media::StreamKind::Other:
+            default:
                 break;
             }
             av_packet_unref(packet.get());

@@ -1,0 +1,37 @@
+// The telemetry of a stream in a file of its own, beside an output that cannot carry it.
+#pragma once
+
+#include "media/output_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace clip {
+
+/// The file for the stream that is the `number`th, from 0, of those that are left out: "out.klv" beside "out.mp4", then
+/// "out.2.klv".
+std::string sidecarPath(std::string const& output, std::size_t number);
+
+/// The KLV of a unit without the headers of the access unit cells around it; all of it when there are none.
+std::vector<std::uint8_t> withoutCells(std::span<std::uint8_t const> unit);
+
+class KlvSidecar {
+public:
+    /// Nothing is under the name before finish(). Throws std::runtime_error with one line, here and below.
+    explicit KlvSidecar(std::string const& path);
+
+    void add(std::span<std::uint8_t const> unit);
+    void finish();
+
+private:
+    void check_() const;
+
+    media::OutputFile file_;
+    std::ofstream stream_;
+};
+
+}  // namespace clip
