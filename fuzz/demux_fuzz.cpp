@@ -1,9 +1,12 @@
 // Any bytes as a transport stream: through demuxer, frame reader and telemetry decoder, as the program
-// takes a clip. Beyond not crashing: pictures are numbered without gaps, every side unit has its place in
-// time, and no packet is used that was not counted.
+// takes a clip, and its tables into an output's. Beyond not crashing: pictures are numbered without gaps, every side
+// unit has its place in time, no packet is used that was not counted, as many bytes reach the demuxer as come in, and
+// whole packets go out.
 #include "media/demuxer.h"
 #include "media/ffmpeg_types.h"
 #include "media/frame_reader.h"
+#include "media/program_table_patch.h"
+#include "media/transport_tap.h"
 #include "telemetry/telemetry.h"
 
 #include <algorithm>
@@ -61,6 +64,30 @@ private:
     std::uint64_t used_ = 0;
 };
 
+void passTables(std::span<std::uint8_t const> clip)
+{
+    media::TransportTap tap;
+    media::Bytes some(1000);
+    media::Bytes shown;
+    auto const take = [&] {
+        while (std::size_t const got = tap.take(some)) {
+            shown.insert(shown.end(), some.begin(), some.begin() + static_cast<std::ptrdiff_t>(got));
+        }
+    };
+    constexpr std::size_t kPiece = 1316;
+    for (std::size_t at = 0; at < clip.size(); at += kPiece) {
+        tap.push(clip.subspan(at, std::min(kPiece, clip.size() - at)));
+        take();
+    }
+    tap.end();
+    take();
+    require(shown.size() == clip.size());
+    if (tap.tables().association) {
+        media::ProgramTablePatch patch({tap.tables(), {1}, {0x101}, {}});
+        require(patch.pass(shown).size() % media::kTransportPacket == 0);
+    }
+}
+
 void readClip(std::uint8_t const* data, std::size_t size)
 {
     std::size_t place = 0;
@@ -92,6 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     // One thread decodes: handing pictures to others and back takes longer than these few pictures do.
     static bool const prepared = (media::quietLibraries(), av_cpu_force_count(1), true);
     require(prepared);
+    passTables({data, size});
     try {
         readClip(data, size);
     } catch (std::runtime_error const&) {

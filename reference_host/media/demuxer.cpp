@@ -113,7 +113,7 @@ struct Demuxer::Tap {
     {
         Tap& tap = *static_cast<Tap*>(context->opaque);
         int const result = tap.open(context, opened, url, flags, options);
-        if (result >= 0 && opened == &context->pb) {
+        if (result >= 0 && opened == &context->pb && !tap.input) {
             tap.file.reset(*opened);
             tap.input.emplace(*tap.file);
             *opened = tap.input->context();

@@ -5,6 +5,7 @@ extern "C" {
 #include <libavutil/mem.h>
 }
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -33,10 +34,25 @@ PatchedOutput::~PatchedOutput()
 int PatchedOutput::onWrite(void* self, std::uint8_t* bytes, int size)
 {
     PatchedOutput& output = *static_cast<PatchedOutput*>(self);
-    Bytes const patched = output.patch_.pass({bytes, static_cast<std::size_t>(size)});
-    avio_write(&output.inner_, patched.data(), static_cast<int>(patched.size()));
-    avio_write_marker(&output.inner_, AV_NOPTS_VALUE, AVIO_DATA_MARKER_FLUSH_POINT);
+    output.write_(output.patch_.pass({bytes, static_cast<std::size_t>(size)}));
     return output.inner_.error < 0 ? output.inner_.error : size;
+}
+
+void PatchedOutput::write_(std::span<std::uint8_t const> bytes)
+{
+    auto const room = static_cast<std::size_t>(std::max(0, inner_.max_packet_size)) / kTransportPacket;
+    if (room == 0) {
+        avio_write(&inner_, bytes.data(), static_cast<int>(bytes.size()));
+        avio_write_marker(&inner_, AV_NOPTS_VALUE, AVIO_DATA_MARKER_FLUSH_POINT);
+        return;
+    }
+    // A datagram that is lost takes no halves of packets with it.
+    while (!bytes.empty()) {
+        auto const datagram = bytes.first(std::min(bytes.size(), room * kTransportPacket));
+        avio_write(&inner_, datagram.data(), static_cast<int>(datagram.size()));
+        avio_flush(&inner_);
+        bytes = bytes.subspan(datagram.size());
+    }
 }
 
 }  // namespace media

@@ -5,6 +5,7 @@
 #include "media/program_table_patch.h"
 
 #include <cstdint>
+#include <span>
 
 namespace media {
 
@@ -21,6 +22,7 @@ public:
 
 private:
     static int onWrite(void* self, std::uint8_t* bytes, int size);
+    void write_(std::span<std::uint8_t const> bytes);
 
     AVIOContext& inner_;
     AVIOContext* context_;

@@ -21,11 +21,11 @@ struct ClipSpec {
     std::string codec{};                                  ///< empty: the container's best
     std::int64_t firstTicks = 90000;                      ///< of a 90 kHz clock
     std::vector<std::vector<SwJsonObject>> klvStreams{};  ///< per stream and frame; an empty payload is not sent
-    bool klvCells = false;                                ///< the first stream's telemetry stands in access unit cells
     bool sound = false;
-    std::int64_t soundLead = 0;         ///< ticks by which sound begins before the first frame
     std::vector<std::int64_t> times{};  ///< ticks of the frames after the first one's; empty: 25 frames per second
     std::function<void(MappedNV12 const&)> paint{};  ///< of each frame in turn; empty: grey patterns
+    std::int64_t soundLead = 0;                      ///< ticks by which sound begins before the first frame
+    bool klvCells = false;                           ///< the first stream's telemetry stands in access unit cells
 };
 
 /// 25 grey frames per second, each with its own pattern, unless they are painted. Frame n is shown at firstTicks + n *
