@@ -1,6 +1,7 @@
 // From live pictures and packets to an address or a file.
 #include "clip/live_writer.h"
 
+#include "clip/klv_sidecar.h"
 #include "imaging/imaging_access.h"
 
 #include <cmath>
@@ -24,6 +25,13 @@ LiveWriter::LiveWriter(std::string output, media::EncoderChoice choice)
 
 void LiveWriter::addSide(media::SideUnit& unit, media::LiveProgram const& program)
 {
+    if (unit.kind == media::StreamKind::Klv) {
+        // The output's stream is an asynchronous one, which has no headers of access units.
+        auto const klv = withoutCells({unit.packet->data, static_cast<std::size_t>(unit.packet->size)});
+        if (klv.size() != static_cast<std::size_t>(unit.packet->size)) {
+            unit.packet = media::makePacket(klv, unit.packet->pts);
+        }
+    }
     StreamRole const role{unit.kind, program.numberAmongKind(unit.stream)};
     side_.emplace(unit.seconds, Side{std::move(unit.packet), program.stream(unit.stream).codecpar->codec_id, role});
     if (side_.size() > kMaxWaiting) {

@@ -190,7 +190,7 @@ void LiveInput::handOn_(PacketPtr packet, Demuxer const& demuxer)
     }
     int const stream = packet->stream_index;
     StreamKind const kind = demuxer.kindOf(stream);
-    if (kind == StreamKind::Other) {
+    if (kind != StreamKind::Video && !goesBeside(kind)) {
         return;
     }
     av_packet_rescale_ts(packet.get(), demuxer.stream(stream).time_base, kLiveTimeBase);
