@@ -47,9 +47,16 @@ TEST(Examples, AreCleanOnTheMadeFlight)
     std::string const clip = folder.file("flight.ts");
     ASSERT_EQ(run({"sample", clip, "--seconds", "5", "--size", "1280x720", "--fps", "2"}).exitCode, 0);
     for (std::string const& name : examples()) {
+        std::string said;
         for (char const* const seconds : {"1", "4"}) {
             Result const result = run({"check", kFolder + name, clip, "--at", seconds});
             EXPECT_EQ(result.exitCode, 0) << seconds << " s: " << result.out;
+            said += result.out;
+        }
+        SwJsonObject const root = clip_test::parseLine(e2e::readFile(kFolder + name));
+        for (std::size_t block = 0; block < root["overlay"].toArray().size(); ++block) {
+            std::string const drawn = "overlay[" + std::to_string(block) + "]: box ";
+            EXPECT_NE(said.find(drawn), std::string::npos) << name << ": " << drawn;
         }
     }
 }
