@@ -394,6 +394,22 @@ TEST_F(Kept, IdentityOfATransportStreamWithEveryKindOfField)
     expectSameTransport(file("in.ts"), file("again.ts"));
 }
 
+TEST_F(Kept, IdentityThroughPipesToo)
+{
+    ts_test::Changes changes;
+    changes.sections[0x1000] = ts_test::mapSection(
+        1, kVideo, kPointer,
+        {{0x02, kVideo, {}}, {0x15, kFirstKlv, kSynchronous}, {0x06, kSecondKlv, kKlva}, {0x03, kSound, kEnglish}});
+    ts_test::rewriteTransportStream(makePlain(file("plain.ts")), file("in.ts"), changes);
+    e2e::RunOptions pipes;
+    pipes.inputFile = file("in.ts");
+    pipes.outputFile = file("out.ts");
+    Result const result = run({"burn", "-", "-c", config(), "-o", "-"}, pipes);
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    expectSameTransport(file("in.ts"), file("out.ts"));
+    expectSameProbe(file("in.ts"), file("out.ts"));
+}
+
 TEST_F(Kept, AnInputWithoutServicesHasAnOutputWithout)
 {
     ts_test::Changes changes;
