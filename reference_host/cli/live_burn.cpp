@@ -35,6 +35,9 @@ void refuseWhatIsNotLive(BurnOptions const& options)
     if (options.range.from || options.range.to) {
         throw WrongUsage("--live: live pictures have no range; leave out --from and --to");
     }
+    if (options.sidecar) {
+        throw WrongUsage("--live: telemetry goes with the pictures; leave out --sidecar, or send to a .ts");
+    }
     if (!options.telemetry.file.empty()) {
         throw WrongUsage("--live: telemetry comes with the pictures; leave out --telemetry");
     }
