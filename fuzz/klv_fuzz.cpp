@@ -1,4 +1,6 @@
-// Any bytes as a stream unit: what is decoded and encoded again decodes to the same payload.
+// Any bytes as a stream unit: what is decoded and encoded again decodes to the same payload, and
+// what people read of it can be made.
+#include "telemetry/derived_keys.h"
 #include "telemetry/nested_sets.h"
 #include "telemetry/telemetry.h"
 
@@ -6,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace {
 
@@ -27,6 +30,21 @@ SwJsonObject withoutNested(SwJsonObject payload)
     return payload;
 }
 
+/// What people read is made of any values, and leaves these as they are.
+void requireDerived(SwJsonObject const& payload)
+{
+    // What it learns from other payloads only saves time.
+    static telemetry::DerivedKeyMaker maker(telemetry::KeySelection::withDerived());
+    SwJsonObject more = payload;
+    maker.addTo(more);
+    for (auto const& [key, value] : payload) {
+        require(more.find(key)->second == value, "no key is replaced");
+    }
+    for (auto const& [key, value] : more) {
+        require(value.stringRef().find("60.00\"") == std::string::npos || payload.contains(key), "seconds are carried");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
@@ -38,6 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     require((decoder.counts().foreignKeys + decoder.counts().truncated + packets.size()) * 16 <= size,
             "every count has a key of its own");
     for (telemetry::Packet const& packet : packets) {
+        requireDerived(packet.payload);
         auto const bytes = telemetry::encodeKlv(packet.payload);
         telemetry::KlvDecoder again;
         auto const back = again.decode(bytes, std::nullopt);
