@@ -189,7 +189,10 @@ std::optional<SwJsonObject> readSecuritySet(std::span<std::uint8_t const> set)
     KlvItemReader items({KlvKind::Security, set, 0});
     while (auto const item = items.next()) {
         TableRow const* const row = rowOf(item->tag);
-        SwJsonValue value = row == nullptr ? SwJsonValue() : decodeValue(*row, item->data);
+        if (row == nullptr) {
+            continue;
+        }
+        SwJsonValue value = decodeValue(*row, item->data);
         if (!value.isNull()) {
             keys.insertOrAssign(row->key, std::move(value));
         }
