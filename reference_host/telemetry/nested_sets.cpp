@@ -316,7 +316,8 @@ bool readActivePayloads(Span data, SwJsonObject& keys)
 {
     std::string list;
     for (std::size_t number = 0; number < data.size() * 8; ++number) {
-        if (((data[data.size() - 1 - number / 8] >> (number % 8)) & 1U) != 0) {
+        unsigned const byte = data[data.size() - 1 - number / 8];
+        if (((byte >> (number % 8)) & 1U) != 0) {
             appendPart(list, std::to_string(number));
         }
     }
