@@ -93,9 +93,10 @@ void ClipWriter::begin_()
     videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
     muxer_.describeLight(videoStream_, traits);
     noteLosses_();
-    streams_ = addOutputStreams(clip_.demuxer(), muxer_, output_, parts_.sidecar);
+    streams_ = addOutputStreams(clip_.demuxer().streams(), muxer_, output_,
+                                parts_.sidecar ? SidecarUse::Wanted : SidecarUse::Offered);
     remarks_.insert(remarks_.end(), streams_.remarks.begin(), streams_.remarks.end());
-    keepIdentity_();
+    keepTags_();
     muxer_.begin();
     begun_ = true;
 }
@@ -113,18 +114,9 @@ void ClipWriter::noteLosses_()
     }
 }
 
-/// Tags, chapters and time code, and in a transport stream numbers and names.
-void ClipWriter::keepIdentity_()
+/// Tags, chapters and time code.
+void ClipWriter::keepTags_()
 {
-    for (auto const& [seconds, unit] : side_) {
-        if (std::optional<std::uint8_t> const id = media::unitIdOf(*unit.packet)) {
-            unitIds_.emplace(unit.stream, *id);
-        }
-    }
-    for (int const pid : muxer_.keepIdentity(clip_.demuxer(), streams_.copied, unitIds_)) {
-        remarks_.push_back(output_ + ": a stream gets another PID than its " + pidText(pid) +
-                           ", which belongs to tables");
-    }
     media::KeptPart part;
     part.zeroSeconds = media::secondsOf(zeroTicks_(), clip_.timeBase());
     part.beginSeconds = clip_.begin().seconds;
@@ -185,9 +177,7 @@ void ClipWriter::writeSide_(media::SideUnit& unit, double zeroSeconds)
         unit.packet->pts = 0;  // lasts beyond it, or carries no time but only its place in the stream
     }
     unit.packet->dts = unit.packet->pts;
-    if (unitIds_.count(unit.stream) != 0 && unit.kind != media::StreamKind::Audio) {
-        media::setTimed(*unit.packet, unit.streamSeconds.has_value());
-    }
+    muxer_.keepUnit(*unit.packet, output->second, unit.streamSeconds.has_value());
     muxer_.write(*unit.packet, output->second, timeBase);
 }
 

@@ -51,7 +51,7 @@ private:
     void begin_();
     bool goesOut_(int stream) const;
     void noteLosses_();
-    void keepIdentity_();
+    void keepTags_();
     using SideUnits = std::multimap<double, media::SideUnit>;
     void writeSideUpTo_(SideUnits::iterator end);
     void end_(SideUnits::iterator sideEnd, std::function<void()> const& lastLook);
@@ -70,9 +70,8 @@ private:
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
     OutputStreams streams_;
-    std::map<int, std::uint8_t> unitIds_;  ///< stream ids of units in a transport stream, by input stream
-    SideUnits side_;                       ///< by time, waiting for their picture
-    double soundBeforeZero_ = 0.0;         ///< seconds that the container could not take
+    SideUnits side_;                ///< by time, waiting for their picture
+    double soundBeforeZero_ = 0.0;  ///< seconds that the container could not take
     std::vector<std::string> remarks_;
     bool begun_ = false;
 };

@@ -8,16 +8,12 @@
 #include <fstream>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace clip {
 
 /// The file for the stream that is the `number`th, from 0, of those that are left out: "out.klv" beside "out.mp4", then
 /// "out.2.klv".
 std::string sidecarPath(std::string const& output, std::size_t number);
-
-/// The KLV of a unit without the headers of the access unit cells around it; all of it when there are none.
-std::vector<std::uint8_t> withoutCells(std::span<std::uint8_t const> unit);
 
 class KlvSidecar {
 public:

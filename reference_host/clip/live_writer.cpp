@@ -1,11 +1,14 @@
 // From live pictures and packets to an address or a file.
 #include "clip/live_writer.h"
 
-#include "clip/klv_sidecar.h"
+#include "clip/klv_cells.h"
+#include "clip/output_streams.h"
 #include "imaging/imaging_access.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <span>
 
 namespace clip {
 namespace {
@@ -14,6 +17,17 @@ namespace {
 constexpr std::size_t kMaxWaiting = 4096;
 
 }  // namespace
+
+LiveWriter::Input LiveWriter::inputOf(media::LiveProgram const& program, int stream)
+{
+    Input input;
+    input.opening = program.opening;
+    input.stream = stream;
+    input.kind = program.kinds[static_cast<std::size_t>(stream)];
+    input.numberAmongKind = program.numberAmongKind(stream);
+    input.codec = program.stream(stream).codecpar->codec_id;
+    return input;
+}
 
 LiveWriter::LiveWriter(std::string output, media::EncoderChoice choice)
     : output_(std::move(output))
@@ -25,15 +39,10 @@ LiveWriter::LiveWriter(std::string output, media::EncoderChoice choice)
 
 void LiveWriter::addSide(media::SideUnit& unit, media::LiveProgram const& program)
 {
-    if (unit.kind == media::StreamKind::Klv) {
-        // The output's stream is an asynchronous one, which has no headers of access units.
-        auto const klv = withoutCells({unit.packet->data, static_cast<std::size_t>(unit.packet->size)});
-        if (klv.size() != static_cast<std::size_t>(unit.packet->size)) {
-            unit.packet = media::makePacket(klv, unit.packet->pts);
-        }
-    }
-    StreamRole const role{unit.kind, program.numberAmongKind(unit.stream)};
-    side_.emplace(unit.seconds, Side{std::move(unit.packet), program.stream(unit.stream).codecpar->codec_id, role});
+    Side side;
+    side.input = inputOf(program, unit.stream);
+    side.unit = std::move(unit);
+    side_.emplace(side.unit.seconds, std::move(side));
     if (side_.size() > kMaxWaiting) {
         side_.erase(side_.begin());
     }
@@ -51,6 +60,9 @@ void LiveWriter::addPicture(LiveFrame const& frame, LiveClip const& clip)
     }
     if (encoder_) {
         writeSideUpTo_(frame.seconds);
+        if (clip.program().opening == opening_) {
+            muxer_.keepServices(clip.program().tables.services);
+        }
     }
 }
 
@@ -63,48 +75,70 @@ void LiveWriter::begin_(LiveClip const& clip)
     settings.timeBase = media::kLiveTimeBase;
     encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
     videoStream_ = muxer_.addVideo(encoder_->context(), media::kLiveTimeBase);
-    addSideStreams_(clip.program());
+    addOutputs_(clip.program());
     muxer_.begin();
 }
 
-void LiveWriter::addSideStreams_(media::LiveProgram const& program)
+void LiveWriter::addOutputs_(media::LiveProgram const& program)
 {
-    std::string const container = muxer_.container().name;
-    for (int const stream : program.streamsOf(media::StreamKind::Klv)) {
-        AVCodecID const codec = program.stream(stream).codecpar->codec_id;
-        if (auto const output = muxer_.addKlv()) {
-            outputs_[{media::StreamKind::Klv, program.numberAmongKind(stream)}] = {*output, codec};
-        } else {
-            remarks_.push_back(output_ + ": " + container +
-                               " cannot carry KLV; the telemetry stream is left out (.ts carries it)");
-        }
+    opening_ = program.opening;
+    OutputStreams streams = addOutputStreams(program, muxer_, output_, SidecarUse::Never);
+    remarks_ = std::move(streams.remarks);
+    for (auto const& [stream, own] : streams.copied) {
+        Input const input = inputOf(program, stream);
+        bool const inCells =
+            muxer_.isTransportStream() && input.kind == media::StreamKind::Klv && program.isInCells(stream);
+        outputs_.push_back({input, own, inCells, 0});
     }
-    for (int const stream : program.streamsOf(media::StreamKind::Audio)) {
-        AVCodecID const codec = program.stream(stream).codecpar->codec_id;
-        if (auto const output = muxer_.addCopy(program.stream(stream))) {
-            outputs_[{media::StreamKind::Audio, program.numberAmongKind(stream)}] = {*output, codec};
-        } else {
-            remarks_.push_back(output_ + ": " + container + " cannot carry " + avcodec_get_name(codec) +
-                               "; the sound is left out (.mkv carries it)");
+}
+
+LiveWriter::Output* LiveWriter::outputFor_(Input const& input)
+{
+    auto const isIts = [&input](Output const& output) {
+        Input const& first = output.first;
+        if (input.opening == first.opening) {
+            return input.stream == first.stream;
         }
-    }
+        return input.kind == first.kind && input.numberAmongKind == first.numberAmongKind &&
+               (input.kind == media::StreamKind::Klv || input.codec == first.codec);
+    };
+    auto const found = std::find_if(outputs_.begin(), outputs_.end(), isIts);
+    return found == outputs_.end() ? nullptr : &*found;
 }
 
 void LiveWriter::writeSideUpTo_(double seconds)
 {
     auto const end = side_.upper_bound(seconds);
     for (auto next = side_.begin(); next != end; ++next) {
-        Side& side = next->second;
-        auto const output = outputs_.find(side.role);
-        bool const fits = output != outputs_.end() &&
-                          (side.role.first == media::StreamKind::Klv || output->second.codec == side.codec);
-        if (fits) {
-            side.packet->pts = std::llround(next->first / av_q2d(media::kLiveTimeBase));
-            side.packet->dts = side.packet->pts;
-            muxer_.write(*side.packet, output->second.stream, media::kLiveTimeBase);
+        if (Output* const output = outputFor_(next->second.input)) {
+            writeSide_(next->second, *output);
         }
     }
     side_.erase(side_.begin(), end);
+}
+
+void LiveWriter::writeSide_(Side& side, Output& output)
+{
+    media::PacketPtr packet = std::move(side.unit.packet);
+    if (side.input.kind == media::StreamKind::Klv) {
+        packet = carried_(std::move(packet), output);
+    }
+    packet->pts = std::llround(side.unit.seconds / av_q2d(media::kLiveTimeBase));
+    packet->dts = packet->pts;
+    muxer_.keepUnit(*packet, output.stream, side.unit.streamSeconds.has_value());
+    muxer_.write(*packet, output.stream, media::kLiveTimeBase);
+}
+
+/// Telemetry as the output's tables say that it is carried, which is how it was at first.
+media::PacketPtr LiveWriter::carried_(media::PacketPtr packet, Output& output)
+{
+    std::span<std::uint8_t const> const unit(packet->data, static_cast<std::size_t>(packet->size));
+    bool const isBare = isBareKlv(unit);
+    if (isBare != output.inCells) {
+        return packet;
+    }
+    std::vector<std::uint8_t> const other = isBare ? inCell(unit, output.nextCell++) : withoutCells(unit);
+    return other.empty() ? std::move(packet) : media::makePacket(other, packet->pts);
 }
 
 void LiveWriter::finish()

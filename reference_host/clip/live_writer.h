@@ -1,11 +1,13 @@
 // Writes live pictures as they come, with telemetry and sound beside them; last step of live work. The output's streams
-// are those of the input as it was first: what comes back later takes the place of the same kind, in the same order.
+// and, in a transport stream, their identity are those of the input as it was first: what comes back later takes the
+// place of the same kind, in the same order.
 #pragma once
 
 #include "clip/live_clip.h"
 #include "media/encoder.h"
 #include "media/muxer.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -20,8 +22,8 @@ public:
     /// and below: an output that is gone ends live work.
     LiveWriter(std::string output, media::EncoderChoice choice);
 
-    /// A packet of telemetry or sound, to be written with the picture that is shown at its time. The packet's owner is
-    /// the writer from now on.
+    /// A packet of what goes beside the pictures, to be written with the picture that is shown at its time. The
+    /// packet's owner is the writer from now on.
     void addSide(media::SideUnit& unit, media::LiveProgram const& program);
     /// The next picture of `clip`; the first one opens the encoder. A dropped picture lets go only what is beside it.
     void addPicture(LiveFrame const& frame, LiveClip const& clip);
@@ -32,28 +34,41 @@ public:
     std::vector<std::string> takeRemarks() { return std::exchange(remarks_, {}); }
 
 private:
-    void begin_(LiveClip const& clip);
-    void addSideStreams_(media::LiveProgram const& program);
-    void writeSideUpTo_(double seconds);
-    void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, media::kLiveTimeBase); }
-
-    using StreamRole = std::pair<media::StreamKind, int>;  ///< and its number among those of the kind
-    struct Side {
-        media::PacketPtr packet;
-        AVCodecID codec;
-        StreamRole role;
+    /// A stream of the input.
+    struct Input {
+        std::uint64_t opening = 0;
+        int stream = 0;
+        media::StreamKind kind = media::StreamKind::Other;
+        int numberAmongKind = 0;
+        AVCodecID codec = AV_CODEC_ID_NONE;
     };
+    struct Output {
+        Input first;  ///< what it was made for
+        int stream = 0;
+        bool inCells = false;       ///< it is said to be telemetry in access unit cells
+        std::uint8_t nextCell = 0;  ///< number of the next one that is made here
+    };
+    struct Side {
+        media::SideUnit unit;
+        Input input;
+    };
+
+    static Input inputOf(media::LiveProgram const& program, int stream);
+    void begin_(LiveClip const& clip);
+    void addOutputs_(media::LiveProgram const& program);
+    Output* outputFor_(Input const& input);
+    void writeSideUpTo_(double seconds);
+    void writeSide_(Side& side, Output& output);
+    static media::PacketPtr carried_(media::PacketPtr packet, Output& output);
+    void writeVideo_(AVPacket& packet) { muxer_.write(packet, videoStream_, media::kLiveTimeBase); }
 
     std::string output_;
     media::EncoderChoice choice_;
     media::Muxer muxer_;
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
-    struct Output {
-        int stream;
-        AVCodecID codec;
-    };
-    std::map<StreamRole, Output> outputs_;
+    std::uint64_t opening_ = 0;  ///< of the input as it was when the output began
+    std::vector<Output> outputs_;
     std::multimap<double, Side> side_;  ///< by time, waiting for their picture
     std::vector<std::string> remarks_;
 };

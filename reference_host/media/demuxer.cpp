@@ -61,6 +61,27 @@ bool isLiveAddress(std::string const& input)
                        [&input](std::string_view scheme) { return input.compare(0, scheme.size(), scheme) == 0; });
 }
 
+std::vector<int> InputStreams::streamsOf(StreamKind kind) const
+{
+    std::vector<int> found;
+    for (std::size_t index = 0; index < kinds.size(); ++index) {
+        if (kinds[index] == kind) {
+            found.push_back(static_cast<int>(index));
+        }
+    }
+    return found;
+}
+
+bool InputStreams::isInCells(int index) const
+{
+    auto const isSo = [pid = stream(index).id](MappedStream const& mapped) {
+        return mapped.pid == pid && mapped.type == kSynchronousMetadata;
+    };
+    return std::any_of(tables.maps.begin(), tables.maps.end(), [&isSo](auto const& map) {
+        return std::any_of(map.second.streams.begin(), map.second.streams.end(), isSo);
+    });
+}
+
 bool holdsKlvKey(std::span<std::uint8_t const> bytes)
 {
     constexpr std::array<std::uint8_t, 4> kPrefix = {0x06, 0x0E, 0x2B, 0x34};
@@ -294,6 +315,15 @@ std::vector<int> Demuxer::streamsOf(StreamKind kind) const
         }
     }
     return found;
+}
+
+InputStreams Demuxer::streams() const
+{
+    InputStreams streams{input_.get(), {}, videoIndex_, isTransportStream(), tables()};
+    for (int index = 0; index < streamCount(); ++index) {
+        streams.kinds.push_back(kindOf(index));
+    }
+    return streams;
 }
 
 AVRational Demuxer::frameRate() const

@@ -35,6 +35,20 @@ constexpr bool goesBeside(StreamKind kind)
            kind == StreamKind::Data;
 }
 
+/// The streams of an input, with the role of each, and what a transport stream says of itself: what an output keeps.
+struct InputStreams {
+    AVFormatContext const* container = nullptr;  ///< streams and programs; not owned
+    std::vector<StreamKind> kinds;               ///< per stream
+    int video = -1;                              ///< the stream that is shown; -1: none
+    bool isTransportStream = false;
+    TransportTables tables;  ///< as read so far; empty for all else
+
+    AVStream const& stream(int index) const { return *container->streams[index]; }
+    std::vector<int> streamsOf(StreamKind kind) const;
+    /// Whether a transport stream's tables say that the units of this one consist of access unit cells.
+    bool isInCells(int index) const;
+};
+
 /// Whether the first four bytes of a universal key, the same for all KLV standards (SMPTE ST 336), stand among these.
 bool holdsKlvKey(std::span<std::uint8_t const> bytes);
 
@@ -90,6 +104,8 @@ public:
     bool isTransportStream() const;
     int streamCount() const { return static_cast<int>(input_->nb_streams); }
     std::vector<int> streamsOf(StreamKind kind) const;
+    /// All that is known by now, valid as long as the demuxer.
+    InputStreams streams() const;
     /// Frames per second as far as known, 25 otherwise.
     AVRational frameRate() const;
     /// Empty when unknown (live input, pipes).

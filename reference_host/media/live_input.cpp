@@ -30,28 +30,50 @@ constexpr milliseconds kLongestPause{1000};
 
 constexpr milliseconds kStep{50};
 
+void copyStreams(AVFormatContext const& source, AVFormatContext& copy)
+{
+    for (unsigned index = 0; index < source.nb_streams; ++index) {
+        AVStream const& stream = *source.streams[index];
+        AVStream* const copied = avformat_new_stream(&copy, nullptr);
+        if (copied == nullptr || avcodec_parameters_copy(copied->codecpar, stream.codecpar) < 0) {
+            throw std::bad_alloc();
+        }
+        copied->id = stream.id;
+        copied->disposition = stream.disposition;
+        copied->sample_aspect_ratio = stream.sample_aspect_ratio;
+        copied->time_base = kLiveTimeBase;
+        av_dict_copy(&copied->metadata, stream.metadata, 0);
+    }
+}
+
+void copyPrograms(AVFormatContext const& source, AVFormatContext& copy)
+{
+    for (unsigned number = 0; number < source.nb_programs; ++number) {
+        AVProgram const& program = *source.programs[number];
+        AVProgram* const copied = av_new_program(&copy, program.id);
+        if (copied == nullptr) {
+            throw std::bad_alloc();
+        }
+        copied->pmt_pid = program.pmt_pid;
+        av_dict_copy(&copied->metadata, program.metadata, 0);
+        for (unsigned index = 0; index < program.nb_stream_indexes; ++index) {
+            av_program_add_stream_index(&copy, program.id, program.stream_index[index]);
+        }
+    }
+}
+
 std::shared_ptr<LiveProgram const> programOf(Demuxer const& demuxer, std::uint64_t opening)
 {
     auto program = std::make_shared<LiveProgram>();
+    static_cast<InputStreams&>(*program) = demuxer.streams();
     program->opening = opening;
-    program->container.reset(avformat_alloc_context());
-    if (!program->container) {
+    program->copy.reset(avformat_alloc_context());
+    if (!program->copy) {
         throw std::bad_alloc();
     }
-    for (int index = 0; index < demuxer.streamCount(); ++index) {
-        AVStream const& source = demuxer.stream(index);
-        AVStream* const copy = avformat_new_stream(program->container.get(), nullptr);
-        if (copy == nullptr || avcodec_parameters_copy(copy->codecpar, source.codecpar) < 0) {
-            throw std::bad_alloc();
-        }
-        copy->id = source.id;
-        copy->disposition = source.disposition;
-        copy->sample_aspect_ratio = source.sample_aspect_ratio;
-        copy->time_base = kLiveTimeBase;
-        av_dict_copy(&copy->metadata, source.metadata, 0);
-        program->kinds.push_back(demuxer.kindOf(index));
-    }
-    program->video = demuxer.video() == nullptr ? -1 : demuxer.video()->index;
+    copyStreams(demuxer.input(), *program->copy);
+    copyPrograms(demuxer.input(), *program->copy);
+    program->container = program->copy.get();
     program->frameRate = demuxer.frameRate();
     return program;
 }
@@ -60,6 +82,10 @@ std::shared_ptr<LiveProgram const> programOf(Demuxer const& demuxer, std::uint64
 bool describes(LiveProgram const& program, Demuxer const& demuxer)
 {
     if (static_cast<int>(program.kinds.size()) != demuxer.streamCount()) {
+        return false;
+    }
+    // Services are described less often than programs.
+    if (program.tables.services.empty() != demuxer.tables().services.empty()) {
         return false;
     }
     for (int index = 0; index < demuxer.streamCount(); ++index) {

@@ -20,17 +20,6 @@ bool isPicture(LiveItem const& item)
 
 }  // namespace
 
-std::vector<int> LiveProgram::streamsOf(StreamKind kind) const
-{
-    std::vector<int> found;
-    for (std::size_t index = 0; index < kinds.size(); ++index) {
-        if (kinds[index] == kind) {
-            found.push_back(static_cast<int>(index));
-        }
-    }
-    return found;
-}
-
 int LiveProgram::numberAmongKind(int index) const
 {
     return static_cast<int>(std::count(kinds.begin(), kinds.begin() + index, kinds[static_cast<std::size_t>(index)]));

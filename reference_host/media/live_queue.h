@@ -24,19 +24,15 @@ using LiveTime = std::chrono::steady_clock::time_point;
 inline constexpr AVRational kLiveTimeBase{1, 90000};
 
 /// What a live input holds, copied from what the reading thread goes on working with.
-struct LiveProgram {
+struct LiveProgram : InputStreams {
     struct FreeContext {
         void operator()(AVFormatContext* context) const { avformat_free_context(context); }
     };
 
-    std::uint64_t opening = 0;                                ///< another one each time the input was opened
-    std::unique_ptr<AVFormatContext, FreeContext> container;  ///< its streams
-    std::vector<StreamKind> kinds;                            ///< per stream
-    int video = -1;                                           ///< the stream that is shown
-    AVRational frameRate{25, 1};                              ///< as far as known
+    std::uint64_t opening = 0;                           ///< another one each time the input was opened
+    std::unique_ptr<AVFormatContext, FreeContext> copy;  ///< the container
+    AVRational frameRate{25, 1};                         ///< as far as known
 
-    AVStream const& stream(int index) const { return *container->streams[index]; }
-    std::vector<int> streamsOf(StreamKind kind) const;
     /// How many streams of the same kind stand before this one.
     int numberAmongKind(int index) const;
 };

@@ -3,6 +3,7 @@
 
 #include "media/encoder.h"
 #include "media/interrupt.h"
+#include "media/side_placer.h"
 #include "media/stream_identity.h"
 
 #include <algorithm>
@@ -160,19 +161,37 @@ int Muxer::copyStream_(AVStream const& source)
     return stream.index;
 }
 
-std::vector<int> Muxer::keepIdentity(Demuxer const& source, std::map<int, int> const& streams,
-                                     std::map<int, std::uint8_t> const& unitIds)
+std::vector<int> Muxer::keepIdentity(InputStreams const& source, std::map<int, int> const& streams)
 {
-    if (!isTransportStream() || !source.isTransportStream()) {
+    if (!isTransportStream() || !source.isTransportStream) {
         return {};
     }
-    StreamIdentity identity = takeIdentity(source, *context_, streams, unitIds);
+    StreamIdentity identity = takeIdentity(source, *context_, streams);
     firstMapPid_ = identity.firstMapPid;
     if (output_ && identity.kept.source.association) {
         patch_.emplace(*output_, std::move(identity.kept));
         context_->pb = patch_->context();
     }
     return identity.lostPids;
+}
+
+void Muxer::keepServices(Bytes const& section)
+{
+    if (patch_) {
+        patch_->patch().learnServices(section);
+    }
+}
+
+void Muxer::keepUnit(AVPacket& packet, int stream, bool timed)
+{
+    AVStream const& output = *context_->streams[stream];
+    std::optional<std::uint8_t> const id = unitIdOf(packet);
+    if (id && patch_) {
+        patch_->patch().learnUnitId(output.id, *id);
+    }
+    if (id && output.codecpar->codec_type != AVMEDIA_TYPE_AUDIO) {
+        setTimed(packet, timed);
+    }
 }
 
 void Muxer::describeLight(int stream, PictureTraits const& traits)

@@ -55,10 +55,13 @@ public:
 
     /// In a transport stream made from a transport stream, programs and streams keep their numbers, names, types and
     /// descriptors. `streams` gives the output's stream for each copied one of the input; the rest is the input's
-    /// shown video. `unitIds` gives the ids of units by the input's stream. To be called when all streams were added.
-    /// Returns the PIDs that could not be kept.
-    std::vector<int> keepIdentity(Demuxer const& source, std::map<int, int> const& streams,
-                                  std::map<int, std::uint8_t> const& unitIds);
+    /// shown video. To be called when all streams were added. Returns the PIDs that could not be kept.
+    std::vector<int> keepIdentity(InputStreams const& source, std::map<int, int> const& streams);
+    /// The same for services that the input has described only now; the first description stays.
+    void keepServices(Bytes const& section);
+    /// The same for the unit of a copied packet: its id is that of the stream's first unit, and a unit of data that
+    /// is not `timed` carries no time.
+    void keepUnit(AVPacket& packet, int stream, bool timed);
 
     /// As media::keepTags; to be called behind keepIdentity().
     std::vector<std::string> keepTags(Demuxer const& source, std::map<int, int> const& streams, KeptPart const& part)

@@ -19,6 +19,8 @@ public:
 
     /// What the muxer writes to.
     AVIOContext* context() { return context_; }
+    /// For what is learned of the input later.
+    ProgramTablePatch& patch() { return patch_; }
 
 private:
     static int onWrite(void* self, std::uint8_t* bytes, int size);

@@ -18,6 +18,13 @@ bool isUnitStart(std::span<std::uint8_t const> unit)
 
 }  // namespace
 
+void ProgramTablePatch::learnServices(std::span<std::uint8_t const> section)
+{
+    if (kept_.source.services.empty()) {
+        kept_.source.services.assign(section.begin(), section.end());
+    }
+}
+
 Bytes ProgramTablePatch::pass(std::span<std::uint8_t const> bytes)
 {
     Bytes out;

@@ -23,6 +23,11 @@ class ProgramTablePatch {
 public:
     explicit ProgramTablePatch(KeptTables kept) : kept_(std::move(kept)) {}
 
+    /// The input describes its services so; the first description stays.
+    void learnServices(std::span<std::uint8_t const> section);
+    /// Units of this PID get this id; the first one told stays.
+    void learnUnitId(int pid, std::uint8_t id) { kept_.unitIds.emplace(pid, id); }
+
     /// Takes the next bytes of the muxer and gives those that are to be written: whole packets of 188 bytes.
     Bytes pass(std::span<std::uint8_t const> bytes);
 

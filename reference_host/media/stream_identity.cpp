@@ -29,19 +29,20 @@ int freePids(std::set<int> const& taken, int from, int count)
 }
 
 /// The output's stream for each of the input's.
-std::map<int, int> allStreams(Demuxer const& source, AVFormatContext const& output, std::map<int, int> const& copied)
+std::map<int, int> allStreams(InputStreams const& source, AVFormatContext const& output,
+                              std::map<int, int> const& copied)
 {
     std::map<int, int> all = copied;
     for (unsigned index = 0; index < output.nb_streams; ++index) {
         auto const isThis = [index](auto const& pair) { return pair.second == static_cast<int>(index); };
         if (std::none_of(copied.begin(), copied.end(), isThis)) {
-            all[source.video()->index] = static_cast<int>(index);
+            all[source.video] = static_cast<int>(index);
         }
     }
     return all;
 }
 
-std::vector<int> takePids(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& streams)
+std::vector<int> takePids(InputStreams const& source, AVFormatContext& output, std::map<int, int> const& streams)
 {
     std::set<int> taken;
     std::vector<int> lost;
@@ -95,14 +96,13 @@ void takePrograms(AVFormatContext const& source, AVFormatContext& output, std::m
 
 }  // namespace
 
-StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& copied,
-                            std::map<int, std::uint8_t> const& unitIds)
+StreamIdentity takeIdentity(InputStreams const& source, AVFormatContext& output, std::map<int, int> const& copied)
 {
     std::map<int, int> const streams = allStreams(source, output, copied);
     StreamIdentity identity;
     identity.lostPids = takePids(source, output, streams);
-    takePrograms(source.input(), output, streams);
-    identity.kept.source = source.tables();
+    takePrograms(*source.container, output, streams);
+    identity.kept.source = source.tables;
     for (unsigned number = 0; number < output.nb_programs; ++number) {
         identity.kept.programs.insert(output.programs[number]->id);
     }
@@ -112,12 +112,9 @@ StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std:
     }
     for (auto const& [input, own] : copied) {
         identity.kept.copiedPids.insert(output.streams[own]->id);
-        if (auto const id = unitIds.find(input); id != unitIds.end()) {
-            identity.kept.unitIds[output.streams[own]->id] = id->second;
-        }
     }
     int const maps = std::max(1, static_cast<int>(output.nb_programs));
-    int const wanted = source.input().nb_programs > 0 ? source.input().programs[0]->pmt_pid : kFirstPid;
+    int const wanted = source.container->nb_programs > 0 ? source.container->programs[0]->pmt_pid : kFirstPid;
     identity.firstMapPid = freePids(taken, wanted, maps);
     return identity;
 }

@@ -17,9 +17,7 @@ struct StreamIdentity {
 };
 
 /// Gives the streams of `output` the PIDs of those of `source` and puts them into the same programs. `streams` gives
-/// the output's stream for each copied one of the source; the output's other stream is the shown video. `unitIds`
-/// gives the ids of units by the source's stream.
-StreamIdentity takeIdentity(Demuxer const& source, AVFormatContext& output, std::map<int, int> const& streams,
-                            std::map<int, std::uint8_t> const& unitIds);
+/// the output's stream for each copied one of the source; the output's other stream is the shown video.
+StreamIdentity takeIdentity(InputStreams const& source, AVFormatContext& output, std::map<int, int> const& streams);
 
 }  // namespace media

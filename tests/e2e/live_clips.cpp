@@ -17,6 +17,7 @@ void makeLiveClip(LiveClipSpec const& spec)
     }
     clip_test::ClipSpec clip{spec.path, spec.width, spec.height, spec.frames, "mpeg2video", spec.firstTicks};
     clip.klvStreams = {telemetry};
+    clip.klvCells = spec.klvCells;
     clip_test::makeClip(clip);
 }
 

@@ -14,6 +14,7 @@ struct LiveClipSpec {
     int height = 64;
     std::int64_t firstTicks = 90000;
     int frames = 1500;
+    bool klvCells = false;  ///< telemetry stands in access unit cells
 };
 void makeLiveClip(LiveClipSpec const& spec);
 

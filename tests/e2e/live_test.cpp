@@ -5,6 +5,7 @@
 #include "live_stream.h"
 #include "run_program.h"
 #include "temp_folder.h"
+#include "ts_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -29,8 +30,43 @@ using live_test::Sender;
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 using Words = std::vector<std::string>;
+using ts_test::Bytes;
 
 constexpr char const* kConfig = R"({"overlay":[{"formatString":"N %heading_deg","textSize":300,"decimals":0}]})";
+
+/// What describes telemetry: a registration and a language; a registration and both descriptors of metadata.
+Bytes const kPlain = {0x05, 4, 'K', 'L', 'V', 'A', 0x0A, 4, 'e', 'n', 'g', 0};
+Bytes const kSynchronous = {0x05, 4, 'K', 'L',  'V', 'A',  0x26, 9, 1,    0, 0xFF, 'K',  'L', 'V',
+                            'A',  0, 15,  0x27, 9,   0xC0, 1,    2, 0xC0, 0, 4,    0xC0, 1,   32};
+constexpr int kTelemetryPid = 0x1F1;
+
+/// The same packets under numbers and names of their own.
+void makeNamed(std::string const& from, std::string const& to, int type, Bytes const& descriptors)
+{
+    ts_test::Changes changes;
+    changes.pids = {{0x1000, 0x64}, {0x100, 0x1E1}, {0x101, kTelemetryPid}};
+    changes.sections[0] = ts_test::associationSection(0x4D2, {{7, 0x64}}, 5);
+    changes.sections[0x1000] =
+        ts_test::mapSection(7, 0x1E1, {0x25, 2, 1, 0}, {{0x02, 0x1E1, {}}, {type, kTelemetryPid, descriptors}}, 17);
+    changes.sections[0x11] = ts_test::servicesSection(0x4D2, 7, "Range Control", "EO turret");
+    ts_test::rewriteTransportStream(from, to, changes);
+}
+
+/// Who comes into a live stream hears of its services later than of its pictures.
+void leaveOutFirstServices(std::string const& from, std::string const& to)
+{
+    constexpr std::size_t kPacket = 188;
+    constexpr int kLeftOut = 2;
+    std::string const bytes = e2e::readFile(from);
+    std::string out;
+    int services = 0;
+    for (std::size_t at = 0; at + kPacket <= bytes.size(); at += kPacket) {
+        bool const isServices = (bytes[at + 1] & 0x1F) == 0 && bytes[at + 2] == 0x11;
+        services += isServices ? 1 : 0;
+        out += isServices && services <= kLeftOut ? "" : bytes.substr(at, kPacket);
+    }
+    e2e::writeFile(to, out);
+}
 
 void pass(double seconds)
 {
@@ -47,6 +83,10 @@ protected:
         live_test::makeLiveClip({file("clock.ts"), 96, 64, std::int64_t{90000} * 40000, 500});
         live_test::makeLiveClip({file("size.ts"), 160, 90, std::int64_t{90000} * 9, 500});
         live_test::makeOtherProgram(file("first.ts"), file("program.ts"));
+        live_test::makeLiveClip({file("cells.ts"), 96, 64, 90000, 500, true});
+        makeNamed(file("cells.ts"), file("synchronous.ts"), 0x15, kSynchronous);
+        makeNamed(file("first.ts"), file("plain.ts"), 0x06, kPlain);
+        leaveOutFirstServices(file("plain.ts"), file("late_services.ts"));
     }
     static void TearDownTestSuite()
     {
@@ -213,6 +253,90 @@ INSTANTIATE_TEST_SUITE_P(Rows, Disturbances,
                                          DisturbanceRow{"with_another_size", "size.ts", 0.5, 0},
                                          DisturbanceRow{"with_another_program", "program.ts", 0.5, 0},
                                          DisturbanceRow{"with_damaged_packets", nullptr, 0.1, 40}),
+                         [](auto const& row) { return row.param.name; });
+
+struct IdentityRow {
+    char const* name;
+    char const* first;
+    char const* then;
+    bool inCells;
+    bool toFile;
+};
+
+class Identity : public Live, public testing::WithParamInterface<IdentityRow> {};
+
+/// Whether a whole unit of KLV stands here, in one access unit cell or bare.
+bool isWholeKlv(Bytes const& unit, bool inCells)
+{
+    constexpr std::size_t kHeader = 5;
+    Bytes const key = {0x06, 0x0E, 0x2B, 0x34};
+    std::size_t const at = inCells ? kHeader : 0;
+    bool const isRight = unit.size() > at + key.size() &&
+                         std::equal(key.begin(), key.end(), unit.begin() + static_cast<std::ptrdiff_t>(at));
+    return isRight &&
+           (!inCells || (unit[2] == 0xDF && unit.size() == kHeader + static_cast<std::size_t>(unit[3] << 8 | unit[4])));
+}
+
+TEST_P(Identity, OfTheFirstInputIsKeptWhateverComesBack)
+{
+    IdentityRow const& row = GetParam();
+    std::string const output = file(std::string(row.name) + "_out.ts");
+    auto receiver = std::make_unique<Receiver>(out_, row.toFile ? "" : output);
+    std::size_t before = 0;
+    Result const result = burn({"-o", row.toFile ? output : addressOf(out_)}, [&] {
+        pass(1.0);
+        auto sender = std::make_unique<Sender>(in_, file(row.first));
+        pass(2.5);
+        before = sender->sent().size();
+        sender.reset();
+        pass(0.5);
+        sender = std::make_unique<Sender>(in_, file(row.then));
+        pass(4.0);
+    });
+    receiver.reset();
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    ts_test::TransportStream const in = ts_test::readTransportStream(file(row.first));
+    ts_test::TransportStream const out = ts_test::readTransportStream(output);
+    EXPECT_EQ(out.faults, Words());
+    EXPECT_EQ(out.id, 0x4D2);
+    EXPECT_EQ(out.version, 5);
+    EXPECT_EQ(out.services, ts_test::servicesSection(0x4D2, 7, "Range Control", "EO turret"));
+    ASSERT_EQ(out.programs.size(), 1U);
+    ASSERT_EQ(out.programs.count(7), 1U);
+    ts_test::Program const& program = out.programs.at(7);
+    EXPECT_EQ(program.mapPid, 0x64);
+    EXPECT_EQ(program.version, 17);
+    EXPECT_EQ(program.descriptors, (Bytes{0x25, 2, 1, 0}));
+    ASSERT_EQ(program.streams.size(), 2U);
+    ASSERT_EQ(program.streams.count(0x1E1), 1U);
+    EXPECT_EQ(program.streams.at(0x1E1).type, 0x1B) << "H.264";
+    ASSERT_EQ(program.streams.count(kTelemetryPid), 1U);
+    ts_test::Stream const& telemetry = program.streams.at(kTelemetryPid);
+    EXPECT_EQ(telemetry.type, row.inCells ? 0x15 : 0x06);
+    EXPECT_EQ(telemetry.descriptors, row.inCells ? kSynchronous : kPlain);
+    auto const& sent = in.programs.at(7).streams.at(kTelemetryPid).units;
+    constexpr std::size_t kHeld = 5;  // what still was under way when the sender died
+    ASSERT_GT(before, 50U);
+    ASSERT_GT(telemetry.units.size(), before + 25) << "what came back goes on";
+    for (std::size_t number = 0; number < telemetry.units.size(); ++number) {
+        SCOPED_TRACE("unit " + std::to_string(number));
+        ts_test::Unit const& unit = telemetry.units[number];
+        ASSERT_EQ(unit.id, 0xFC);
+        ASSERT_TRUE(unit.ticks);
+        ASSERT_TRUE(isWholeKlv(unit.payload, row.inCells));
+        if (number + kHeld < before) {
+            ASSERT_EQ(*unit.ticks, *sent[number].ticks);
+            ASSERT_EQ(unit.payload, sent[number].payload);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Identity,
+                         testing::Values(IdentityRow{"same", "synchronous.ts", "synchronous.ts", true, false},
+                                         IdentityRow{"bare_telemetry", "synchronous.ts", "first.ts", true, false},
+                                         IdentityRow{"telemetry_in_cells", "plain.ts", "synchronous.ts", false, false},
+                                         IdentityRow{"late_services", "late_services.ts", "first.ts", false, false},
+                                         IdentityRow{"to_a_file", "synchronous.ts", "program.ts", true, true}),
                          [](auto const& row) { return row.param.name; });
 
 TEST_F(Live, GivesUpWhenNothingComes)

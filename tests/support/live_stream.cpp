@@ -207,7 +207,12 @@ void Sender::flush_()
     datagram_.clear();
 }
 
-Receiver::Receiver(int port) : socket_(bound(port)), thread_([this] { run_(); }) {}
+Receiver::Receiver(int port, std::string const& recordTo)
+    : socket_(bound(port))
+    , record_(recordTo, std::ios::binary)
+    , thread_([this] { run_(); })
+{
+}
 
 Receiver::~Receiver()
 {
@@ -224,6 +229,9 @@ void Receiver::run_()
     while (!stop_) {
         ssize_t const got = recv(socket_, datagram.data(), datagram.size(), 0);
         Time const now = Clock::now();
+        if (got > 0 && record_.is_open()) {
+            record_.write(reinterpret_cast<char const*>(datagram.data()), got);
+        }
         std::lock_guard const lock(mutex_);
         for (std::size_t at = 0; got > 0 && at + kPacket <= static_cast<std::size_t>(got); at += kPacket) {
             ear_.hear(datagram.data() + at, now);

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <set>
@@ -81,7 +82,8 @@ private:
 /// Receives on a port until it is destroyed.
 class Receiver {
 public:
-    explicit Receiver(int port);
+    /// With `recordTo` all that comes stands in a file of this name.
+    explicit Receiver(int port, std::string const& recordTo = "");
     ~Receiver();
     Receiver(Receiver const&) = delete;
     Receiver& operator=(Receiver const&) = delete;
@@ -93,6 +95,7 @@ private:
     void run_();
 
     int socket_;
+    std::ofstream record_;
     std::atomic<bool> stop_ = false;
     mutable std::mutex mutex_;
     StreamEar ear_;

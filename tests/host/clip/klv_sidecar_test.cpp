@@ -1,4 +1,4 @@
-// Telemetry beside an output: names of the files, and KLV without what carried it.
+// Telemetry beside an output: names of the files, and what stands in them.
 #include "clip/klv_sidecar.h"
 
 #include "file_bytes.h"
@@ -17,25 +17,6 @@ TEST(SidecarPath, TakesThePlaceOfTheEnding)
     EXPECT_EQ(clip::sidecarPath("a/out.mp4", 0), "a/out.klv");
     EXPECT_EQ(clip::sidecarPath("a/out.mp4", 1), "a/out.2.klv");
     EXPECT_EQ(clip::sidecarPath("a.b/out", 2), "a.b/out.3.klv");
-}
-
-TEST(WithoutCells, TakesTheHeadersAway)
-{
-    struct Row {
-        char const* name;
-        Bytes unit;
-        Bytes expected;
-    };
-    for (Row const& row : {
-             Row{"none", {6, 0x0E, 0x2B, 0x34, 1}, {6, 0x0E, 0x2B, 0x34, 1}},
-             Row{"one", {0, 1, 0xDF, 0, 2, 7, 8}, {7, 8}},
-             Row{"two", {0, 1, 0xDF, 0, 2, 7, 8, 0, 2, 0xDF, 0, 1, 9}, {7, 8, 9}},
-             Row{"too short for its length", {0, 1, 0xDF, 0, 3, 7, 8}, {0, 1, 0xDF, 0, 3, 7, 8}},
-             Row{"bytes behind it", {0, 1, 0xDF, 0, 1, 7, 8}, {0, 1, 0xDF, 0, 1, 7, 8}},
-             Row{"nothing", {}, {}},
-         }) {
-        EXPECT_EQ(clip::withoutCells(row.unit), row.expected) << row.name;
-    }
 }
 
 TEST(KlvSidecar, HasItsNameWhenItIsWhole)
