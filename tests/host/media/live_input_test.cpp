@@ -7,8 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -46,6 +49,36 @@ TEST(LiveInput, OpensAgainAfterTheInputIsLost)
     EXPECT_EQ(opening, 2U);
     EXPECT_GE(pictures, 21);
     EXPECT_EQ(lost, live_test::addressOf(port) + ": nothing comes any more");
+}
+
+TEST(LiveInput, ProgramsAndTablesComeWithThePackets)
+{
+    media_test::TempFolder const folder;
+    clip_test::ClipSpec spec{folder.file("a.ts"), 64, 48, 300, "mpeg2video"};
+    spec.klvStreams = {std::vector<SwJsonObject>(300, SwJsonObject{{"heading_deg", SwJsonValue(1)}})};
+    clip_test::makeClip(spec);
+    int const port = live_test::freePort();
+    LiveInput input({live_test::addressOf(port), 0.0, false});
+    live_test::Sender const sender(port, folder.file("a.ts"));
+    std::shared_ptr<media::LiveProgram const> program;
+    auto const until = Clock::now() + std::chrono::seconds(20);
+    while (Clock::now() < until && (!program || program->tables.services.empty())) {
+        std::optional<LiveItem> const item = input.queue().pop(Clock::now() + std::chrono::milliseconds(50));
+        program = item && item->packet ? item->program : program;
+    }
+    ASSERT_TRUE(program);
+    EXPECT_TRUE(program->isTransportStream);
+    EXPECT_EQ(program->kinds, (std::vector<StreamKind>{StreamKind::Video, StreamKind::Klv}));
+    EXPECT_EQ(program->stream(1).id, 0x101);
+    EXPECT_FALSE(program->isInCells(1));
+    ASSERT_EQ(program->container->nb_programs, 1U);
+    EXPECT_EQ(program->container->programs[0]->id, 1);
+    EXPECT_EQ(program->container->programs[0]->pmt_pid, 0x1000);
+    EXPECT_EQ(program->container->programs[0]->nb_stream_indexes, 2U);
+    EXPECT_EQ(program->tables.association->mapPids, (std::map<int, int>{{1, 0x1000}}));
+    ASSERT_EQ(program->tables.maps.count(1), 1U);
+    EXPECT_EQ(program->tables.maps.at(1).streams.at(1).pid, 0x101);
+    EXPECT_FALSE(program->tables.services.empty());
 }
 
 TEST(LiveInput, EndsAtOnceWhileItWaits)

@@ -123,6 +123,27 @@ TEST(ProgramTablePatch, SetsUnitIds)
     EXPECT_EQ(patch.pass(packet(0x102, unit)), packet(0x102, unit)) << "another stream";
 }
 
+TEST(ProgramTablePatch, LearnsServicesAndUnitIdsOnTheWay)
+{
+    Bytes service = bytes("42 F0 18 00 01 C1 00 00 FF 01 FF 00 01 FC 80 07 48 05 01 01 50 01 42 00 00 00 00");
+    media::setSectionSum(service);
+    Bytes later = service;
+    later[22] = 'X';
+    media::setSectionSum(later);
+    media::ProgramTablePatch patch({sourceTables(), {1}, {}, {}});
+    EXPECT_EQ(patch.pass(sectionPacket(service, 0x11)), Bytes()) << "none was sent yet";
+    patch.learnServices(service);
+    patch.learnServices(later);
+    EXPECT_EQ(sectionOf(patch.pass(sectionPacket(service, 0x11)), 0x11), service) << "the first one stays";
+    Bytes const unit = bytes("00 00 01 FC 00 05 84 80 00 11 22");
+    EXPECT_EQ(patch.pass(packet(0x101, unit)), packet(0x101, unit));
+    patch.learnUnitId(0x101, 0xBD);
+    patch.learnUnitId(0x101, 0xC0);
+    Bytes changed = unit;
+    changed[3] = 0xBD;
+    EXPECT_EQ(patch.pass(packet(0x101, unit)), packet(0x101, changed)) << "the first one stays";
+}
+
 TEST(ProgramTablePatch, LeavesTablesThatItCannotReadAsTheyAre)
 {
     Bytes damaged = transport_test::plainMap();
