@@ -7,12 +7,37 @@
 #include "imaging/imaging_access.h"
 #include "media/interrupt.h"
 #include "media/png_writer.h"
+#include "sw_text.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <system_error>
 
 namespace cli {
+
+namespace {
+
+/// A picture under the name of another format would be one that few programs open. Devices and pipes have no format.
+void refuseOtherFormats(std::string const& output)
+{
+    std::error_code notThere;
+    std::filesystem::file_status const status = std::filesystem::status(output, notThere);
+    bool const isDevice = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status) &&
+                          !std::filesystem::is_directory(status);
+    std::string ending = std::filesystem::path(output).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), sw_detail::toLower);
+    if (!isDevice && ending != ".png") {
+        throw WrongUsage(output + ": the picture is written as PNG; give a name that ends in .png");
+    }
+}
+
+}  // namespace
 
 void runFrame(FrameOptions const& options)
 {
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
+    refuseOtherFormats(options.output);
     ConfigFile const config = readConfig(options.config);
     auto const clip =
         clip::openShownAt({options.input, options.telemetry, config.text, {}, options.look}, options.atSeconds);

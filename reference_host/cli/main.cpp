@@ -21,6 +21,7 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,7 +64,8 @@ std::int64_t parseBitRate(std::string const& text)
     double const factor = unit.empty() ? 1.0 : unit == "k" ? 1e3 : unit == "M" ? 1e6 : 0.0;
     double const bits = number * factor;
     if (failure != std::errc() || !(bits >= 1000.0 && bits <= 1e10)) {
-        throw WrongUsage("--bitrate " + text + ": give bits per second, for example 2500k or 4M");
+        throw WrongUsage("--bitrate " + text +
+                         ": give bits per second from 1000 to 10000000000, for example 2500k or 4M");
     }
     return static_cast<std::int64_t>(bits);
 }
@@ -145,8 +147,8 @@ void addLook(CLI::App& command, frame::Look& look)
 
 /// --from and --to as they were written.
 struct RangeTexts {
-    std::string from;
-    std::string to;
+    std::optional<std::string> from;
+    std::optional<std::string> to;
 };
 
 std::shared_ptr<RangeTexts> addRange(CLI::App& command)
@@ -161,19 +163,19 @@ std::shared_ptr<RangeTexts> addRange(CLI::App& command)
 clip::ClipRange rangeOf(RangeTexts const& texts)
 {
     clip::ClipRange range;
-    if (!texts.from.empty()) {
-        range.from = parseClipTime("--from", texts.from);
+    if (texts.from) {
+        range.from = parseClipTime("--from", *texts.from);
     }
-    if (!texts.to.empty()) {
-        range.to = parseClipTime("--to", texts.to);
+    if (texts.to) {
+        range.to = parseClipTime("--to", *texts.to);
     }
     if (range.to && *range.to <= range.from.value_or(0.0)) {
-        throw WrongUsage("--to " + texts.to + ": give a time after that of --from, which is 0 without it");
+        throw WrongUsage("--to " + *texts.to + ": give a time after that of --from, which is 0 without it");
     }
     return range;
 }
 
-void addEncoding(CLI::App& command, media::EncoderChoice& encoding, std::string& bitRate)
+void addEncoding(CLI::App& command, media::EncoderChoice& encoding, std::optional<std::string>& bitRate)
 {
     constexpr double kMostCrf = 63.0;
     constexpr int kMostThreads = 256;
@@ -222,7 +224,7 @@ void addLive(CLI::App& command, BurnOptions& options)
 void addBurn(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<BurnOptions>();
-    auto const bitRate = std::make_shared<std::string>();
+    auto const bitRate = std::make_shared<std::optional<std::string>>();
     CLI::App* const command = app.add_subcommand("burn", "draw the telemetry into a clip");
     command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
@@ -240,8 +242,8 @@ void addBurn(CLI::App& app, Action& action)
     command->callback([&action, options, bitRate, range] {
         action = [options, bitRate, range] {
             options->range = rangeOf(*range);
-            if (!bitRate->empty()) {
-                options->encoding.bitRate = parseBitRate(*bitRate);
+            if (*bitRate) {
+                options->encoding.bitRate = parseBitRate(**bitRate);
             }
             if (options->live) {
                 runLiveBurn(*options);
@@ -317,7 +319,7 @@ void addCheck(CLI::App& app, Action& action)
     CLI::App* const command = app.add_subcommand("check", "tell what of a configuration would silently be changed");
     command->add_option("CONFIG", options->config, "configuration, a JSON file")->required();
     command->add_option("INPUT", options->input, "clip that must deliver the keys, and on which blocks are placed");
-    auto const at = std::make_shared<std::string>();
+    auto const at = std::make_shared<std::optional<std::string>>();
     command
         ->add_option(
             "--at", *at,
@@ -330,8 +332,8 @@ void addCheck(CLI::App& app, Action& action)
                     "used, 2 for wrong usage.");
     command->callback([&action, options, at] {
         action = [options, at] {
-            if (!at->empty()) {
-                options->atSeconds = parseClipTime("--at", *at);
+            if (*at) {
+                options->atSeconds = parseClipTime("--at", **at);
             }
             return codeAfter(runCheck(*options) ? kDone : kFound);
         };

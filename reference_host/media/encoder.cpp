@@ -33,6 +33,12 @@ AVPixelFormat choosePixelFormat(AVCodec const& codec)
     return avcodec_find_best_pix_fmt_of_list(codec.pix_fmts, AV_PIX_FMT_NV12, 0, nullptr);
 }
 
+bool needsDevice(AVCodec const& codec)
+{
+    return (codec.capabilities & (AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID)) != 0 ||
+           std::strstr(codec.name, "_omx") != nullptr;
+}
+
 /// Codecs of the MPEG-1, -2 and -4 part 2 families count time in frames of a fixed rate.
 bool countsFrames(AVCodecID codec)
 {
@@ -173,8 +179,13 @@ void Encoder::open_(AVCodec const& codec, AVOutputFormat const& container, int w
     applyChoice(settings_.choice, context, codec);
     int const result = avcodec_open2(&context, &codec, nullptr);
     if (result < 0) {
-        throw std::runtime_error(std::string(codec.name) + " cannot encode pictures of " + sizeText(width, height) +
-                                 ": " + errorText(result) + "; choose another encoder with --video-codec");
+        // What drivers and their wrappers answer says nothing of what is wrong.
+        throw std::runtime_error(
+            needsDevice(codec) ? std::string(codec.name) + ": no device or driver that encodes pictures of " +
+                                     sizeText(width, height) + " was found here (" + errorText(result) +
+                                     "); choose a software encoder with --video-codec, such as libx264"
+                               : std::string(codec.name) + " cannot encode pictures of " + sizeText(width, height) +
+                                     ": " + errorText(result) + "; choose another encoder with --video-codec");
     }
 }
 

@@ -39,9 +39,23 @@ bool hasNamedPresets(AVCodec const& codec)
            std::strcmp(codec.name, "libx265") == 0;
 }
 
+/// What transport streams have a stream type or a registration for. Their muxer would write anything else too, as
+/// private data that nobody can play.
+constexpr std::array<AVCodecID, 8> kInTransportStreams = {
+    AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MPEG4, AV_CODEC_ID_H264,
+    AV_CODEC_ID_HEVC,       AV_CODEC_ID_CAVS,       AV_CODEC_ID_DIRAC, AV_CODEC_ID_VC1};
+
+bool isTransportStream(AVOutputFormat const& container)
+{
+    return std::strcmp(container.name, "mpegts") == 0;
+}
+
 bool carries(AVOutputFormat const& container, AVCodecID codec)
 {
-    // Some containers (transport streams) cannot answer and take the common codecs.
+    if (isTransportStream(container)) {
+        return std::find(kInTransportStreams.begin(), kInTransportStreams.end(), codec) != kInTransportStreams.end();
+    }
+    // Who cannot answer takes the common codecs.
     return avformat_query_codec(&container, codec, FF_COMPLIANCE_NORMAL) != 0;
 }
 
@@ -80,6 +94,31 @@ std::string listed(std::vector<std::string> const& names)
     return text;
 }
 
+/// The names of the encoders of a codec, as FFmpeg lists them.
+std::vector<std::string> encodersOf(AVCodecID codec)
+{
+    std::vector<std::string> names;
+    void* state = nullptr;
+    while (AVCodec const* const candidate = av_codec_iterate(&state)) {
+        if (candidate->id == codec && av_codec_is_encoder(candidate) != 0) {
+            names.emplace_back(candidate->name);
+        }
+    }
+    return names;
+}
+
+/// Why there is no encoder of this name: many give the codec's.
+UnknownChoice noSuchEncoder(std::string const& name)
+{
+    AVCodecDescriptor const* const codec = avcodec_descriptor_get_by_name(name.c_str());
+    std::vector<std::string> const encoders =
+        codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO ? std::vector<std::string>() : encodersOf(codec->id);
+    std::string const option = "--video-codec " + name + ": ";
+    return UnknownChoice(encoders.empty()
+                             ? option + "no such video encoder; try libx264, mpeg4 or mpeg2video"
+                             : option + "is a codec, not an encoder; name one of its encoders: " + listed(encoders));
+}
+
 void setPreset(std::string const& preset, AVCodecContext& context, AVCodec const& codec)
 {
     bool const named = hasNamedPresets(codec);
@@ -104,12 +143,15 @@ void setPreset(std::string const& preset, AVCodecContext& context, AVCodec const
 
 void setCrf(double crf, AVCodecContext& context, AVCodec const& codec)
 {
-    if (optionOf(context, "crf") == nullptr) {
+    AVOption const* const option = optionOf(context, "crf");
+    if (option == nullptr) {
         throw UnknownChoice(std::string("--crf: ") + codec.name + " has no constant quality; use --bitrate");
     }
-    bool const within = crf >= 0.0 && (!hasNamedPresets(codec) || crf <= kMostCrf);
+    double const most = hasNamedPresets(codec) ? kMostCrf : option->max;
+    bool const within = crf >= 0.0 && crf <= most;
     if (!within || !set(context, "crf", std::to_string(crf).c_str())) {
-        throw UnknownChoice("--crf " + sw_text::numberText(crf) + ": " + codec.name + " does not take this; try 20");
+        throw UnknownChoice("--crf " + sw_text::numberText(crf) + ": " + codec.name + " takes 0 to " +
+                            sw_text::numberText(most));
     }
 }
 
@@ -164,8 +206,12 @@ AVCodec const& encoderFor(EncoderChoice const& choice, AVOutputFormat const& con
     if (!choice.codecName.empty()) {
         AVCodec const* const codec = avcodec_find_encoder_by_name(choice.codecName.c_str());
         if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO) {
-            throw UnknownChoice("--video-codec " + choice.codecName +
-                                ": no such video encoder; try libx264, mpeg4 or ffv1");
+            throw noSuchEncoder(choice.codecName);
+        }
+        if (isTransportStream(container) && !carries(container, codec->id)) {
+            throw UnknownChoice("--video-codec " + choice.codecName + ": transport streams carry no " +
+                                avcodec_get_name(codec->id) +
+                                " video; try libx264, mpeg4 or mpeg2video, or an output that ends in .mkv");
         }
         return *codec;
     }

@@ -29,8 +29,8 @@ AVCodecHWConfig const* framesConfigOf(AVCodec const& codec)
 
 [[noreturn]] void fail(AVCodec const& codec, int code)
 {
-    throw std::runtime_error(std::string(codec.name) + ": its device cannot be used here: " + errorText(code) +
-                             "; choose another encoder with --video-codec");
+    throw std::runtime_error(std::string(codec.name) + ": no device or driver for it was found here (" +
+                             errorText(code) + "); choose a software encoder with --video-codec, such as libx264");
 }
 
 }  // namespace

@@ -24,6 +24,26 @@ std::string folderOf(std::string const& path)
     return folder.empty() ? "." : folder;
 }
 
+bool isStandardOutput(std::string const& path)
+{
+    return path == "-" || path.compare(0, 5, "pipe:") == 0;
+}
+
+char const* cureForStandardOutput(int errorNumber)
+{
+    switch (errorNumber) {
+    case EPIPE:
+        return "the program that reads it has ended; see why";
+    case ENOSPC:
+    case EDQUOT:
+        return "free some space";
+    case EFBIG:
+        return "raise the limit on file sizes (ulimit -f)";
+    default:
+        return "lead it to a program or into a file";
+    }
+}
+
 char const* cureForWriting(int errorNumber)
 {
     switch (errorNumber) {
@@ -48,6 +68,9 @@ std::string writeFailure(std::string const& path, std::string const& reason, int
 {
     if (path.find("://") != std::string::npos) {
         return path + ": cannot be sent to: " + reason + "; check the address and that somebody listens there";
+    }
+    if (isStandardOutput(path)) {
+        return "standard output cannot be written: " + reason + "; " + cureForStandardOutput(errorNumber);
     }
     return path + ": cannot be written: " + reason + "; " + cureForWriting(errorNumber);
 }

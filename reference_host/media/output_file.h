@@ -34,7 +34,7 @@ private:
 bool isAddress(std::string const& output);
 
 /// One line for a write that failed with this errno (0: of another cause); knows the cures for full disks and
-/// limited files, and another one for addresses.
+/// limited files, and others for addresses and for standard output.
 std::string writeFailure(std::string const& path, std::string const& reason, int errorNumber);
 
 }  // namespace media

@@ -77,7 +77,10 @@ protected:
         return text;
     }
 
-    static Result call(Words const& words) { return run(inFolder(words)); }
+    static Result call(Words const& words, e2e::RunOptions const& options = {})
+    {
+        return run(inFolder(words), options);
+    }
 
 private:
     inline static media_test::TempFolder* folder_ = nullptr;
@@ -133,8 +136,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"no_device_for_the_encoder",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "h264_v4l2m2m"},
                    1,
-                   "h264_v4l2m2m cannot encode pictures of 320x240: Invalid argument; choose another encoder with "
-                   "--video-codec"},
+                   "h264_v4l2m2m: no device or driver that encodes pictures of 320x240 was found here (Invalid "
+                   "argument); choose a software encoder with --video-codec, such as libx264"},
         RefusalRow{"no_config",
                    {"burn", "@a.ts", "-c", "@none.json", "-o", "@o.ts"},
                    1,
@@ -201,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"unknown_encoder",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "h265turbo"},
                    2,
-                   "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or ffv1"},
+                   "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or mpeg2video"},
         RefusalRow{"picture_as_clip",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.png"},
                    2,
@@ -227,7 +230,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"quality_beyond_the_encoder",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--crf", "52"},
                    2,
-                   "--crf 52: libx264 does not take this; try 20"},
+                   "--crf 52: libx264 takes 0 to 51"},
         RefusalRow{"quality_beyond_all",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--crf", "64"},
                    2,
@@ -276,7 +279,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"bit_rate_word",
                    {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "fast"},
                    2,
-                   "--bitrate fast: give bits per second, for example 2500k or 4M"},
+                   "--bitrate fast: give bits per second from 1000 to 10000000000, for example 2500k or 4M"},
         RefusalRow{"negative_moment",
                    {"frame", "@a.ts", "-c", "@c.json", "--at", "-1", "-o", "@o.png"},
                    2,
@@ -301,6 +304,84 @@ INSTANTIATE_TEST_SUITE_P(
                    2,
                    "@o.mp4: this container cannot carry KLV; use an output that ends in .ts"}),
     [](auto const& row) { return row.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(
+    FormerBugs, Refusals,
+    testing::Values(
+        RefusalRow{"video_that_transport_streams_do_not_carry",
+                   {"burn", "@none.ts", "-c", "@none.json", "-o", "@o.ts", "--video-codec", "ffv1"},
+                   2,
+                   "--video-codec ffv1: transport streams carry no ffv1 video; try libx264, mpeg4 or mpeg2video, or an "
+                   "output that ends in .mkv"},
+        RefusalRow{"video_that_addresses_do_not_carry",
+                   {"burn", "@none.ts", "-c", "@none.json", "-o", "udp://127.0.0.1:9", "--video-codec", "libvpx-vp9"},
+                   2,
+                   "--video-codec libvpx-vp9: transport streams carry no vp9 video; try libx264, mpeg4 or mpeg2video, "
+                   "or an output that ends in .mkv"},
+        RefusalRow{"a_flight_that_transport_streams_do_not_carry",
+                   {"sample", "@o.ts", "--video-codec", "mjpeg"},
+                   2,
+                   "--video-codec mjpeg: transport streams carry no mjpeg video; try libx264, mpeg4 or mpeg2video, or "
+                   "an output that ends in .mkv"},
+        RefusalRow{"codec_for_encoder",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "theora"},
+                   2,
+                   "--video-codec theora: is a codec, not an encoder; name one of its encoders: libtheora"},
+        RefusalRow{"quality_of_another_scale",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--crf", "52", "--video-codec", "libx265"},
+                   2,
+                   "--crf 52: libx265 takes 0 to 51"},
+        RefusalRow{"bit_rate_too_low",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", "999"},
+                   2,
+                   "--bitrate 999: give bits per second from 1000 to 10000000000, for example 2500k or 4M"},
+        RefusalRow{"empty_bit_rate",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--bitrate", ""},
+                   2,
+                   "--bitrate : give bits per second from 1000 to 10000000000, for example 2500k or 4M"},
+        RefusalRow{"empty_begin",
+                   {"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--from", ""},
+                   2,
+                   "--from : give seconds or [HH:]MM:SS[.fff], for example 90.5 or 00:01:30.5"},
+        RefusalRow{"empty_end",
+                   {"text", "@a.ts", "-c", "@c.json", "--to", ""},
+                   2,
+                   "--to : give seconds or [HH:]MM:SS[.fff], for example 90.5 or 00:01:30.5"},
+        RefusalRow{"empty_moment",
+                   {"check", "@c.json", "@a.ts", "--at", ""},
+                   2,
+                   "--at : give seconds or [HH:]MM:SS[.fff], for example 90.5 or 00:01:30.5"},
+        RefusalRow{"clip_as_picture",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "0", "-o", "@o.mp4"},
+                   2,
+                   "@o.mp4: the picture is written as PNG; give a name that ends in .png"},
+        RefusalRow{"picture_of_another_format",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "0", "-o", "@o.jpg"},
+                   2,
+                   "@o.jpg: the picture is written as PNG; give a name that ends in .png"},
+        RefusalRow{"picture_under_the_name_of_standard_output",
+                   {"frame", "@a.ts", "-c", "@c.json", "--at", "0", "-o", "-"},
+                   2,
+                   "-: the picture is written as PNG; give a name that ends in .png"}),
+    [](auto const& row) { return row.param.name; });
+
+TEST_F(Commands, AStandardOutputThatCannotBeWrittenGetsACureOfItsOwn)
+{
+    Result const full = call({"burn", "@a.ts", "-c", "@c.json", "-o", "-"}, {"", "/dev/full"});
+    EXPECT_EQ(full.exitCode, 1);
+    EXPECT_EQ(full.err,
+              "stanag-overlay: standard output cannot be written: No space left on device; free some space\n");
+}
+
+TEST_F(Commands, ACodecIsToldWithItsEncoders)
+{
+    Result const result = call({"burn", "@a.ts", "-c", "@c.json", "-o", "@o.ts", "--video-codec", "h264"});
+    EXPECT_EQ(result.exitCode, 2);
+    std::string const start =
+        "stanag-overlay: --video-codec h264: is a codec, not an encoder; name one of its encoders: ";
+    EXPECT_EQ(result.err.rfind(start, 0), 0U) << result.err;
+    EXPECT_NE(result.err.find(" libx264, ", start.size() - 1), std::string::npos) << result.err;
+}
 
 TEST_F(Commands, HelpGoesToStandardOutput)
 {

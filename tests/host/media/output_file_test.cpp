@@ -112,4 +112,16 @@ TEST(OutputFile, KnowsTheCures)
               "a.ts: cannot be written: Permission denied; choose a folder that can be written to");
 }
 
+TEST(OutputFile, KnowsTheCuresForStandardOutput)
+{
+    EXPECT_EQ(media::writeFailure("-", "Broken pipe", EPIPE),
+              "standard output cannot be written: Broken pipe; the program that reads it has ended; see why");
+    EXPECT_EQ(media::writeFailure("pipe:1", "Disk quota exceeded", EDQUOT),
+              "standard output cannot be written: Disk quota exceeded; free some space");
+    EXPECT_EQ(media::writeFailure("-", "File too large", EFBIG),
+              "standard output cannot be written: File too large; raise the limit on file sizes (ulimit -f)");
+    EXPECT_EQ(media::writeFailure("-", "Bad file descriptor", EBADF),
+              "standard output cannot be written: Bad file descriptor; lead it to a program or into a file");
+}
+
 }  // namespace

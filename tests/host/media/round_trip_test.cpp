@@ -448,20 +448,19 @@ TEST_P(WrongChoice, IsSaidInOneLine)
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, WrongChoice,
-    testing::Values(ChoiceRow{"no_such_ending", "a.xyz", "", -1,
-                              "a.xyz: no video container has this ending; use .ts, .mp4 or .mkv"},
-                    ChoiceRow{"sound_only_ending", "a.wav", "", -1,
-                              "a.wav: no video container has this ending; use .ts, .mp4 or .mkv"},
-                    ChoiceRow{"no_such_encoder", "a.mkv", "h265turbo", -1,
-                              "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or ffv1"},
-                    ChoiceRow{"sound_encoder", "a.mkv", "aac", -1,
-                              "--video-codec aac: no such video encoder; try libx264, mpeg4 or ffv1"},
-                    ChoiceRow{"no_constant_quality", "a.mkv", "mpeg4", 20,
-                              "--crf: mpeg4 has no constant quality; use --bitrate"},
-                    ChoiceRow{"quality_out_of_range", "a.mkv", "libvpx-vp9", 900,
-                              "--crf 900: libvpx-vp9 does not take this; try 20"},
-                    ChoiceRow{"container_refuses_codec", "a.mp4", "huffyuv", -1,
-                              "a.mp4: mp4 does not take huffyuv video; choose another ending or --video-codec"}),
+    testing::Values(
+        ChoiceRow{"no_such_ending", "a.xyz", "", -1,
+                  "a.xyz: no video container has this ending; use .ts, .mp4 or .mkv"},
+        ChoiceRow{"sound_only_ending", "a.wav", "", -1,
+                  "a.wav: no video container has this ending; use .ts, .mp4 or .mkv"},
+        ChoiceRow{"no_such_encoder", "a.mkv", "h265turbo", -1,
+                  "--video-codec h265turbo: no such video encoder; try libx264, mpeg4 or mpeg2video"},
+        ChoiceRow{"sound_encoder", "a.mkv", "aac", -1,
+                  "--video-codec aac: no such video encoder; try libx264, mpeg4 or mpeg2video"},
+        ChoiceRow{"no_constant_quality", "a.mkv", "mpeg4", 20, "--crf: mpeg4 has no constant quality; use --bitrate"},
+        ChoiceRow{"quality_out_of_range", "a.mkv", "libvpx-vp9", 900, "--crf 900: libvpx-vp9 takes 0 to 63"},
+        ChoiceRow{"container_refuses_codec", "a.mp4", "huffyuv", -1,
+                  "a.mp4: mp4 does not take huffyuv video; choose another ending or --video-codec"}),
     [](auto const& row) { return row.param.name; });
 
 TEST(ContainerFor, ChoosesByEndingOrAddress)
