@@ -157,6 +157,11 @@ int Muxer::copyStream_(AVStream const& source)
         stream.codecpar->codec_type = AVMEDIA_TYPE_DATA;
         stream.codecpar->codec_id = AV_CODEC_ID_BIN_DATA;
     }
+    if (isTransportStream() && stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO && stream.codecpar->sample_rate == 0) {
+        // Sound of a live input is not studied. FFmpeg wants some rate, but a transport stream does not tell it.
+        constexpr int kAnyRate = 48000;
+        stream.codecpar->sample_rate = kAnyRate;
+    }
     stream.time_base = source.time_base;
     return stream.index;
 }

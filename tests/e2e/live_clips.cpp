@@ -18,6 +18,7 @@ void makeLiveClip(LiveClipSpec const& spec)
     clip_test::ClipSpec clip{spec.path, spec.width, spec.height, spec.frames, "mpeg2video", spec.firstTicks};
     clip.klvStreams = {telemetry};
     clip.klvCells = spec.klvCells;
+    clip.sound = spec.sound;
     clip_test::makeClip(clip);
 }
 

@@ -15,6 +15,7 @@ struct LiveClipSpec {
     std::int64_t firstTicks = 90000;
     int frames = 1500;
     bool klvCells = false;  ///< telemetry stands in access unit cells
+    bool sound = false;
 };
 void makeLiveClip(LiveClipSpec const& spec);
 

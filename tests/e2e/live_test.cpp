@@ -339,6 +339,33 @@ INSTANTIATE_TEST_SUITE_P(Rows, Identity,
                                          IdentityRow{"to_a_file", "synchronous.ts", "program.ts", true, true}),
                          [](auto const& row) { return row.param.name; });
 
+/// All of a stream without its units, which the muxer cuts in its own way.
+Bytes contentsOf(std::string const& clip, int pid)
+{
+    Bytes all;
+    ts_test::TransportStream const stream = ts_test::readTransportStream(clip);
+    for (ts_test::Unit const& unit : stream.programs.at(1).streams.at(pid).units) {
+        all.insert(all.end(), unit.payload.begin(), unit.payload.end());
+    }
+    return all;
+}
+
+TEST_F(Live, SoundGoesOnBesideThePictures)
+{
+    live_test::makeLiveClip({file("heard.ts"), 96, 64, 90000, 200, false, true});
+    Result const result = burn({"-o", file("heard_out.ts")}, [&] {
+        pass(1.0);
+        Sender const sender(in_, file("heard.ts"));
+        pass(3.0);
+    });
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    Bytes const sent = contentsOf(file("heard.ts"), 0x102);
+    Bytes const heard = contentsOf(file("heard_out.ts"), 0x102);
+    constexpr std::size_t kTwoSeconds = 2 * 8000;  // at 64 kbit/s
+    ASSERT_GT(heard.size(), kTwoSeconds);
+    EXPECT_TRUE(std::search(sent.begin(), sent.end(), heard.begin(), heard.end()) != sent.end());
+}
+
 TEST_F(Live, GivesUpWhenNothingComes)
 {
     auto const begin = Clock::now();
