@@ -59,10 +59,11 @@ int centred(Axis const& axis)
     return (axis.length - (axis.end - axis.begin)) / 2;
 }
 
-/// As far from the end as the box now is from the nearer side.
+/// As far from the end as the box now is from the nearer side, but a tenth at most: what stands in the middle has no
+/// margin to keep.
 int flushEnd(Axis const& axis)
 {
-    int const margin = std::max(0, std::min(axis.begin, axis.length - axis.end));
+    int const margin = std::clamp(std::min(axis.begin, axis.length - axis.end), 0, axis.length / 10);
     return axis.length - margin - (axis.end - axis.begin);
 }
 

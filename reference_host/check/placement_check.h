@@ -31,7 +31,7 @@ struct PlacedBlock {
 std::string placeOf(PlacedBlock const& block);
 
 /// The box in pixels and in fractions of the picture, and the positions that would centre it, or set it flush right or
-/// at the bottom with the margin that it now has at the nearer side:
+/// at the bottom with the margin that it now has at the nearer side, a tenth of the picture at most:
 /// `box 12,20 to 336,98 of 1280x720 (0.0094,0.0278 to 0.2625,0.1361); centred "x": 0.3734, "y": 0.4459; flush right
 /// "x": 0.7375; at the bottom "y": 0.864`. Axes along which the box is larger than the picture are left out.
 std::string boxText(PlacedBlock const& block, PictureSize const& picture);

@@ -140,7 +140,7 @@ void addLook(CLI::App& command, frame::Look& look)
         ->type_name("FAMILY");
     command
         .add_option("--outline", look.outline,
-                    "dark rim around the texts, so wide on 1080 lines and scaled like them (default: 0, none)")
+                    "dark rim around the texts, 0 to 32 pixels on 1080 lines and scaled like them (default: 0, none)")
         ->type_name("PX")
         ->check(within(0.0, frame::kWidestOutline));
 }

@@ -92,7 +92,7 @@ std::vector<DerivedKey> derivableFrom(std::set<std::string> const& keys)
                 continue;
             }
             DerivedKey derived = keyFrom(row, *stem);
-            if (keys.count(derived.key) == 0 && missingOf(derived, known).empty()) {
+            if (missingOf(derived, known).empty()) {
                 fitting.push_back(std::move(derived));
             }
         }
@@ -140,7 +140,7 @@ std::vector<std::string> missingSources(std::string const& key, std::set<std::st
 DerivedKeyMaker::DerivedKeyMaker(KeySelection const& wanted) : wanted_(wanted)
 {
     any_ = std::any_of(derivedTable().begin(), derivedTable().end(), [&wanted](DerivedRow const& row) {
-        return wanted.names(row.key.substr(row.key.front() == '*' ? 1 : 0));
+        return wanted.wants(row.key.substr(row.key.front() == '*' ? 1 : 0));
     });
 }
 

@@ -2,6 +2,7 @@
 #include "telemetry/key_selection.h"
 
 #include "SwJson.h"
+#include "sw_text.h"
 #include "telemetry/derived_keys.h"
 #include "telemetry/nested_sets.h"
 #include "telemetry/second_keys.h"
@@ -69,6 +70,20 @@ std::string lines(std::vector<std::string> const& texts)
 }
 
 }  // namespace
+
+/// speed_mps is not named by ground_speed_mps: in front of a name stands no other letter of it.
+bool KeySelection::namedFromItsBeginning_(std::string_view key) const
+{
+    auto const isLetter = [](char c) {
+        return sw_detail::isDigit(c) || c == '_' || (sw_detail::toLower(c) >= 'a' && sw_detail::toLower(c) <= 'z');
+    };
+    for (std::size_t at = texts_.find(key); at != std::string::npos; at = texts_.find(key, at + 1)) {
+        if (at == 0 || !isLetter(texts_[at - 1])) {
+            return true;
+        }
+    }
+    return false;
+}
 
 /// Names the keys of which the named ones are made.
 void KeySelection::addSources_()

@@ -23,10 +23,11 @@ public:
 
     bool wants(std::string_view key) const { return all_ || named_(key); }
     /// Whether a key that is made only for those who name it is wanted.
-    bool names(std::string_view key) const { return derived_ || named_(key); }
+    bool names(std::string_view key) const { return derived_ || namedFromItsBeginning_(key); }
 
 private:
     bool named_(std::string_view key) const { return texts_.find(key) != std::string::npos; }
+    bool namedFromItsBeginning_(std::string_view key) const;
     void addSources_();
 
     bool all_ = true;

@@ -39,10 +39,22 @@ NestedItems::NestedItems(KeySelection const& wanted)
 
 bool NestedItems::takeSecurity(KlvPacket const& set)
 {
-    std::optional<SwJsonObject> keys = readSecuritySet(set.bytes.subspan(set.valueOffset));
-    if (keys.has_value() && !keys->empty()) {
+    bool marked = false;
+    return takeMarking_(set.bytes.subspan(set.valueOffset), marked);
+}
+
+/// False for a set that cannot be read. It may have raised the level: what was marked before holds no longer.
+bool NestedItems::takeMarking_(std::span<std::uint8_t const> set, bool& marked)
+{
+    std::optional<SwJsonObject> keys = readSecuritySet(set);
+    if (!keys.has_value()) {
+        security_ = unreadableMarking();
+    } else if (!keys->empty()) {
         security_ = std::move(*keys);
+    } else {
+        return true;
     }
+    marked = true;
     return keys.has_value();
 }
 
@@ -55,12 +67,7 @@ void NestedItems::addKeys(KlvPacket const& packet, SwJsonObject& payload)
     KlvItemReader items(packet);
     while (auto const item = items.next()) {
         if (item->tag == tag::kSecuritySet) {
-            std::optional<SwJsonObject> keys = readSecuritySet(item->data);
-            damaged_ += keys.has_value() ? 0U : 1U;
-            if (keys.has_value() && !keys->empty()) {
-                security_ = std::move(*keys);
-                marked = true;
-            }
+            damaged_ += takeMarking_(item->data, marked) ? 0U : 1U;
         } else {
             damaged_ += readNested(item->tag, item->data, payload) ? 0U : 1U;
         }

@@ -7,6 +7,7 @@
 #include "telemetry/klv_reader.h"
 
 #include <cstdint>
+#include <span>
 
 namespace telemetry {
 
@@ -27,6 +28,8 @@ public:
     std::uint64_t damaged() const { return damaged_; }
 
 private:
+    bool takeMarking_(std::span<std::uint8_t const> set, bool& marked);
+
     bool wantsSecurity_ = false;
     bool wantsOthers_ = false;
     SwJsonObject security_;

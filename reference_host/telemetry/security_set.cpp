@@ -183,6 +183,13 @@ std::string markingLine(SwJsonObject const& keys)
     return line;
 }
 
+SwJsonObject unreadableMarking()
+{
+    SwJsonObject keys{{kLevelKey, SwJsonValue(kUnknownLevel)}};
+    keys.insertOrAssign(kSecurityLineKey, SwJsonValue(markingLine(keys)));
+    return keys;
+}
+
 std::optional<SwJsonObject> readSecuritySet(std::span<std::uint8_t const> set)
 {
     SwJsonObject keys;

@@ -32,6 +32,9 @@ inline constexpr std::string_view kSecurityLineKey = "security_line";
 /// 01 01 01 06 03 55 53 41 gives security_line "UNCLASSIFIED//REL TO USA", and five keys more.
 std::optional<SwJsonObject> readSecuritySet(std::span<std::uint8_t const> set);
 
+/// The keys of a set that cannot be read: nobody knows the level, and the line says so.
+SwJsonObject unreadableMarking();
+
 /// The items of a set from values by key; names and the line are not needed, they come back from the codes. Empty
 /// when the payload has none of the keys. readSecuritySet(writeSecuritySet(p)) gives the security keys of p.
 std::vector<std::uint8_t> writeSecuritySet(SwJsonObject const& payload);

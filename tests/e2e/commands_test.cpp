@@ -507,7 +507,7 @@ TEST_F(Commands, PositionsThatCheckPrintsDoWhatTheySay)
             << line;
         return edges;
     };
-    std::string const before = lineOf(0.1, 0.2);
+    std::string const before = lineOf(0.08, 0.08);
     auto const [left, top, right, bottom] = box(before);
     auto const centred =
         box(lineOf(numberAfter(before, "\"x\": ", "centred"), numberAfter(before, "\"y\": ", "centred")));

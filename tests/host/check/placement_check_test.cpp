@@ -44,6 +44,14 @@ TEST(BoxText, MarginIsThatOfTheNearerSide)
         << "it stays where it is";
 }
 
+TEST(BoxText, BlockInTheMiddleHasNoMarginToKeep)
+{
+    // 20 wide and high: a tenth of 1280 and of 720 is left beside it.
+    EXPECT_EQ(check::boxText(block(0, 630, 350, 650, 370), kPicture),
+              "box 630,350 to 650,370 of 1280x720 (0.4922,0.4861 to 0.5078,0.5139); centred \"x\": 0.4953, \"y\": "
+              "0.4917; flush right \"x\": 0.8875; at the bottom \"y\": 0.8778");
+}
+
 TEST(BoxText, BoxBeyondTheEdgeGetsNoMargin)
 {
     EXPECT_EQ(check::boxText(block(0, -10, 0, 90, 20), kPicture),

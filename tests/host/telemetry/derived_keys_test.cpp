@@ -308,6 +308,34 @@ TEST(DerivedKeys, LearnFromEveryPayload)
     EXPECT_FALSE(third.contains("a_ft"));
 }
 
+// Once a packet had brought the key itself, it was never made again.
+TEST(DerivedKeys, KeyThatAPacketBringsStaysInThatPacketOnly)
+{
+    DerivedKeyMaker maker(KeySelection::namedIn(R"({"overlay":[{"formatString":"%speed_mps"}]})"));
+    SwJsonObject const moving{{"velocity_north_mps", 3.0}, {"velocity_east_mps", 4.0}};
+    SwJsonObject first = moving;
+    SwJsonObject second = moving;
+    second.insertOrAssign("speed_mps", 7.0);
+    SwJsonObject third = moving;
+    for (SwJsonObject* const payload : {&first, &second, &third}) {
+        maker.addTo(*payload);
+    }
+    EXPECT_EQ(valueText(std::as_const(first)["speed_mps"]), "5d");
+    EXPECT_EQ(valueText(std::as_const(second)["speed_mps"]), "7d");
+    EXPECT_EQ(valueText(std::as_const(third)["speed_mps"]), "5d");
+}
+
+TEST(DerivedKeys, KeyInALongerNameIsNotNamed)
+{
+    auto const names = [](std::string const& text) {
+        return KeySelection::namedIn(R"({"overlay":[{"formatString":")" + text + R"("}]})").names("speed_mps");
+    };
+    EXPECT_FALSE(names("%ground_speed_mps"));
+    EXPECT_TRUE(names("%speed_mps"));
+    EXPECT_TRUE(names("%{speed_mps}x"));
+    EXPECT_TRUE(names("%ground_speed_mps %speed_mpsx")) << "rather more: the text may go on with other letters";
+}
+
 TEST(DerivedKeys, SourcesOfNamedOnesAreWanted)
 {
     struct Case {

@@ -62,7 +62,8 @@ TEST(Mapping, KeyRules)
         {"security set", "30 03 01 01 01 41 01 11",
          "klv_version=17 security_classification='UNCLASSIFIED' security_classification_code=1 "
          "security_line='UNCLASSIFIED'"},
-        {"damaged security set", "30 03 01 02 01 41 01 11", "klv_version=17"},
+        {"damaged security set", "30 03 01 02 01 41 01 11",
+         "klv_version=17 security_classification='UNKNOWN' security_line='UNKNOWN'"},
         {"huge tag", "FF FF FF FF FF FF FF 7F 01 00 41 01 11", "klv_version=17"},
         {"two-byte tag", "81 06 02 37 00", "zoom_percent=55d"},
         {"the last of a repeated item counts", "41 01 10 41 01 11", "klv_version=17"},

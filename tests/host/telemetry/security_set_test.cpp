@@ -233,10 +233,22 @@ TEST(SecuritySet, IsReadOnlyForThoseWhoWantIt)
     }
 }
 
+// The marking before a damaged set stayed, which may have been lower.
+TEST(SecuritySet, OneThatCannotBeReadEndsTheMarkingBefore)
+{
+    KlvDecoder decoder;
+    EXPECT_EQ(levels(decoder, packetOf(fromHex("30 03 01 01 01 41 01 11"))), "packet:UNCLASSIFIED");
+    SwJsonObject const payload = decoder.decode(packetOf(fromHex("30 03 01 05 04 41 01 11")), 0.0).at(0).payload;
+    EXPECT_EQ(payload["security_classification"].stringRef(), "UNKNOWN");
+    EXPECT_EQ(payload["security_line"].stringRef(), "UNKNOWN");
+    EXPECT_EQ(levels(decoder, packetOf(fromHex("41 01 11"))), "packet:UNKNOWN") << "until the next set";
+    EXPECT_EQ(levels(decoder, packetOf(fromHex("30 03 01 01 04 41 01 11"))), "packet:SECRET");
+}
+
 TEST(SecuritySet, DamagedOnesAreCounted)
 {
     KlvDecoder decoder;
-    EXPECT_EQ(levels(decoder, packetOf(fromHex("30 03 01 05 04 41 01 11"))), "packet:");
+    EXPECT_EQ(levels(decoder, packetOf(fromHex("30 03 01 05 04 41 01 11"))), "packet:UNKNOWN");
     EXPECT_EQ(decoder.counts().damagedSets, 1U);
     EXPECT_EQ(decoder.counts().truncated, 0U);
     Bytes damaged = aloneSet(4);
@@ -244,7 +256,8 @@ TEST(SecuritySet, DamagedOnesAreCounted)
     EXPECT_EQ(levels(decoder, damaged), "");
     Bytes cut = aloneSet(4);
     cut[16] = 0x7F;
-    EXPECT_EQ(levels(decoder, join(cut, packetOf(fromHex("41 01 11")))), "packet:") << "its length swallows nothing";
+    EXPECT_EQ(levels(decoder, join(cut, packetOf(fromHex("41 01 11")))), "packet:UNKNOWN")
+        << "its length swallows nothing";
     EXPECT_EQ(decoder.counts().truncated, 2U);
     EXPECT_EQ(decoder.counts().packets, 2U);
 }
