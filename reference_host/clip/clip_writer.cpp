@@ -10,6 +10,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -91,8 +92,7 @@ void ClipWriter::begin_()
                            ", as the encoder takes even sizes only");
     }
     videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
-    muxer_.describeLight(videoStream_, traits);
-    noteLosses_();
+    noteLosses_(muxer_.describeLight(videoStream_, traits));
     streams_ = addOutputStreams(clip_.demuxer().streams(), muxer_, output_,
                                 parts_.sidecar ? SidecarUse::Wanted : SidecarUse::Offered);
     remarks_.insert(remarks_.end(), streams_.remarks.begin(), streams_.remarks.end());
@@ -101,13 +101,18 @@ void ClipWriter::begin_()
     begun_ = true;
 }
 
-void ClipWriter::noteLosses_()
+void ClipWriter::noteLosses_(bool lightIsKept)
 {
     media::PictureTraits const& traits = clip_.traits();
     std::string const loss = media::lossInNv12(traits.stored);
     if (!loss.empty()) {
         remarks_.push_back(output_ + ": pictures of " + av_get_pix_fmt_name(traits.stored) + " (" + loss +
                            ") are stored with 8 bits, chroma 4:2:0");
+    }
+    std::string const light = media::lightOf(traits);
+    if (!lightIsKept && !light.empty()) {
+        remarks_.push_back(output_ + ": " + muxer_.container().name + " cannot carry " + light +
+                           " of the pictures; left out (.mp4 and .mkv carry it)");
     }
     if (traits.hasTimecode) {
         remarks_.push_back(output_ + ": the time code within the pictures is left out");
@@ -121,15 +126,21 @@ void ClipWriter::keepTags_()
     part.zeroSeconds = media::secondsOf(zeroTicks_(), clip_.timeBase());
     part.beginSeconds = clip_.begin().seconds;
     part.framesBefore = static_cast<std::int64_t>(clip_.begin().number);
-    if (parts_.endSeconds) {
-        part.endSeconds =
-            part.beginSeconds - media::secondsOf(clip_.passedTicks(), clip_.timeBase()) + *parts_.endSeconds;
-    }
+    part.endSeconds = rangeEnd_();
     std::map<int, int> all = streams_.copied;
     all[clip_.demuxer().video()->index] = videoStream_;
     for (std::string const& line : muxer_.keepTags(clip_.demuxer(), all, part)) {
         remarks_.push_back(output_ + ": " + line);
     }
+}
+
+/// On the clip's axis; empty: the clip's end.
+std::optional<double> ClipWriter::rangeEnd_() const
+{
+    if (!parts_.endSeconds) {
+        return std::nullopt;
+    }
+    return clip_.begin().seconds - media::secondsOf(clip_.passedTicks(), clip_.timeBase()) + *parts_.endSeconds;
 }
 
 /// Where the output's time 0 lies on the clip's axis. A transport stream keeps the clip's times, and a part of a clip
@@ -169,6 +180,9 @@ void ClipWriter::writeSide_(media::SideUnit& unit, double zeroSeconds)
     // Times on the clip's one axis: those of joined clips rise where the originals start anew.
     AVRational const timeBase = clip_.demuxer().stream(unit.stream).time_base;
     unit.packet->pts = std::llround((unit.seconds - zeroSeconds) / av_q2d(timeBase));
+    if (unit.kind == media::StreamKind::Subtitle) {
+        cutEvent_(unit, timeBase);
+    }
     if (unit.packet->pts < 0 && !muxer_.takesNegativeTimes()) {
         if (unit.streamSeconds && unit.packet->pts + unit.packet->duration <= 0) {
             leaveOut_(unit);
@@ -179,6 +193,15 @@ void ClipWriter::writeSide_(media::SideUnit& unit, double zeroSeconds)
     unit.packet->dts = unit.packet->pts;
     muxer_.keepUnit(*unit.packet, output->second, unit.streamSeconds.has_value());
     muxer_.write(*unit.packet, output->second, timeBase);
+}
+
+/// A subtitle is shown no longer than the pictures of the part to which it belongs.
+void ClipWriter::cutEvent_(media::SideUnit& unit, AVRational timeBase) const
+{
+    std::int64_t& duration = unit.packet->duration;
+    if (std::optional<double> const end = rangeEnd_()) {
+        duration = std::clamp<std::int64_t>(std::llround((*end - unit.seconds) / av_q2d(timeBase)), 0, duration);
+    }
 }
 
 void ClipWriter::leaveOut_(media::SideUnit const& unit)

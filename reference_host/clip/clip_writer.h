@@ -50,7 +50,9 @@ private:
 
     void begin_();
     bool goesOut_(int stream) const;
-    void noteLosses_();
+    void noteLosses_(bool lightIsKept);
+    std::optional<double> rangeEnd_() const;
+    void cutEvent_(media::SideUnit& unit, AVRational timeBase) const;
     void keepTags_();
     using SideUnits = std::multimap<double, media::SideUnit>;
     void writeSideUpTo_(SideUnits::iterator end);

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace media {
 namespace {
@@ -58,6 +59,10 @@ Muxer::Muxer(std::string const& output, MuxPace pace) : file_(output), pace_(pac
         throw std::bad_alloc();
     }
     context_.reset(context);
+    if (std::strcmp(format.name, "mp4") == 0) {
+        // FLAC and TrueHD in MP4 are standards by now, which the library still counts as experiments.
+        context->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    }
     context->flush_packets = pace == MuxPace::AtOnce ? 1 : -1;
     if ((format.flags & AVFMT_NOFILE) == 0) {
         check_(avio_open2(&context->pb, urlOf(file_).c_str(), AVIO_FLAG_WRITE, nullptr, nullptr));
@@ -131,7 +136,42 @@ bool Muxer::takes_(AVStream const& source, bool fromTransportStream) const
         // The muxer would write anything, as private data that nobody can read.
         return std::find(kInTransportStreams.begin(), kInTransportStreams.end(), codec) != kInTransportStreams.end();
     }
-    return codec != AV_CODEC_ID_NONE && avformat_query_codec(context_->oformat, codec, FF_COMPLIANCE_NORMAL) != 0;
+    bool const known =
+        codec != AV_CODEC_ID_NONE && avformat_query_codec(context_->oformat, codec, FF_COMPLIANCE_NORMAL) != 0;
+    return known && (canBegin_(&source) || !canBegin_(nullptr));
+}
+
+bool Muxer::canBegin_(AVStream const* further) const
+{
+    if ((container().flags & AVFMT_NOFILE) != 0) {
+        return true;  // would write files of its own
+    }
+    AVFormatContext* made = nullptr;
+    avformat_alloc_output_context2(&made, context_->oformat, nullptr, nullptr);
+    std::unique_ptr<AVFormatContext, FreeOutput> const trial(made);
+    if (!trial || avio_open_dyn_buf(&trial->pb) < 0) {
+        throw std::bad_alloc();
+    }
+    trial->strict_std_compliance = context_->strict_std_compliance;
+    std::vector<AVStream const*> streams(context_->streams, context_->streams + context_->nb_streams);
+    if (further != nullptr) {
+        streams.push_back(further);
+    }
+    for (AVStream const* const stream : streams) {
+        AVStream* const copy = avformat_new_stream(trial.get(), nullptr);
+        if (copy == nullptr || avcodec_parameters_copy(copy->codecpar, stream->codecpar) < 0) {
+            throw std::bad_alloc();
+        }
+        copy->codecpar->codec_tag = stream == further ? 0 : copy->codecpar->codec_tag;
+        copy->time_base = stream->time_base;
+        copy->avg_frame_rate = stream->avg_frame_rate;
+        copy->sample_aspect_ratio = stream->sample_aspect_ratio;
+    }
+    int const result = avformat_write_header(trial.get(), nullptr);
+    std::uint8_t* written = nullptr;
+    avio_close_dyn_buf(std::exchange(trial->pb, nullptr), &written);
+    av_free(written);
+    return result >= 0;
 }
 
 std::optional<int> Muxer::addCopy(AVStream const& source, bool fromTransportStream)
@@ -199,8 +239,12 @@ void Muxer::keepUnit(AVPacket& packet, int stream, bool timed)
     }
 }
 
-void Muxer::describeLight(int stream, PictureTraits const& traits)
+bool Muxer::describeLight(int stream, PictureTraits const& traits)
 {
+    constexpr std::array<char const*, 4> kTellers = {"mp4", "mov", "matroska", "webm"};
+    if (std::find(kTellers.begin(), kTellers.end(), std::string(container().name)) == kTellers.end()) {
+        return false;
+    }
     auto const put = [this, stream](AVPacketSideDataType type, std::vector<std::uint8_t> const& bytes) {
         std::uint8_t* const data =
             bytes.empty() ? nullptr : av_stream_new_side_data(context_->streams[stream], type, bytes.size());
@@ -210,6 +254,7 @@ void Muxer::describeLight(int stream, PictureTraits const& traits)
     };
     put(AV_PKT_DATA_MASTERING_DISPLAY_METADATA, traits.masteringDisplay);
     put(AV_PKT_DATA_CONTENT_LIGHT_LEVEL, traits.contentLight);
+    return true;
 }
 
 void Muxer::begin()

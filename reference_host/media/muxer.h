@@ -50,8 +50,8 @@ public:
     std::optional<int> addCopy(AVStream const& source, bool fromTransportStream = false);
     /// A file within the clip; empty when the container takes none.
     std::optional<int> addAttachment(AVStream const& source);
-    /// Tells of the picture's light, where the container has a place for it.
-    void describeLight(int stream, PictureTraits const& traits);
+    /// Tells of the picture's light; false when the container has no place for it.
+    bool describeLight(int stream, PictureTraits const& traits);
 
     /// In a transport stream made from a transport stream, programs and streams keep their numbers, names, types and
     /// descriptors. `streams` gives the output's stream for each copied one of the input; the rest is the input's
@@ -88,6 +88,9 @@ private:
     AVStream& newStream_();
     int copyStream_(AVStream const& source);
     bool takes_(AVStream const& source, bool fromTransportStream) const;
+    /// Whether the container can be begun with the streams so far and a further one; tried in memory, as some muxers
+    /// refuse only then what they said that they take.
+    bool canBegin_(AVStream const* further) const;
     [[noreturn]] void fail_(int code) const;
     void check_(int code) const;
 

@@ -53,7 +53,20 @@ std::string lossInNv12(AVPixelFormat format)
     if (hasColors && *chroma != '\0') {
         loss += (loss.empty() ? "" : ", ") + std::string(chroma);
     }
+    // A palette may have transparent colours; most have none.
+    if ((description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0 && (description->flags & AV_PIX_FMT_FLAG_PAL) == 0) {
+        loss += (loss.empty() ? "" : ", ") + std::string("alpha");
+    }
     return loss;
+}
+
+std::string lightOf(PictureTraits const& traits)
+{
+    std::string text = traits.masteringDisplay.empty() ? "" : "the mastering display";
+    if (!traits.contentLight.empty()) {
+        text += (text.empty() ? "" : " and ") + std::string("the light level");
+    }
+    return text;
 }
 
 PictureTraits traitsOf(AVFrame const& frame)

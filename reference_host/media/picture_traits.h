@@ -31,6 +31,9 @@ struct PictureTraits {
 /// What of a pixel format NV12 cannot hold: "10 bits, chroma 4:2:2"; empty when it holds all.
 std::string lossInNv12(AVPixelFormat format);
 
+/// What is known of the light of pictures: "the mastering display and the light level"; empty when nothing is.
+std::string lightOf(PictureTraits const& traits);
+
 /// The traits of a decoded picture once it is NV12: those of RGB pictures name the matrix that they then have.
 PictureTraits traitsOf(AVFrame const& frame);
 

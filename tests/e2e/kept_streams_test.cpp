@@ -269,7 +269,7 @@ void expectSameProbe(std::string const& input, std::string const& output)
     for (std::size_t number = 0; number < programs.size(); ++number) {
         SwJsonObject const& before = programs[number].toObject();
         SwJsonObject const& after = out["programs"].toArray()[number].toObject();
-        for (char const* const key : {"program_num", "pmt_pid", "nb_streams"}) {
+        for (char const* const key : {"program_num", "pmt_pid", "pcr_pid", "nb_streams"}) {
             EXPECT_EQ(textOf(after, key), textOf(before, key)) << key;
         }
         for (char const* const key : {"service_name", "service_provider"}) {
@@ -598,6 +598,50 @@ TEST_F(KeptTags, OfAPartAreThoseOfThePart)
     EXPECT_NEAR(std::stod(textOf(out["chapters"].toArray()[0].toObject(), "end_time")), 0.5, 1e-3);
 }
 
+/// When the last subtitle ends.
+double lastEnd(SwJsonObject const& probe)
+{
+    double last = 0.0;
+    for (SwJsonValue const& value : probe["packets"].toArray()) {
+        SwJsonObject const& packet = value.toObject();
+        if (textOf(packet, "codec_type") == "subtitle" && std::stod(textOf(packet, "size")) > 2.0) {
+            last = std::stod(textOf(packet, "pts_time")) + std::stod(textOf(packet, "duration_time"));
+        }
+    }
+    return last;
+}
+
+// Former bug: a subtitle that lasts beyond the range kept its whole length.
+TEST_F(KeptTags, SubtitlesEndWithTheRange)
+{
+    for (std::string const ending : {".mp4", ".mkv"}) {
+        SCOPED_TRACE(ending);
+        std::string const input = makeInput(ending);
+        burn(input, file("out" + ending), {"--to", "1.8"});
+        EXPECT_NEAR(lastEnd(probed(file("out" + ending))), 1.8, 0.0011);
+        burn(input, file("part" + ending), {"--from", "1", "--to", "2"});
+        EXPECT_NEAR(lastEnd(probed(file("part" + ending))), 1.0, 0.0011);
+    }
+}
+
+// Former bug: "mp4 does not take h264 video".
+TEST_F(KeptTags, SoundThatMuxersRefuseLateIsKeptOrTold)
+{
+    std::string const input = file("in.mkv");
+    ffmpeg("-f lavfi -i testsrc2=s=64x48:r=25:d=1 -f lavfi -i sine=d=1 -c:v mpeg4 -c:a flac " + input);
+    std::string const nothing =
+        "stanag-overlay: " + input + ": no usable telemetry was found: there is no KLV stream\n";
+    EXPECT_EQ(burn(input, file("out.mp4")), nothing);
+    SwJsonObject const mp4 = probed(file("out.mp4"));
+    EXPECT_EQ(textOf(streamsOf(mp4, "audio").at(0), "codec_name"), "flac");
+    expectSamePackets(probed(input), mp4, "audio", pictureTimes(input).at(0));
+    EXPECT_EQ(burn(input, file("out.mov")), "stanag-overlay: " + file("out.mov") +
+                                                ": mov cannot carry flac; the sound is left out (.mkv carries it)\n" +
+                                                nothing);
+    EXPECT_EQ(streamsOf(probed(file("out.mov")), "audio").size(), 0U);
+    EXPECT_EQ(pictureTimes(file("out.mov")).size(), 25U);
+}
+
 TEST_F(KeptTags, WhatTheContainerDoesNotTakeIsTold)
 {
     std::string const mp4 = makeInput(".mp4");
@@ -756,7 +800,9 @@ INSTANTIATE_TEST_SUITE_P(Rows, Depth,
                                          DepthRow{"ten_bits", "yuv420p10le", "10 bits"},
                                          DepthRow{"ten_bits_422", "yuv422p10le", "10 bits, chroma 4:2:2"},
                                          DepthRow{"full_chroma", "yuv444p", "chroma 4:4:4"},
-                                         DepthRow{"rgb", "bgr0", "RGB"}, DepthRow{"gray_16", "gray16le", "16 bits"}),
+                                         DepthRow{"rgb", "bgr0", "RGB"}, DepthRow{"alpha", "yuva420p", "alpha"},
+                                         DepthRow{"rgb_with_alpha", "bgra", "RGB, alpha"},
+                                         DepthRow{"gray_16", "gray16le", "16 bits"}),
                          [](auto const& row) { return row.param.name; });
 
 TEST_F(Kept, LightKeepsItsTransferAndSoItsTags)
@@ -780,6 +826,14 @@ TEST_F(Kept, LightKeepsItsTransferAndSoItsTags)
         kinds.insert(textOf(side.toObject(), "side_data_type"));
     }
     EXPECT_EQ(kinds, (std::set<std::string>{"Content light level metadata", "Mastering display metadata"}));
+    std::string const without = file("out.ts");
+    std::string const said = burn(input, without);
+    EXPECT_NE(
+        said.find("stanag-overlay: " + without +
+                  ": mpegts cannot carry the mastering display and the light level of the pictures; left out (.mp4 "
+                  "and .mkv carry it)\n"),
+        std::string::npos)
+        << said;
 }
 
 }  // namespace
