@@ -81,8 +81,8 @@ void burnUntilTheEnd(media::LiveInput& input, clip::LiveClip& clip, clip::LiveWr
         if (std::optional<clip::LiveFrame> const frame = clip.next(Clock::now() + kLookEvery)) {
             writer.addPicture(*frame, clip);
             reporter.written(*frame);
-        } else if (media::interrupted() || input.queue().ended()) {
-            return;
+        } else if (input.queue().ended()) {
+            return;  // a signal ends reading, what has been read is still drawn
         }
         reporter.look(clip, writer);
     }

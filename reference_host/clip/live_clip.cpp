@@ -80,6 +80,11 @@ std::optional<LiveFrame> LiveClip::next(media::LiveTime until)
             waiting_.pop_front();
             return finish_(std::move(front), now);
         }
+        if (queue_.ended() && !drained_) {
+            now_ = now;
+            drain_();
+            continue;
+        }
         if (now >= until || queue_.ended()) {
             return std::nullopt;
         }
@@ -93,9 +98,11 @@ std::optional<LiveFrame> LiveClip::next(media::LiveTime until)
 
 void LiveClip::take_(media::LiveItem item)
 {
+    now_ = item.arrival;
     if (!item.packet) {
         remarks_.push_back(item.lostBecause + "; waiting for it to come back");
-        lostAt_ = item.arrival;
+        lost_ = true;
+        drain_();
         return;
     }
     if (!program_ || item.program->opening != program_->opening) {
@@ -111,37 +118,35 @@ void LiveClip::take_(media::LiveItem item)
 
 void LiveClip::open_(media::LiveItem const& item)
 {
-    if (decoder_) {
-        decoder_->send(nullptr);
-        receive_();
-        placer_->placeRest();
-        placeSides_();
-    }
+    drain_();
+    drained_ = false;
     media::LiveProgram const& program = *item.program;
     AVStream const& video = program.stream(program.video);
     decoder_ = std::make_unique<media::Decoder>(video, options_.input, media::DecoderChoice{options_.threads, true});
-    arrivals_.clear();
     if (!timeline_) {
         auto const interval = std::llround(av_q2d(av_inv_q(program.frameRate)) / av_q2d(media::kLiveTimeBase));
         timeline_.emplace(media::kLiveTimeBase, interval, true);
         placer_.emplace(*timeline_);
     } else {
         ++counts_.reopened;
+        afterOutage_ = true;
     }
-    if (lostAt_) {
-        double const away = Seconds(item.arrival - *lostAt_).count();
+    if (lost_ && lastVideo_) {
+        double const away = Seconds(item.came - *lastVideo_).count();
         remarks_.push_back(options_.input + ": is back after " + sw_text::secondsText(away));
-        lostAt_.reset();
     }
+    lost_ = false;
 }
 
 void LiveClip::takeVideo_(media::LiveItem item)
 {
     AVPacket& packet = *item.packet;
     if (lastVideo_) {
-        timeline_->setElapsed(Seconds(item.arrival - *lastVideo_).count());
+        timeline_->setElapsed(Seconds(item.came - *lastVideo_).count(),
+                              afterOutage_ ? media::Timeline::Since::Outage : media::Timeline::Since::Packet);
     }
-    lastVideo_ = item.arrival;
+    lastVideo_ = item.came;
+    afterOutage_ = false;
     media::Timeline::Placed const placed = timeline_->placeVideo(known(packet.dts), soundPresentation(packet));
     packet.dts = placed.decodeTicks;
     packet.pts = placed.presentTicks;
@@ -207,13 +212,29 @@ void LiveClip::receive_()
         waiting.ticks = lastTicks_ ? std::max(waiting.ticks, *lastTicks_ + 1) : waiting.ticks;
         lastTicks_ = waiting.ticks;
         auto const arrival = arrivals_.find(frame->best_effort_timestamp);
-        waiting.arrival = arrival == arrivals_.end() ? lastVideo_.value_or(Clock::now()) : arrival->second;
+        waiting.arrival = arrival == arrivals_.end() ? now_ : arrival->second;
         if (arrival != arrivals_.end()) {
             arrivals_.erase(arrival);
         }
+        waiting.pushed = now_;
         waiting.frame = std::exchange(frame, media::makeFrame());
         waiting_.push_back(std::move(waiting));
     }
+}
+
+/// Gives out what decoder and placer hold: nothing follows that they could wait for.
+void LiveClip::drain_()
+{
+    drained_ = true;
+    if (!decoder_) {
+        return;
+    }
+    // Pictures that wait in the decoder are not late because nothing came that would have pushed them out.
+    arrivals_.clear();
+    decoder_->send(nullptr);
+    receive_();
+    placer_->placeRest();
+    placeSides_();
 }
 
 bool LiveClip::isReady_(Waiting const& front, media::LiveTime now) const
@@ -229,7 +250,7 @@ LiveFrame LiveClip::finish_(Waiting waiting, media::LiveTime now)
     frame.ticks = waiting.ticks;
     frame.seconds = media::secondsOf(waiting.ticks, media::kLiveTimeBase);
     frame.arrival = waiting.arrival;
-    if (Seconds(now - waiting.arrival).count() > kLongestDelay + options_.telemetryWaitSeconds) {
+    if (Seconds(now - waiting.pushed).count() > kLongestDelay + options_.telemetryWaitSeconds) {
         ++counts_.dropped;
         return frame;
     }

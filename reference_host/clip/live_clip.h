@@ -73,6 +73,7 @@ private:
         media::FramePtr frame;
         std::int64_t ticks = 0;
         media::LiveTime arrival{};
+        media::LiveTime pushed{};  ///< when what made the decoder give it out was read
     };
 
     void take_(media::LiveItem item);
@@ -82,6 +83,7 @@ private:
     void placeSides_();
     void placed_(media::SideUnit unit);
     void receive_();
+    void drain_();
     bool isReady_(Waiting const& front, media::LiveTime now) const;
     LiveFrame finish_(Waiting waiting, media::LiveTime now);
     void learnTraits_(AVFrame const& frame);
@@ -98,8 +100,11 @@ private:
     std::optional<media::SidePlacer> placer_;
     std::unique_ptr<media::Decoder> decoder_;
     std::map<std::int64_t, media::LiveTime> arrivals_;  ///< by presentation time, of packets in the decoder
-    std::optional<media::LiveTime> lastVideo_;
-    std::optional<media::LiveTime> lostAt_;
+    media::LiveTime now_{};                             ///< when what is worked on was read
+    std::optional<media::LiveTime> lastVideo_;          ///< when the last picture came
+    bool lost_ = false;
+    bool afterOutage_ = false;  ///< no picture has come since
+    bool drained_ = false;
     std::deque<Waiting> waiting_;
     media::PictureTraits traits_;
     std::uint64_t nextNumber_ = 0;

@@ -9,8 +9,12 @@ extern "C" {
 #include <libavutil/mem.h>
 }
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <new>
 #include <stdexcept>
 #include <string_view>
@@ -158,7 +162,11 @@ Demuxer::Demuxer(std::string name, ByteSource source)
 
 Demuxer::Demuxer(std::string const& url, LiveReading live) : name_(url), live_(std::move(live))
 {
-    open_(url == "-" ? "pipe:0" : url.c_str(), nullptr);
+    if (url == "-") {
+        io_ = std::make_unique<CustomIo>(
+            [this](std::uint8_t* bytes, std::size_t size) { return readStandardInput_(bytes, size); });
+    }
+    open_(url.c_str(), nullptr);
 }
 
 Demuxer::~Demuxer() = default;
@@ -166,6 +174,23 @@ Demuxer::~Demuxer() = default;
 bool Demuxer::shallEnd_() const
 {
     return interrupted() || (live_.abandon && live_.abandon());
+}
+
+/// A plain read of a pipe to which nobody writes would come back neither for a signal nor for silence.
+std::size_t Demuxer::readStandardInput_(std::uint8_t* bytes, std::size_t size) const
+{
+    constexpr int kPollMs = 50;
+    while (!shallEnd_()) {
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        if (poll(&input, 1, kPollMs) <= 0) {
+            continue;
+        }
+        ssize_t const got = ::read(STDIN_FILENO, bytes, size);
+        if (got >= 0 || errno != EINTR) {
+            return static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        }
+    }
+    return 0;
 }
 
 int Demuxer::onPoll_(void* self)
@@ -226,7 +251,8 @@ void Demuxer::study_()
 bool Demuxer::read(AVPacket& packet)
 {
     for (;;) {
-        if (shallEnd_()) {
+        // The libraries end a live input themselves, and give out before that what they still hold.
+        if (!live_.abandon && shallEnd_()) {
             return false;
         }
         int const result = av_read_frame(input_.get(), &packet);

@@ -122,6 +122,7 @@ private:
     void open_(char const* url, AVInputFormat const* format);
     void study_();
     bool shallEnd_() const;
+    std::size_t readStandardInput_(std::uint8_t* bytes, std::size_t size) const;
     static int onPoll_(void* self);
     void sniffKlv_(AVPacket const& packet);
 

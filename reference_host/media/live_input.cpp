@@ -134,16 +134,17 @@ void LiveInput::run_()
         } catch (CannotOpen const& refused) {
             lostBecause_ = refused.code == AVERROR_EXIT ? nothingComes_() : refused.what();
             mayReturn_ = !(openings_ == 0 && isHopeless(refused.code));
+            ended_ = options_.address == "-" && !silent_;
         } catch (std::exception const& refused) {
             lostBecause_ = refused.what();
         }
-        if (isOver_()) {
+        if (isOver_() || (ended_ && openings_ > 0 && readError_.empty())) {
             break;
         }
         if (cameInAttempt_) {
             queue_.push({Clock::now(), nullptr, nullptr, StreamKind::Other, lostBecause_});
         }
-        if (!mayReturn_ || !pause_()) {
+        if (ended_ || !mayReturn_ || !pause_()) {
             failure = lostBecause_;
             break;
         }
@@ -183,15 +184,16 @@ void LiveInput::readAll_(Demuxer& demuxer)
     for (;;) {
         PacketPtr packet = makePacket();
         if (!demuxer.read(*packet)) {
-            // Only standard input has an end from which there is no return.
-            mayReturn_ = options_.address != "-";
+            ended_ = options_.address == "-" && !silent_;
+            readError_ = demuxer.readError();
             lostBecause_ = options_.address + ": " + (silent_ ? "nothing comes any more" : "has ended");
-            if (!demuxer.readError().empty()) {
-                lostBecause_ += ": " + demuxer.readError();
+            if (!readError_.empty()) {
+                lostBecause_ += ": " + readError_;
             }
             return;
         }
-        lastPacket_ = Clock::now();
+        // What the demuxer held until now came right behind the packet before.
+        lastPacket_ = silent_ ? lastPacket_ : Clock::now();
         if (program_->stream(program_->video).codecpar->codec_id != demuxer.video()->codecpar->codec_id) {
             lostBecause_ = options_.address + ": the pictures are of another codec now";
             return;
@@ -220,7 +222,7 @@ void LiveInput::handOn_(PacketPtr packet, Demuxer const& demuxer)
         return;
     }
     av_packet_rescale_ts(packet.get(), demuxer.stream(stream).time_base, kLiveTimeBase);
-    queue_.push({lastPacket_, program_, std::move(packet), kind, {}});
+    queue_.push({Clock::now(), program_, std::move(packet), kind, {}, lastPacket_});
 }
 
 bool LiveInput::pause_()

@@ -53,6 +53,8 @@ private:
     bool mayReturn_ = true;
     bool silent_ = false;         ///< nothing has come for too long
     bool cameInAttempt_ = false;  ///< a picture since the last opening
+    bool ended_ = false;          ///< standard input, the only one whose end is the end
+    std::string readError_;       ///< what ended reading
     std::string lostBecause_;
     std::chrono::milliseconds pauseLength_{0};
     std::thread thread_;

@@ -39,11 +39,12 @@ struct LiveProgram : InputStreams {
 
 /// A packet, or the news that the input is lost.
 struct LiveItem {
-    LiveTime arrival;
+    LiveTime arrival;  ///< when it was read
     std::shared_ptr<LiveProgram const> program{};
     PacketPtr packet{};  ///< none: the input is lost
     StreamKind kind = StreamKind::Other;
     std::string lostBecause{};
+    LiveTime came{};  ///< of a packet: when its bytes came, from silence on earlier than it was read
 };
 
 class LiveQueue {

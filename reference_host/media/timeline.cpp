@@ -13,6 +13,10 @@ constexpr double kLeapSeconds = 10.0;
 /// A leap ahead of the real time by this much is one in a live stream.
 constexpr double kLiveLeapSeconds = 2.0;
 
+/// A clock that runs on while nothing comes agrees with the real time but for the time that it takes to find the
+/// stream.
+constexpr double kOutageSeconds = 1.0;
+
 /// A fall back up to this length is disorder within one clock.
 constexpr double kDisorderSeconds = 0.2;
 
@@ -34,22 +38,25 @@ Timeline::Timeline(AVRational timeBase, std::int64_t intervalTicks, bool mayJump
     , intervalTicks_(std::clamp<std::int64_t>(intervalTicks, 1, kMaxTicks))
     , mayJump_(mayJump)
     , jumpStep_(intervalTicks_)
+    , fallSeconds_(-kDisorderSeconds)
     , leapSeconds_(kLeapSeconds)
 {
 }
 
-void Timeline::setElapsed(double seconds)
+void Timeline::setElapsed(double seconds, Since since)
 {
     constexpr double kMostSeconds = 1e6;
     auto const ticks = std::llround(std::clamp(seconds, 0.0, kMostSeconds) / av_q2d(timeBase_));
     jumpStep_ = limitTicks(std::max<std::int64_t>(intervalTicks_, ticks));
-    leapSeconds_ = std::min(kLeapSeconds, seconds + kLiveLeapSeconds);
+    bool const outage = since == Since::Outage;
+    fallSeconds_ = outage ? std::max(-kDisorderSeconds, seconds - kOutageSeconds) : -kDisorderSeconds;
+    leapSeconds_ = outage ? seconds + kOutageSeconds : std::min(kLeapSeconds, seconds + kLiveLeapSeconds);
 }
 
 bool Timeline::jumped_(std::int64_t rawTicks) const
 {
     double const step = secondsOf(rawTicks - lastRaw_, timeBase_);
-    return step < -kDisorderSeconds || step > leapSeconds_;
+    return step < fallSeconds_ || step > leapSeconds_;
 }
 
 Timeline::Placed Timeline::placeVideo(std::optional<std::int64_t> decodeTicks, std::optional<std::int64_t> presentTicks)

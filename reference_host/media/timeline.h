@@ -19,6 +19,9 @@ public:
         bool newClock;  ///< the stream's clock started anew with this packet
     };
 
+    /// What passed before a live packet: no more than the packet before, or a time in which nothing could come.
+    enum class Since { Packet, Outage };
+
     /// The video stream's time base, `intervalTicks` from one frame to the next; with `mayJump` false no
     /// jump is ever mended.
     Timeline(AVRational timeBase, std::int64_t intervalTicks, bool mayJump);
@@ -29,7 +32,8 @@ public:
 
     /// For live streams: so long after the packet before has the next one come. A time that leaps ahead of that by more
     /// than two seconds is a new clock too, and a new clock's first packet stands so much later, not one interval.
-    void setElapsed(double seconds);
+    /// After an outage a time that differs from the real one by more than a second, either way, is a new clock.
+    void setElapsed(double seconds, Since since = Since::Packet);
 
     /// Places a time of another stream, as read near the last placed video packet.
     double placeOther(double seconds) const;
@@ -49,6 +53,7 @@ private:
     std::int64_t intervalTicks_;
     bool mayJump_;
     std::int64_t jumpStep_;
+    double fallSeconds_;  ///< a step of less than this (negative: back) is a new clock
     double leapSeconds_;  ///< a leap ahead of this length is a new clock
     std::int64_t offset_ = 0;
     std::int64_t previousOffset_ = 0;

@@ -8,12 +8,14 @@
 #include "ts_reader.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
@@ -161,6 +163,77 @@ TEST_F(Live, PicturesAndTelemetryKeepTheirTimes)
     }
 }
 
+/// A second of pictures, of which none may be lost.
+constexpr int kSecond = 25;
+
+void expectAWholeSecond(std::string const& clip, Result const& result)
+{
+    EXPECT_EQ(clip_test::packetsOf(clip).video, kSecond) << result.err;
+    EXPECT_EQ(clip_test::packetsOf(clip).klv, kSecond) << result.err;
+    EXPECT_NE(result.err.find(": 25 pictures, 0 dropped, 0 reopened, telemetry 0.000 s old, delay "), std::string::npos)
+        << result.err;
+}
+
+TEST_F(Live, TheEndOfStandardInputIsTheEnd)
+{
+    live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, kSecond});
+    e2e::RunOptions options;
+    options.inputFile = file("second.ts");
+    Result const result = e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("piped.ts"), "--live"}, options);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(e2e::linesOf(result.err).size(), 1U) << result.err;
+    expectAWholeSecond(file("piped.ts"), result);
+}
+
+TEST_F(Live, StandardInputWithoutVideoIsAFailure)
+{
+    e2e::writeFile(file("empty"), "");
+    e2e::RunOptions options;
+    options.inputFile = file("empty");
+    Result const result = e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("none.ts"), "--live"}, options);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(e2e::linesOf(result.err).back().rfind("stanag-overlay: -: cannot be opened: ", 0), 0U) << result.err;
+    EXPECT_FALSE(std::filesystem::exists(file("none.ts")));
+}
+
+TEST_F(Live, SignalsLoseNoPictureThatHasCome)
+{
+    live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, kSecond});
+    for (int const signal : {SIGINT, SIGTERM}) {
+        SCOPED_TRACE(signal);
+        std::string const pipe = file("pipe");
+        std::filesystem::remove(pipe);
+        ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+        std::ofstream input;
+        e2e::RunOptions options;
+        options.inputFile = pipe;
+        options.meanwhile = [&](int program) {
+            input.open(pipe, std::ios::binary);
+            input << e2e::readFile(file("second.ts")) << std::flush;
+            pass(1.5);
+            kill(program, signal);
+        };
+        Result const result = e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("ended.ts"), "--live"}, options);
+        EXPECT_EQ(result.exitCode, 0);
+        expectAWholeSecond(file("ended.ts"), result);
+    }
+}
+
+TEST_F(Live, GivingUpLosesNoPicture)
+{
+    live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, kSecond});
+    e2e::RunOptions options;
+    options.meanwhile = [&](int) {
+        pass(1.0);
+        Sender const sender(in_, file("second.ts"), live_test::Repeat::Never);
+        pass(1.5);
+    };
+    Result const result = e2e::run(
+        {"burn", addressOf(in_), "-c", file("c.json"), "-o", file("lost.ts"), "--live", "--give-up", "1"}, options);
+    EXPECT_EQ(result.exitCode, 1);
+    expectAWholeSecond(file("lost.ts"), result);
+}
+
 TEST_F(Live, EachPictureShowsItsOwnTelemetry)
 {
     Result const result = burn({"-o", file("shown.ts"), "--crf", "1"}, [&] {
@@ -241,6 +314,9 @@ TEST_P(Disturbances, AreOverWithinThreeSecondsAndTimesRise)
     double const shown = static_cast<double>(pictures.back().ticks - pictures.front().ticks) / 90000.0;
     double const real = Seconds(pictures.back().when - pictures.front().when).count();
     EXPECT_LT(shown, real + 1.0) << "the time in the stream runs with the clock";
+    // A pause that is no outage yet leaves the sender its clock.
+    bool const isOutage = row.clipAfter != nullptr || row.awaySeconds > 3.0;
+    EXPECT_GT(shown, real - 1.0 - (isOutage ? 0.0 : row.awaySeconds)) << "no outage makes it late";
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Disturbances,

@@ -137,8 +137,9 @@ void StreamEar::hearTable_(std::uint8_t const* section, std::uint8_t const* end,
     }
 }
 
-Sender::Sender(int port, std::string const& clip)
+Sender::Sender(int port, std::string const& clip, Repeat repeat)
     : port_(port)
+    , repeat_(repeat)
     , socket_(socket(AF_INET, SOCK_DGRAM, 0))
     , bytes_(file_test::readFile(clip))
     , thread_([this] { run_(); })
@@ -178,6 +179,9 @@ void Sender::run_()
             sendPacket_(number);
         }
         flush_();
+        if (repeat_ == Repeat::Never) {
+            return;
+        }
     }
 }
 

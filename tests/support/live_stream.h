@@ -47,10 +47,13 @@ private:
     std::vector<Passed> telemetry_;
 };
 
-/// Sends a clip again and again at the pace of its clock until it is destroyed, which is how it dies.
+enum class Repeat { Always, Never };
+
+/// Sends a clip, again and again unless told otherwise, at the pace of its clock until it is destroyed, which is how it
+/// dies.
 class Sender {
 public:
-    Sender(int port, std::string const& clip);
+    Sender(int port, std::string const& clip, Repeat repeat = Repeat::Always);
     ~Sender();
     Sender(Sender const&) = delete;
     Sender& operator=(Sender const&) = delete;
@@ -68,6 +71,7 @@ private:
     void flush_();
 
     int port_;
+    Repeat repeat_;
     int socket_;
     std::string bytes_;
     std::string datagram_;

@@ -86,6 +86,28 @@ TEST(Timeline, ALeapBeyondTheRealTimeIsANewLiveClock)
     EXPECT_EQ(timeline.placeVideo(90000 * 10 + 1, std::nullopt).decodeTicks, 90000 * 8);
 }
 
+TEST(Timeline, AClockThatStoodStillDuringAnOutageIsANewOne)
+{
+    Timeline timeline = transportStream();
+    timeline.placeVideo(0, 0);
+    timeline.setElapsed(5.0, media::Timeline::Since::Outage);
+    EXPECT_EQ(timeline.placeVideo(kFrame, std::nullopt).decodeTicks, 90000 * 5);
+    timeline.setElapsed(0.04);
+    EXPECT_EQ(timeline.placeVideo(2 * kFrame, std::nullopt).decodeTicks, 90000 * 5 + kFrame);
+}
+
+TEST(Timeline, AClockThatRanOnDuringAnOutageIsKept)
+{
+    Timeline timeline = transportStream();
+    timeline.placeVideo(0, 0);
+    timeline.setElapsed(20.0, media::Timeline::Since::Outage);
+    EXPECT_EQ(timeline.placeVideo(90000 * 19, std::nullopt).decodeTicks, 90000 * 19) << "one second less";
+    timeline.setElapsed(20.0, media::Timeline::Since::Outage);
+    EXPECT_EQ(timeline.placeVideo(90000 * 40, std::nullopt).decodeTicks, 90000 * 40) << "one second more";
+    timeline.setElapsed(20.0, media::Timeline::Since::Outage);
+    EXPECT_EQ(timeline.placeVideo(90000 * 61 + 1, std::nullopt).decodeTicks, 90000 * 60);
+}
+
 TEST(Timeline, GivesPacketsWithoutTimeTheNextSlot)
 {
     Timeline timeline = transportStream();
