@@ -55,13 +55,17 @@ void SwJsonObject::addMissing(SwJsonObject&& other)
     if (missing.empty()) {
         return;
     }
-    order_.reserve(size() + missing.size());
-    auto const firstAdded = static_cast<std::ptrdiff_t>(size());
+    Order merged;
+    merged.reserve(size() + missing.size());
+    auto old = order_.begin();
     for (std::unique_ptr<Node>& node : missing) {
-        order_.push_back(node.release());
+        for (; old != order_.end() && (*old)->member.first < node->member.first; ++old) {
+            merged.push_back(*old);
+        }
+        merged.push_back(node.release());
     }
-    std::inplace_merge(order_.begin(), order_.begin() + firstAdded, order_.end(),
-                       [](Node const* a, Node const* b) { return a->member.first < b->member.first; });
+    merged.insert(merged.end(), old, order_.end());
+    order_.swap(merged);
     linkInOrder_();
 }
 
