@@ -12,10 +12,12 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 read -ra compiler <<<"${CMAKE_CXX_COMPILER_LAUNCHER:-} c++"
 
-# build_library FOLDER: of the sources in FOLDER/framework.
+# build_library FOLDER: of the sources in FOLDER/framework, those that have no newer object.
 build_library() {
     local source
     for source in "$1"/framework/*.cpp; do
+        # An object that came along with unchanged sources is taken as it is.
+        [ ! "$source.o" -nt "$source" ] || continue
         # As the release preset does.
         "${compiler[@]}" -std=c++20 -O3 -DNDEBUG -fPIC -fvisibility-inlines-hidden -fno-semantic-interposition -fno-plt \
             -ffp-contract=off -c "$source" -o "$source.o"
@@ -41,9 +43,10 @@ measure() {
 without() {
     local folder="$work/variant"
     rm -rf "$folder"
-    mkdir "$folder"
-    cp -r "$root/framework" "$folder/"
+    cp -rp "$work/all" "$folder"
     sed -i "$3" "$folder/framework/$2"
+    # A changed header concerns every unit.
+    case $2 in *.h) rm "$folder"/framework/*.o ;; *) rm "$folder/framework/$2.o" ;; esac
     if cmp -s "$root/framework/$2" "$folder/framework/$2"; then
         echo "benchmarks/ablate_json.sh: nothing changes in $2 for: $1" >&2
         exit 1
