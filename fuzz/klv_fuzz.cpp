@@ -27,6 +27,11 @@ SwJsonObject withoutNested(SwJsonObject payload)
         payload.erase(nested.row.key);
     }
     payload.erase(telemetry::countryCodingMethods().textKey);
+    // Of a set that cannot be read only this is left; no item says it.
+    if (payload.contains("security_classification") && !payload.contains("security_classification_code")) {
+        payload.erase("security_classification");
+        payload.erase("security_line");
+    }
     return payload;
 }
 
