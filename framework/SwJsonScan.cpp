@@ -1,6 +1,8 @@
 // Strings with escapes, with the exact place of a problem, and numbers that are not short.
 #include "sw_json_scan.h"
 
+#include "sw_utf8.h"
+
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -10,27 +12,6 @@
 namespace sw_detail {
 
 namespace {
-
-void appendUtf8(std::uint32_t codePoint, std::string& out)
-{
-    auto const put = [&out](std::uint32_t byte) { out.push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
-    if (codePoint < 0x80U) {
-        put(codePoint);
-        return;
-    }
-    if (codePoint < 0x800U) {
-        put(0xC0U | codePoint >> 6U);
-    } else {
-        if (codePoint < 0x10000U) {
-            put(0xE0U | codePoint >> 12U);
-        } else {
-            put(0xF0U | codePoint >> 18U);
-            put(0x80U | (codePoint >> 12U & 0x3FU));
-        }
-        put(0x80U | (codePoint >> 6U & 0x3FU));
-    }
-    put(0x80U | (codePoint & 0x3FU));
-}
 
 char const* scanFourHexDigits(char const* at, char const* end, std::uint32_t& unit, JsonProblem& problem)
 {
@@ -138,7 +119,7 @@ char const* scanUnicodeEscape(char const* at, char const* end, std::string& out,
     if (unit > 0x10FFFFU) {
         return problem.note(at, "Unicode code point out of range");
     }
-    appendUtf8(unit, out);
+    sw_utf8::append(out, unit);
     return at;
 }
 

@@ -68,6 +68,29 @@ constexpr CodePoint codePointAt(std::string_view text, std::size_t offset)
     return {value, lead.length, true};
 }
 
+/// Appends a code point up to U+10FFFF in its one well-formed form; surrogates as if they were characters, which nobody
+/// reads back.
+inline void append(std::string& out, char32_t codePoint)
+{
+    auto const put = [&out](char32_t byte) { out.push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
+    if (codePoint < 0x80U) {
+        put(codePoint);
+        return;
+    }
+    if (codePoint < 0x800U) {
+        put(0xC0U | codePoint >> 6U);
+    } else {
+        if (codePoint < 0x10000U) {
+            put(0xE0U | codePoint >> 12U);
+        } else {
+            put(0xF0U | codePoint >> 18U);
+            put(0x80U | (codePoint >> 12U & 0x3FU));
+        }
+        put(0x80U | (codePoint >> 6U & 0x3FU));
+    }
+    put(0x80U | (codePoint & 0x3FU));
+}
+
 /// The text with every byte that is not part of a well-formed sequence (overlong forms, surrogates and values
 /// above U+10FFFF are not) replaced by U+FFFD, so that JSON made from it is valid. "A\xFF" gives "A\xEF\xBF\xBD".
 inline std::string valid(std::string_view bytes)

@@ -21,26 +21,6 @@ bool isPlainAscii(std::span<std::uint8_t const> bytes)
     return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; });
 }
 
-void appendUtf8(std::string& text, char32_t point)
-{
-    auto const tail = [&text, point](unsigned shift) { text += static_cast<char>(0x80U | ((point >> shift) & 0x3FU)); };
-    if (point < 0x80) {
-        text += static_cast<char>(point);
-    } else if (point < 0x800) {
-        text += static_cast<char>(0xC0U | (point >> 6U));
-        tail(0);
-    } else if (point < kFirstPaired) {
-        text += static_cast<char>(0xE0U | (point >> 12U));
-        tail(6);
-        tail(0);
-    } else {
-        text += static_cast<char>(0xF0U | (point >> 18U));
-        tail(12);
-        tail(6);
-        tail(0);
-    }
-}
-
 /// Units of 16 bits in the order of bytes that a mark at the beginning says.
 std::vector<char32_t> unitsOf(std::span<std::uint8_t const> bytes)
 {
@@ -80,11 +60,11 @@ std::string readWideText(std::span<std::uint8_t const> bytes)
         bool const isHigh = unit >= kFirstHigh && unit < kFirstLow;
         char32_t const next = at + 1 < units.size() ? units[at + 1] : 0;
         if (isHigh && next >= kFirstLow && next < kEndOfHalves) {
-            appendUtf8(text, kFirstPaired + ((unit - kFirstHigh) << 10U) + (next - kFirstLow));
+            sw_utf8::append(text, kFirstPaired + ((unit - kFirstHigh) << 10U) + (next - kFirstLow));
             ++at;
         } else {
             bool const isHalf = unit >= kFirstHigh && unit < kEndOfHalves;
-            appendUtf8(text, isHalf ? sw_utf8::kReplacementCharacter : unit);
+            sw_utf8::append(text, isHalf ? sw_utf8::kReplacementCharacter : unit);
         }
     }
     return text;

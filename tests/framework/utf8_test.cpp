@@ -51,4 +51,23 @@ TEST(Utf8, EndTakesNoBytes)
     EXPECT_EQ(sw_utf8::codePointAt("", 0).bytes, 0U);
 }
 
+TEST(Utf8Writing, EveryCodePointIsWrittenAsItIsRead)
+{
+    for (char32_t point = 0; point <= 0x10FFFF; ++point) {
+        if (point == 0xD800) {
+            point = 0xE000;  // halves of pairs are no characters
+        }
+        std::string text = "x";
+        sw_utf8::append(text, point);
+        sw_utf8::CodePoint const read = sw_utf8::codePointAt(text, 1);
+        ASSERT_TRUE(read.isWellFormed) << static_cast<std::uint32_t>(point);
+        ASSERT_EQ(read.value, point);
+        ASSERT_EQ(read.bytes + 1, text.size());
+    }
+    std::string text;
+    sw_utf8::append(text, 0x20AC);
+    sw_utf8::append(text, 0x1F600);
+    EXPECT_EQ(text, "\xE2\x82\xAC\xF0\x9F\x98\x80");
+}
+
 }  // namespace
