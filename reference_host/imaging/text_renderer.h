@@ -38,9 +38,8 @@ class TextRenderer {
 public:
     TextRenderer();
 
-    /// Opens the font that fontconfig finds for `family` ("" means DejaVu Sans) and forgets everything drawn with
-    /// another. Without it the first text opens "". Throws std::runtime_error naming the family when no font can be
-    /// opened.
+    /// Opens the fonts of `family` as Fonts::open does, and forgets everything drawn with others. Without it the first
+    /// text opens "". Throws std::runtime_error naming the family and the cure; the fonts are then as before.
     void openFonts(std::string const& family);
 
     /// The text's box as TextLayout gives it. Nothing for an empty text, a size out of range or without fonts.
