@@ -1,5 +1,6 @@
 // burn: draws the telemetry into every picture of a clip and writes a new clip, with the telemetry
 // streams and the sound copied beside it.
+#include "cli/address_check.h"
 #include "cli/commands.h"
 #include "cli/config_file.h"
 #include "cli/messages.h"
@@ -69,6 +70,7 @@ void runBurn(BurnOptions const& options)
 {
     media::requirePossible(options.encoding, media::containerFor(options.output));
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
+    refuseToFeedBack(options.output, options.input);
     ConfigFile const config = readConfig(options.config);
     auto const clip = clip::openRange(
         {options.input, options.telemetry, config.text, {options.encoding.threads}, options.look}, options.range);

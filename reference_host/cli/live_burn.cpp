@@ -1,5 +1,6 @@
 // burn --live: draws the telemetry into live pictures as they come and sends them on, until it is told to stop or
 // nothing comes any more.
+#include "cli/address_check.h"
 #include "cli/commands.h"
 #include "cli/config_file.h"
 #include "cli/live_counters.h"
@@ -101,6 +102,7 @@ void runLiveBurn(BurnOptions const& options)
     AVOutputFormat const& container = media::containerFor(options.output);
     media::requirePossible(options.encoding, container);
     refuseToReplace(options.output, options.input, options.config, "");
+    refuseToFeedBack(options.output, options.input);
     ConfigFile const config = readConfig(options.config);
     clip::LiveWriter writer(options.output, options.encoding);
     media::LiveInput input({options.input, options.giveUpSeconds, !isTransportStream(container)});

@@ -2,6 +2,7 @@
 // code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 130 after Ctrl-C,
 // 143 after SIGTERM).
 #include "SwAny.h"
+#include "cli/address_check.h"
 #include "cli/clip_time.h"
 #include "cli/commands.h"
 #include "cli/messages.h"
@@ -89,6 +90,12 @@ void parseSize(std::string const& text, SampleOptions& options)
     if (!read || options.width < 1 || options.height < 1 || options.width > kMax || options.height > kMax) {
         throw WrongUsage("--size " + text + ": give width and height, for example 1280x720");
     }
+}
+
+/// The positional INPUT or the option -o.
+CLI::Option* addPlace(CLI::App& command, char const* name, std::string& place, char const* description)
+{
+    return command.add_option(name, place, description)->check(CLI::Validator(addressFault, ""));
 }
 
 void addConfig(CLI::App& command, std::string& config)
@@ -226,9 +233,9 @@ void addBurn(CLI::App& app, Action& action)
     auto const options = std::make_shared<BurnOptions>();
     auto const bitRate = std::make_shared<std::optional<std::string>>();
     CLI::App* const command = app.add_subcommand("burn", "draw the telemetry into a clip");
-    command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
+    addPlace(*command, "INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
-    command->add_option("-o,--output", options->output, "new clip or address; the ending chooses the container")
+    addPlace(*command, "-o,--output", options->output, "new clip or address; the ending chooses the container")
         ->required()
         ->type_name("OUTPUT");
     addTelemetry(*command, options->telemetry);
@@ -259,7 +266,7 @@ void addFrame(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<FrameOptions>();
     CLI::App* const command = app.add_subcommand("frame", "make one annotated picture");
-    command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
+    addPlace(*command, "INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
     auto const at = std::make_shared<std::string>();
     command->add_option("--at", *at, "seconds or [HH:]MM:SS[.fff] after the first picture")
@@ -280,7 +287,7 @@ void addKeys(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<KeysOptions>();
     CLI::App* const command = app.add_subcommand("keys", "list the telemetry, one JSON line per packet");
-    command->add_option("INPUT", options->input, "clip, address, raw KLV; - is standard input")->required();
+    addPlace(*command, "INPUT", options->input, "clip, address, raw KLV; - is standard input")->required();
     command->add_flag("--derived", options->derived, "also the keys that are made only for those who name them");
     command->add_flag("--csv", options->csv, "a table, one row per packet and one column per key");
     addTelemetry(*command, options->telemetry);
@@ -291,7 +298,7 @@ void addText(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<TextOptions>();
     CLI::App* const command = app.add_subcommand("text", "list what would be drawn, one JSON line per frame");
-    command->add_option("INPUT", options->input, "clip or address; - is standard input")->required();
+    addPlace(*command, "INPUT", options->input, "clip or address; - is standard input")->required();
     addConfig(*command, options->config);
     addTelemetry(*command, options->telemetry);
     addLook(*command, options->look);
@@ -308,7 +315,7 @@ void addSchema(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<SchemaOptions>();
     CLI::App* const command = app.add_subcommand("schema", "print the JSON Schema of the configuration");
-    command->add_option("INPUT", options->input, "clip whose telemetry keys are listed in it");
+    addPlace(*command, "INPUT", options->input, "clip whose telemetry keys are listed in it");
     addTelemetry(*command, options->telemetry);
     command->callback([&action, options] { action = doneAfter([options] { runSchema(*options); }); });
 }
@@ -318,7 +325,7 @@ void addCheck(CLI::App& app, Action& action)
     auto const options = std::make_shared<CheckOptions>();
     CLI::App* const command = app.add_subcommand("check", "tell what of a configuration would silently be changed");
     command->add_option("CONFIG", options->config, "configuration, a JSON file")->required();
-    command->add_option("INPUT", options->input, "clip that must deliver the keys, and on which blocks are placed");
+    addPlace(*command, "INPUT", options->input, "clip that must deliver the keys, and on which blocks are placed");
     auto const at = std::make_shared<std::optional<std::string>>();
     command
         ->add_option(

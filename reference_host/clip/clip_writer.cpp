@@ -1,14 +1,10 @@
 // From annotated pictures and packets to a finished file; last step of burn.
 #include "clip/clip_writer.h"
 
+#include "clip/picture_losses.h"
 #include "clip/stream_choice.h"
-
 #include "imaging/imaging_access.h"
 #include "sw_number_text.h"
-
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
 
 #include <algorithm>
 #include <cmath>
@@ -86,37 +82,14 @@ void ClipWriter::begin_()
     settings.timeBase = clip_.timeBase();
     settings.inOrder = muxer_.isTransportStream() && beginsNearZero_();
     encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
-    if (encoder_->extended()) {
-        remarks_.push_back(output_ + ": pictures of " + media::sizeText(traits.width, traits.height) +
-                           " are stored as " + media::sizeText(encoder_->context().width, encoder_->context().height) +
-                           ", as the encoder takes even sizes only");
-    }
     videoStream_ = muxer_.addVideo(encoder_->context(), clip_.timeBase());
-    noteLosses_(muxer_.describeLight(videoStream_, traits));
+    remarks_ = describePictures(muxer_, videoStream_, *encoder_, traits, output_);
     streams_ = addOutputStreams(clip_.demuxer().streams(), muxer_, output_,
                                 parts_.sidecar ? SidecarUse::Wanted : SidecarUse::Offered);
     remarks_.insert(remarks_.end(), streams_.remarks.begin(), streams_.remarks.end());
     keepTags_();
     muxer_.begin();
     begun_ = true;
-}
-
-void ClipWriter::noteLosses_(bool lightIsKept)
-{
-    media::PictureTraits const& traits = clip_.traits();
-    std::string const loss = media::lossInNv12(traits.stored);
-    if (!loss.empty()) {
-        remarks_.push_back(output_ + ": pictures of " + av_get_pix_fmt_name(traits.stored) + " (" + loss +
-                           ") are stored with 8 bits, chroma 4:2:0");
-    }
-    std::string const light = media::lightOf(traits);
-    if (!lightIsKept && !light.empty()) {
-        remarks_.push_back(output_ + ": " + muxer_.container().name + " cannot carry " + light +
-                           " of the pictures; left out (.mp4 and .mkv carry it)");
-    }
-    if (traits.hasTimecode) {
-        remarks_.push_back(output_ + ": the time code within the pictures is left out");
-    }
 }
 
 /// Tags, chapters and time code.
@@ -218,7 +191,7 @@ void ClipWriter::finishRemarks_()
                            " of sound before the first picture are left out (.mp4 carries them)");
     }
     if (clip_.hasCaptions()) {
-        remarks_.push_back(output_ + ": the captions within the pictures are left out");
+        remarks_.push_back(captionsAreLeftOut(output_));
     }
 }
 

@@ -50,7 +50,6 @@ private:
 
     void begin_();
     bool goesOut_(int stream) const;
-    void noteLosses_(bool lightIsKept);
     std::optional<double> rangeEnd_() const;
     void cutEvent_(media::SideUnit& unit, AVRational timeBase) const;
     void keepTags_();

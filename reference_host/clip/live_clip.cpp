@@ -3,6 +3,7 @@
 
 #include "FrameTime.h"
 #include "imaging/imaging_access.h"
+#include "media/fitted_picture.h"
 #include "sw_number_text.h"
 
 #include <algorithm>
@@ -46,6 +47,21 @@ bool isUsable(AVRational rate)
     return rate.num > 0 && rate.den > 0 && av_q2d(rate) <= 1000.0;
 }
 
+media::FittedBox boxOf(AVFrame const& frame, media::PictureTraits const& shown)
+{
+    return media::fitInto(shown.width, shown.height, shown.sampleAspect, frame.width, frame.height,
+                          frame.sample_aspect_ratio);
+}
+
+/// All of the picture; its last column and row too where it has an odd number of them.
+media::FittedBox wholeOf(media::PictureTraits const& shown)
+{
+    return {0, 0, shown.width / 2 * 2, shown.height / 2 * 2};
+}
+
+/// When somebody who sees nothing wants to know why.
+constexpr auto kTellWaitingAfter = std::chrono::seconds(2);
+
 }  // namespace
 
 LiveClip::LiveClip(media::LiveQueue& queue, LiveClipOptions options)
@@ -54,6 +70,7 @@ LiveClip::LiveClip(media::LiveQueue& queue, LiveClipOptions options)
     , telemetry_(options_.telemetry, telemetry::KeySelection::namedIn(options_.config))
     , renderer_(options_.look)
     , clock_(media::kLiveTimeBase)
+    , began_(Clock::now())
 {
     renderer_.plugin().setConfig(options_.config);
 }
@@ -85,6 +102,9 @@ std::optional<LiveFrame> LiveClip::next(media::LiveTime until)
             drain_();
             continue;
         }
+        if (!toldWaiting_ && now - began_ > kTellWaitingAfter) {
+            tellWaiting_(options_.input + ": no picture has come yet");
+        }
         if (now >= until || queue_.ended()) {
             return std::nullopt;
         }
@@ -100,9 +120,7 @@ void LiveClip::take_(media::LiveItem item)
 {
     now_ = item.arrival;
     if (!item.packet) {
-        remarks_.push_back(item.lostBecause + "; waiting for it to come back");
-        lost_ = true;
-        drain_();
+        lose_(item.lostBecause);
         return;
     }
     if (!program_ || item.program->opening != program_->opening) {
@@ -114,6 +132,26 @@ void LiveClip::take_(media::LiveItem item)
     } else {
         takeSide_(std::move(item));
     }
+}
+
+void LiveClip::lose_(std::string const& because)
+{
+    if (!lastVideo_) {
+        tellWaiting_(because);
+        return;
+    }
+    remarks_.push_back(because + "; waiting for it to come back");
+    lost_ = true;
+    drain_();
+}
+
+/// Said once, before anything has come.
+void LiveClip::tellWaiting_(std::string const& because)
+{
+    if (!toldWaiting_ && !lastVideo_) {
+        remarks_.push_back(because + "; waiting for pictures");
+    }
+    toldWaiting_ = true;
 }
 
 void LiveClip::open_(media::LiveItem const& item)
@@ -261,7 +299,7 @@ LiveFrame LiveClip::finish_(Waiting waiting, media::LiveTime now)
     frame.telemetry = telemetry_.choose(frame.seconds, frame.number);
     frame.timeNs = clock_.next(frame.ticks);
     frame.picture = renderer_.takePicture(static_cast<unsigned>(traits_.width), static_cast<unsigned>(traits_.height));
-    converter_.toNv12(decoded, imaging::planesOf(*frame.picture), traits_.color);
+    convert_(decoded, *frame.picture);
     FrameTime const time(frame.timeNs);
     // The plugin takes frame number 0 for "none yet".
     renderer_.renderOnto(frame.number + 1, frame.picture, telemetry_.producers(), frame.telemetry);
@@ -276,12 +314,38 @@ void LiveClip::learnTraits_(AVFrame const& frame)
                           traits_.color.bt709 ? imaging::ColorMatrix::Bt709 : imaging::ColorMatrix::Bt601,
                           traits_.color.fullRange);
     } else if (frame.width != lastWidth_ || frame.height != lastHeight_) {
-        remarks_.push_back(options_.input + ": pictures change from " + media::sizeText(lastWidth_, lastHeight_) +
-                           " to " + media::sizeText(frame.width, frame.height) + "; they are shown as " +
-                           media::sizeText(traits_.width, traits_.height));
+        noteSize_(frame);
     }
     lastWidth_ = frame.width;
     lastHeight_ = frame.height;
+    captions_ = captions_ || av_frame_get_side_data(&frame, AV_FRAME_DATA_A53_CC) != nullptr;
+}
+
+void LiveClip::noteSize_(AVFrame const& frame)
+{
+    bool const hasBars = boxOf(frame, traits_) != wholeOf(traits_);
+    remarks_.push_back(options_.input + ": pictures change from " + media::sizeText(lastWidth_, lastHeight_) + " to " +
+                       media::sizeText(frame.width, frame.height) + "; they are shown in " +
+                       media::sizeText(traits_.width, traits_.height) + (hasBars ? " with black bars" : ""));
+}
+
+void LiveClip::convert_(AVFrame const& frame, zelvo::ZelvoPicture& picture)
+{
+    MappedNV12 const planes = imaging::planesOf(picture);
+    media::FittedBox const box = boxOf(frame, traits_);
+    bool const sameSize = frame.width == traits_.width && frame.height == traits_.height;
+    if (sameSize || box == wholeOf(traits_)) {
+        converter_.toNv12(frame, planes, traits_.color);
+        return;
+    }
+    auto const width = static_cast<unsigned>(box.width);
+    auto const height = static_cast<unsigned>(box.height);
+    if (!fitted_ || fitted_->width() != width || fitted_->height() != height) {
+        fitted_ = std::make_shared<zelvo::ZelvoPicture>(width, height);
+    }
+    MappedNV12 const inner = imaging::planesOf(*fitted_);
+    converter_.toNv12(frame, inner, traits_.color);
+    media::placeInto(planes, box, inner, traits_.color);
 }
 
 }  // namespace clip

@@ -54,7 +54,7 @@ public:
     void setSideObserver(SideObserver observer) { observer_ = std::move(observer); }
 
     /// The next picture, drawn on or dropped; empty when there is none until then, or none any more. Pictures of
-    /// another size than the first are scaled to it.
+    /// another size than the first are fitted into it, with black bars where their shape is another.
     std::optional<LiveFrame> next(media::LiveTime until);
 
     /// Of the first picture; valid once next() has given one.
@@ -63,6 +63,8 @@ public:
     /// Pictures per second, by the stream, else by the container, else 25.
     AVRational frameRate() const;
     LiveCounts counts() const;
+    /// Whether pictures carry captions, which nobody draws.
+    bool hasCaptions() const { return captions_; }
     std::optional<double> telemetryAge() const { return telemetry_.ageSeconds(); }
     /// What somebody should know of the input, said once.
     std::vector<std::string> takeRemarks() { return std::exchange(remarks_, {}); }
@@ -77,6 +79,8 @@ private:
     };
 
     void take_(media::LiveItem item);
+    void lose_(std::string const& because);
+    void tellWaiting_(std::string const& because);
     void open_(media::LiveItem const& item);
     void takeVideo_(media::LiveItem item);
     void takeSide_(media::LiveItem item);
@@ -87,6 +91,8 @@ private:
     bool isReady_(Waiting const& front, media::LiveTime now) const;
     LiveFrame finish_(Waiting waiting, media::LiveTime now);
     void learnTraits_(AVFrame const& frame);
+    void noteSize_(AVFrame const& frame);
+    void convert_(AVFrame const& frame, zelvo::ZelvoPicture& picture);
 
     media::LiveQueue& queue_;
     LiveClipOptions options_;
@@ -113,6 +119,10 @@ private:
     std::vector<std::string> remarks_;
     int lastWidth_ = 0;
     int lastHeight_ = 0;
+    std::shared_ptr<zelvo::ZelvoPicture> fitted_;  ///< a picture of another shape, before it gets its bars
+    bool captions_ = false;
+    bool toldWaiting_ = false;  ///< for the first picture
+    media::LiveTime const began_;
 };
 
 }  // namespace clip

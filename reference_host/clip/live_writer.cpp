@@ -3,6 +3,7 @@
 
 #include "clip/klv_cells.h"
 #include "clip/output_streams.h"
+#include "clip/picture_losses.h"
 #include "imaging/imaging_access.h"
 
 #include <algorithm>
@@ -52,13 +53,14 @@ void LiveWriter::addPicture(LiveFrame const& frame, LiveClip const& clip)
 {
     if (frame.picture) {
         if (!encoder_) {
-            begin_(clip);
+            begin_(frame, clip);
         }
         encoder_->encode(
-            imaging::planesOf(*frame.picture), frame.ticks, [this](AVPacket& packet) { writeVideo_(packet); },
-            frame.picture);
+            imaging::planesOf(*frame.picture), frame.ticks - zeroTicks_,
+            [this](AVPacket& packet) { writeVideo_(packet); }, frame.picture);
     }
     if (encoder_) {
+        noteCaptions_(clip);
         writeSideUpTo_(frame.seconds);
         if (clip.program().opening == opening_) {
             muxer_.keepServices(clip.program().tables.services);
@@ -66,8 +68,10 @@ void LiveWriter::addPicture(LiveFrame const& frame, LiveClip const& clip)
     }
 }
 
-void LiveWriter::begin_(LiveClip const& clip)
+void LiveWriter::begin_(LiveFrame const& first, LiveClip const& clip)
 {
+    // A transport stream keeps the input's times, everything else begins with its first picture.
+    zeroTicks_ = muxer_.isTransportStream() ? 0 : first.ticks;
     media::EncoderSettings settings;
     settings.choice = choice_;
     settings.picture = clip.traits();
@@ -75,15 +79,24 @@ void LiveWriter::begin_(LiveClip const& clip)
     settings.timeBase = media::kLiveTimeBase;
     encoder_ = std::make_unique<media::Encoder>(settings, muxer_.container());
     videoStream_ = muxer_.addVideo(encoder_->context(), media::kLiveTimeBase);
+    remarks_ = describePictures(muxer_, videoStream_, *encoder_, settings.picture, output_);
     addOutputs_(clip.program());
     muxer_.begin();
+}
+
+void LiveWriter::noteCaptions_(LiveClip const& clip)
+{
+    if (clip.hasCaptions() && !captionsAreTold_) {
+        remarks_.push_back(captionsAreLeftOut(output_));
+        captionsAreTold_ = true;
+    }
 }
 
 void LiveWriter::addOutputs_(media::LiveProgram const& program)
 {
     opening_ = program.opening;
     OutputStreams streams = addOutputStreams(program, muxer_, output_, SidecarUse::Never);
-    remarks_ = std::move(streams.remarks);
+    remarks_.insert(remarks_.end(), streams.remarks.begin(), streams.remarks.end());
     for (auto const& [stream, own] : streams.copied) {
         Input const input = inputOf(program, stream);
         bool const inCells =
@@ -123,7 +136,13 @@ void LiveWriter::writeSide_(Side& side, Output& output)
     if (side.input.kind == media::StreamKind::Klv) {
         packet = carried_(std::move(packet), output);
     }
-    packet->pts = std::llround(side.unit.seconds / av_q2d(media::kLiveTimeBase));
+    packet->pts = std::llround(side.unit.seconds / av_q2d(media::kLiveTimeBase)) - zeroTicks_;
+    if (packet->pts < 0 && !muxer_.isTransportStream()) {
+        if (packet->pts + packet->duration <= 0) {
+            return;  // came before the first picture, which live input does not begin with
+        }
+        packet->pts = muxer_.takesNegativeTimes() ? packet->pts : 0;
+    }
     packet->dts = packet->pts;
     muxer_.keepUnit(*packet, output.stream, side.unit.streamSeconds.has_value());
     muxer_.write(*packet, output.stream, media::kLiveTimeBase);

@@ -54,7 +54,8 @@ private:
     };
 
     static Input inputOf(media::LiveProgram const& program, int stream);
-    void begin_(LiveClip const& clip);
+    void begin_(LiveFrame const& first, LiveClip const& clip);
+    void noteCaptions_(LiveClip const& clip);
     void addOutputs_(media::LiveProgram const& program);
     Output* outputFor_(Input const& input);
     void writeSideUpTo_(double seconds);
@@ -67,10 +68,12 @@ private:
     media::Muxer muxer_;
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
-    std::uint64_t opening_ = 0;  ///< of the input as it was when the output began
+    std::int64_t zeroTicks_ = 0;  ///< of the clip, where the output begins
+    std::uint64_t opening_ = 0;   ///< of the input as it was when the output began
     std::vector<Output> outputs_;
     std::multimap<double, Side> side_;  ///< by time, waiting for their picture
     std::vector<std::string> remarks_;
+    bool captionsAreTold_ = false;
 };
 
 }  // namespace clip

@@ -141,7 +141,8 @@ void LiveInput::run_()
         if (isOver_() || (ended_ && openings_ > 0 && readError_.empty())) {
             break;
         }
-        if (cameInAttempt_) {
+        bool const neverCame = openings_ == 0 && !ended_ && mayReturn_;
+        if (cameInAttempt_ || neverCame) {
             queue_.push({Clock::now(), nullptr, nullptr, StreamKind::Other, lostBecause_});
         }
         if (ended_ || !mayReturn_ || !pause_()) {

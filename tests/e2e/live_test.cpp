@@ -450,6 +450,8 @@ TEST_F(Live, GivesUpWhenNothingComes)
         e2e::run({"burn", addressOf(in_), "-c", file("c.json"), "-o", file("nothing.ts"), "--live", "--give-up", "2"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_LT(Seconds(Clock::now() - begin).count(), 8.0);
+    EXPECT_EQ(e2e::linesOf(result.err).front(),
+              "stanag-overlay: " + addressOf(in_) + ": no picture has come yet; waiting for pictures");
     EXPECT_EQ(e2e::linesOf(result.err).back(), "stanag-overlay: " + addressOf(in_) +
                                                    ": nothing comes; check the address and that video is sent there; "
                                                    "gave up after 2.000 s without a picture");
@@ -543,6 +545,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(RefusalRow{"a_file",
                                {"burn", "clip.ts", "--live"},
                                "--live: clip.ts is no address; give one such as udp://127.0.0.1:5000, or no --live"},
+                    RefusalRow{"a_port_that_is_none",
+                               {"burn", "udp://127.0.0.1:70000", "--live"},
+                               "burn: INPUT: udp://127.0.0.1:70000: give a port from 1 to 65535; see stanag-overlay "
+                               "burn --help"},
                     RefusalRow{"a_range",
                                {"burn", "udp://127.0.0.1:9", "--live", "--from", "3"},
                                "--live: live pictures have no range; leave out --from and --to"},
@@ -559,6 +565,14 @@ INSTANTIATE_TEST_SUITE_P(
                                {"burn", "udp://127.0.0.1:9", "--live", "--telemetry-wait", "2001"},
                                "burn: --telemetry-wait: give a number from 0 to 2000; see stanag-overlay burn --help"}),
     [](auto const& row) { return row.param.name; });
+
+TEST_F(Live, TheInputIsNoOutput)
+{
+    Result const result = e2e::run({"burn", addressOf(in_), "-c", file("c.json"), "-o", addressOf(in_), "--live"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err,
+              "stanag-overlay: " + addressOf(in_) + ": is the input itself; give another address for the output\n");
+}
 
 TEST_F(Live, AnAddressThatCannotBeMeantIsRefusedAtOnce)
 {

@@ -1,0 +1,187 @@
+// What live work writes and says: from standard input, which needs no real time, but where a silence is the matter.
+#include "clips.h"
+#include "imaging/imaging_access.h"
+#include "live_clips.h"
+#include "live_stream.h"
+#include "run_program.h"
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using e2e::Result;
+using Words = std::vector<std::string>;
+
+class LiveOutput : public testing::Test {
+protected:
+    LiveOutput() { e2e::writeFile(file("c.json"), R"({"overlay":[{"formatString":"%heading_deg"}]})"); }
+
+    std::string file(std::string const& name) const { return folder_.file(name); }
+
+    /// Burns what stands in the file as if somebody were sending it.
+    Result burn(std::string const& input, std::string const& output) const
+    {
+        e2e::RunOptions options;
+        options.inputFile = input;
+        return e2e::run({"burn", "-", "-c", file("c.json"), "-o", output, "--live", "--preset", "ultrafast"}, options);
+    }
+
+    /// What was said but for the counters, which are the last line.
+    static Words saidIn(Result const& result)
+    {
+        Words lines = e2e::linesOf(result.err);
+        EXPECT_NE(lines.back().find(" dropped, "), std::string::npos) << result.err;
+        lines.pop_back();
+        return lines;
+    }
+
+private:
+    media_test::TempFolder folder_;
+};
+
+// Former bug: the times of the input, which a player waits through.
+TEST_F(LiveOutput, FilesBeginWithTheirFirstPicture)
+{
+    live_test::makeLiveClip({file("a.ts"), 96, 64, 900000, 50, false, true});
+    for (std::string const ending : {".mp4", ".mkv"}) {
+        SCOPED_TRACE(ending);
+        Result const result = burn(file("a.ts"), file("live" + ending));
+        EXPECT_EQ(result.exitCode, 0);
+        ASSERT_EQ(e2e::run({"burn", file("a.ts"), "-c", file("c.json"), "-o", file("file" + ending)}).exitCode, 0);
+        clip_test::StreamTimes const live = clip_test::timesOf(file("live" + ending));
+        clip_test::StreamTimes const whole = clip_test::timesOf(file("file" + ending));
+        ASSERT_EQ(live.video.size(), 50U) << result.err;
+        EXPECT_DOUBLE_EQ(live.video.front(), 0.0);
+        EXPECT_NEAR(live.video.back(), 49 * 0.04, 0.0011);
+        ASSERT_FALSE(live.sound.empty());
+        // A live output ends with its last picture, a file with the last sound.
+        ASSERT_GT(live.sound.size() + 10, whole.sound.size());
+        EXPECT_TRUE(std::equal(live.sound.begin(), live.sound.end(), whole.sound.begin()));
+        EXPECT_EQ(saidIn(result),
+                  (Words{"stanag-overlay: " + file("live" + ending) + ": " + (ending == ".mp4" ? "mp4" : "matroska") +
+                         " cannot carry KLV; the telemetry stream is left out (.ts carries it)"}));
+    }
+    ASSERT_EQ(burn(file("a.ts"), file("live.ts")).exitCode, 0);
+    EXPECT_DOUBLE_EQ(clip_test::timesOf(file("live.ts")).video.front(), 10.0);
+}
+
+TEST_F(LiveOutput, SoundFromBeforeTheFirstPictureStaysOutOfFiles)
+{
+    clip_test::ClipSpec spec{file("a.ts"), 96, 64, 50, "mpeg2video", 900000};
+    spec.sound = true;
+    spec.soundLead = 45000;
+    clip_test::makeClip(spec);
+    ASSERT_LT(clip_test::timesOf(file("a.ts")).sound.front(), 9.6);
+    for (std::string const output : {"o.mp4", "o.mkv"}) {
+        SCOPED_TRACE(output);
+        ASSERT_EQ(burn(file("a.ts"), file(output)).exitCode, 0);
+        clip_test::StreamTimes const times = clip_test::timesOf(file(output));
+        EXPECT_DOUBLE_EQ(times.video.front(), 0.0);
+        ASSERT_FALSE(times.sound.empty());
+        EXPECT_NEAR(times.sound.front(), 0.0, 0.03);
+    }
+}
+
+TEST_F(LiveOutput, WhatPicturesLoseIsTold)
+{
+    std::string const input = file("a.ts");
+    ASSERT_EQ(std::system(("ffmpeg -v error -f lavfi -i testsrc2=s=96x64:r=25:d=1 -pix_fmt yuv422p10le -c:v libx264 "
+                           "-preset ultrafast " +
+                           input)
+                              .c_str()),
+              0);
+    Result const result = burn(input, file("o.ts"));
+    EXPECT_EQ(saidIn(result), (Words{"stanag-overlay: " + file("o.ts") +
+                                     ": pictures of yuv422p10le (10 bits, chroma 4:2:2) are stored with 8 bits, "
+                                     "chroma 4:2:0"}));
+}
+
+// Former bug: pictures of another shape were stretched.
+TEST_F(LiveOutput, PicturesOfAnotherShapeGetBlackBars)
+{
+    auto const white = [](MappedNV12 const& picture) {
+        std::memset(picture.y, 235,
+                    static_cast<std::size_t>(picture.yStride) * static_cast<std::size_t>(picture.height));
+    };
+    clip_test::ClipSpec first{file("a.ts"), 96, 64, 25, "mpeg2video"};
+    first.paint = white;
+    clip_test::makeClip(first);
+    clip_test::ClipSpec then{file("b.ts"), 64, 96, 25, "mpeg2video", 900000};
+    then.paint = white;
+    clip_test::makeClip(then);
+    e2e::writeFile(file("both.ts"), e2e::readFile(file("a.ts")) + e2e::readFile(file("b.ts")));
+    Result const result = burn(file("both.ts"), file("o.ts"));
+    EXPECT_EQ(
+        saidIn(result),
+        (Words{"stanag-overlay: -: pictures change from 96x64 to 64x96; they are shown in 96x64 with black bars"}));
+    auto const pictures = clip_test::picturesOf(file("o.ts"));
+    ASSERT_EQ(pictures.size(), 50U);
+    for (std::size_t number = 0; number < pictures.size(); ++number) {
+        SCOPED_TRACE(number);
+        MappedNV12 const picture = imaging::planesOf(*pictures[number]);
+        ASSERT_EQ(picture.width, 96);
+        ASSERT_EQ(picture.height, 64);
+        std::uint8_t const* const row = picture.y + std::ptrdiff_t{60} * picture.yStride;
+        // 64x96 fits with 42 columns, from 26 to 67.
+        for (int const column : {4, 20, 74, 92}) {
+            EXPECT_NEAR(row[column], number < 25 ? 235 : 16, 12) << column;
+        }
+        EXPECT_NEAR(row[48], 235, 12);
+    }
+}
+
+TEST_F(LiveOutput, SilenceOnStandardInputIsAnOutage)
+{
+    live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, 25});
+    std::string const pipe = file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::ofstream input;
+    e2e::RunOptions options;
+    options.inputFile = pipe;
+    options.meanwhile = [&](int) {
+        input.open(pipe, std::ios::binary);
+        input << e2e::readFile(file("second.ts")) << std::flush;
+        std::this_thread::sleep_for(std::chrono::milliseconds(3600));
+        input << e2e::readFile(file("second.ts")) << std::flush;
+        input.close();
+    };
+    Result const result = e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("o.ts"), "--live"}, options);
+    EXPECT_EQ(result.exitCode, 0);
+    Words const said = saidIn(result);
+    ASSERT_EQ(said.size(), 2U) << result.err;
+    EXPECT_EQ(said[0], "stanag-overlay: -: nothing comes any more; waiting for it to come back");
+    std::string const back = "stanag-overlay: -: is back after ";
+    ASSERT_EQ(said[1].rfind(back, 0), 0U) << said[1];
+    double const away = std::strtod(said[1].c_str() + back.size(), nullptr);
+    EXPECT_GT(away, 3.0);
+    EXPECT_LT(away, 5.0);
+    std::vector<double> const times = clip_test::timesOf(file("o.ts")).video;
+    ASSERT_EQ(times.size(), 50U);
+    EXPECT_NEAR(times[25] - times[24], away, 0.2) << "the time in which nothing came has passed in the output too";
+}
+
+TEST_F(LiveOutput, WhoWaitsSaysForWhat)
+{
+    std::string const address = "tcp://127.0.0.1:" + std::to_string(live_test::freePort());
+    Result const result =
+        e2e::run({"burn", address, "-c", file("c.json"), "-o", file("o.ts"), "--live", "--give-up", "0.5"});
+    EXPECT_EQ(result.exitCode, 1);
+    Words const lines = e2e::linesOf(result.err);
+    std::string const cause = "stanag-overlay: " + address +
+                              ": cannot be opened: Connection refused; check the address and that video is sent there";
+    ASSERT_EQ(lines.size(), 3U) << result.err;
+    EXPECT_EQ(lines[0], cause + "; waiting for pictures");
+    EXPECT_EQ(lines[2], cause + "; gave up after 0.500 s without a picture");
+}
+
+}  // namespace
