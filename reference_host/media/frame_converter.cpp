@@ -7,8 +7,13 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -86,22 +91,94 @@ bool isPlanar420(int format)
     return format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVJ420P;
 }
 
-void interleave(std::uint8_t const* cb, std::uint8_t const* cr, std::uint8_t* pairs, int count)
+#ifdef __SSE2__
+
+// A picture is larger than the inner caches, and nearly all of it is next read by the encoder's threads. Stores that go
+// past the cache do not fetch what they overwrite.
+constexpr std::size_t kStoreBytes = sizeof(__m128i);
+
+bool isStoreAligned(std::uint8_t const* to)
 {
-    for (int i = 0; i < count; ++i) {
+    return reinterpret_cast<std::uintptr_t>(to) % kStoreBytes == 0;
+}
+
+__m128i load(std::uint8_t const* from)
+{
+    return _mm_loadu_si128(reinterpret_cast<__m128i const*>(from));
+}
+
+void store(std::uint8_t* to, __m128i bytes)
+{
+    _mm_stream_si128(reinterpret_cast<__m128i*>(to), bytes);
+}
+
+/// Copies as much of a row as whole stores can; gives the number of bytes done.
+std::size_t streamRow(std::uint8_t const* from, std::uint8_t* to, std::size_t count)
+{
+    std::size_t done = 0;
+    for (; isStoreAligned(to) && done + kStoreBytes <= count; done += kStoreBytes) {
+        store(to + done, load(from + done));
+    }
+    return done;
+}
+
+/// The same for a row of pairs; gives the number of pairs done.
+std::size_t streamPairs(std::uint8_t const* cb, std::uint8_t const* cr, std::uint8_t* pairs, std::size_t count)
+{
+    std::size_t done = 0;
+    for (; isStoreAligned(pairs) && done + kStoreBytes <= count; done += kStoreBytes) {
+        store(pairs + 2 * done, _mm_unpacklo_epi8(load(cb + done), load(cr + done)));
+        store(pairs + 2 * done + kStoreBytes, _mm_unpackhi_epi8(load(cb + done), load(cr + done)));
+    }
+    return done;
+}
+
+void endStreaming()
+{
+    _mm_sfence();
+}
+
+#else
+
+std::size_t streamRow(std::uint8_t const*, std::uint8_t*, std::size_t)
+{
+    return 0;
+}
+
+std::size_t streamPairs(std::uint8_t const*, std::uint8_t const*, std::uint8_t*, std::size_t)
+{
+    return 0;
+}
+
+void endStreaming() {}
+
+#endif
+
+void copyRow(std::uint8_t const* from, std::uint8_t* to, std::size_t count)
+{
+    std::size_t const done = streamRow(from, to, count);
+    std::memcpy(to + done, from + done, count - done);
+}
+
+void interleave(std::uint8_t const* cb, std::uint8_t const* cr, std::uint8_t* pairs, std::size_t count)
+{
+    for (std::size_t i = streamPairs(cb, cr, pairs, count); i < count; ++i) {
         pairs[2 * i] = cb[i];
         pairs[2 * i + 1] = cr[i];
     }
 }
 
 /// What most decoders give. The scaler takes twice as long for it.
-void joinChroma(AVFrame const& frame, Planes const& to, int width, int height)
+void joinChroma(AVFrame const& frame, Planes const& to, std::size_t width, int height)
 {
-    av_image_copy_plane(to.data[0], to.strides[0], frame.data[0], frame.linesize[0], width, height);
+    for (std::ptrdiff_t row = 0; row < height; ++row) {
+        copyRow(frame.data[0] + row * frame.linesize[0], to.data[0] + row * to.strides[0], width);
+    }
     for (std::ptrdiff_t row = 0; row < (height + 1) / 2; ++row) {
         interleave(frame.data[1] + row * frame.linesize[1], frame.data[2] + row * frame.linesize[2],
                    to.data[1] + row * to.strides[1], (width + 1) / 2);
     }
+    endStreaming();
 }
 
 void run(SwsContext* scaler, std::uint8_t const* const* fromData, int const* fromStrides, int lines,
@@ -199,7 +276,7 @@ void FrameConverter::toNv12(AVFrame const& frame, MappedNV12 const& planes, Colo
         return;
     }
     if (sameSize && isPlanar420(frame.format) && own == color) {
-        joinChroma(frame, to, planes.width, planes.height);
+        joinChroma(frame, to, static_cast<std::size_t>(planes.width), planes.height);
         return;
     }
     // The scaler takes RGB pixels in pairs for half chroma and mixes what stands beyond an odd last one.

@@ -98,37 +98,45 @@ INSTANTIATE_TEST_SUITE_P(Rows, AnyFormat,
                                          FormatRow{"gray16", AV_PIX_FMT_GRAY16LE, {147, 128, 128}, 1, true}),
                          [](auto const& row) { return row.param.name; });
 
-TEST(FrameConverter, CopiesSamplesOfPlanarFramesExactly)
+/// Widths below, at and beside what is stored at once.
+class PlanarWidth : public testing::TestWithParam<int> {};
+
+TEST_P(PlanarWidth, KeepsEverySampleExactly)
 {
-    constexpr int kWidth = 35;
+    int const width = GetParam();
     constexpr int kHeight = 19;
-    FramePtr const frame = makeFrame(AV_PIX_FMT_YUV420P, kWidth, kHeight);
-    auto const fill = [&frame](std::size_t plane, int width, int height) {
-        for (int row = 0; row < height; ++row) {
-            for (int column = 0; column < width; ++column) {
-                frame->data[plane][row * frame->linesize[plane] + column] =
-                    static_cast<std::uint8_t>(static_cast<int>(plane) * 50 + row * 3 + column);
+    int const chromaWidth = (width + 1) / 2;
+    FramePtr const frame = makeFrame(AV_PIX_FMT_YUV420P, width, kHeight);
+    auto const sample = [](int plane, int column, int row) { return (plane * 50 + row * 3 + column) % 256; };
+    auto const fill = [&frame, sample](int plane, int columns, int rows) {
+        auto const index = static_cast<std::size_t>(plane);
+        for (int row = 0; row < rows; ++row) {
+            for (int column = 0; column < columns; ++column) {
+                frame->data[index][row * frame->linesize[index] + column] =
+                    static_cast<std::uint8_t>(sample(plane, column, row));
             }
         }
     };
-    fill(0, kWidth, kHeight);
-    fill(1, 18, 10);
-    fill(2, 18, 10);
-    Planes planes(kWidth, kHeight);
+    fill(0, width, kHeight);
+    fill(1, chromaWidth, 10);
+    fill(2, chromaWidth, 10);
+    Planes planes(width, kHeight);
     FrameConverter().toNv12(*frame, planes.mapped(), {});
     for (int row = 0; row < kHeight; ++row) {
-        for (int column = 0; column < kWidth; ++column) {
-            ASSERT_EQ(planes.y(column, row), row * 3 + column) << column << "," << row;
+        for (int column = 0; column < width; ++column) {
+            ASSERT_EQ(planes.y(column, row), sample(0, column, row)) << column << "," << row;
         }
     }
     for (int row = 0; row < 10; ++row) {
-        for (int pair = 0; pair < 18; ++pair) {
-            ASSERT_EQ(planes.c(pair * 2, row), 50 + row * 3 + pair) << pair << "," << row;
-            ASSERT_EQ(planes.c(pair * 2 + 1, row), 100 + row * 3 + pair) << pair << "," << row;
+        for (int pair = 0; pair < chromaWidth; ++pair) {
+            ASSERT_EQ(planes.c(pair * 2, row), sample(1, pair, row)) << pair << "," << row;
+            ASSERT_EQ(planes.c(pair * 2 + 1, row), sample(2, pair, row)) << pair << "," << row;
         }
     }
     EXPECT_TRUE(planes.guarded());
 }
+
+INSTANTIATE_TEST_SUITE_P(FrameConverter, PlanarWidth, testing::Values(1, 15, 16, 31, 32, 33, 35, 192, 207));
 
 TEST(FrameConverter, TakesEverySizeDownToOnePixel)
 {
