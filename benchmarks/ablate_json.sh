@@ -1,12 +1,10 @@
 #!/usr/bin/env bash
 # Reads JSON without each of the framework's quick ways in turn and writes what it costs into benchmarks/README.md. Each
 # of them is taken out of a copy of the sources; the benchmark runs with the library that is made of it.
-#   benchmarks/ablate_json.sh BUILD_DIR [options of Google Benchmark]
+#   benchmarks/ablate_json.sh BUILD_DIR
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=$(cd "${1:?"usage: benchmarks/ablate_json.sh BUILD_DIR"}" && pwd)
-shift
-options=("$@")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -25,19 +23,28 @@ build_library() {
     c++ -shared -Wl,-Bsymbolic-functions "$1"/framework/*.o -lcrypto -o "$1/libsw_framework.so"
 }
 
-# ratio TABLE ROW: how many times faster; "us" instead of a row's column gives our time.
-cell() { awk -F'|' -v row=" $2 " -v column="$3" '$2 == row { gsub(/ /, "", $column); print $column }' "$1"; }
-
-# measure NAME FOLDER: one row of the table.
-measure() {
-    LD_LIBRARY_PATH="$2" "$build/bin/json_benchmark" --table="$2/table" \
-        --benchmark_filter='^read/(framework|rapidjson_dom|nlohmann)/' --benchmark_repetitions=9 \
-        --benchmark_min_time=0.1 --benchmark_enable_random_interleaving=true \
-        --benchmark_report_aggregates_only=true "${options[@]}" >/dev/null 2>&1
-    echo "| $1 | $(cell "$2/table" 'read the payload, against rapidjson_dom' 6) |" \
-        "$(cell "$2/table" 'read the payload, against rapidjson_dom' 3) |" \
-        "$(cell "$2/table" 'read the configuration, against nlohmann' 3) |"
+# instructions FOLDER TEXT COUNT: that so many readings of a text need, the program around them included.
+instructions() {
+    LD_LIBRARY_PATH="$1" valgrind --tool=callgrind --callgrind-out-file=/dev/null "$build/bin/json_benchmark" \
+        --iterations="$3" --benchmark_filter="^read/framework/$2" 2>&1 >/dev/null |
+        sed -n 's/.*Collected : \([0-9]*\).*/\1/p'
 }
+
+# each FOLDER TEXT FEW MANY: instructions of one reading.
+each() { echo $((($(instructions "$1" "$2" "$4") - $(instructions "$1" "$2" "$3")) / ($4 - $3))); }
+
+# measure NAME FOLDER: one row of the table; the first row's figures are what the others are compared with.
+measure() {
+    local payload configuration
+    payload=$(each "$2" payload 100 300)
+    configuration=$(each "$2" configuration 2 4)
+    payload_of_all=${payload_of_all:-$payload}
+    configuration_of_all=${configuration_of_all:-$configuration}
+    echo "| $1 | $payload | $(percent "$payload" "$payload_of_all") | $configuration |" \
+        "$(percent "$configuration" "$configuration_of_all") |"
+}
+
+percent() { awk -v part="$1" -v whole="$2" 'BEGIN { printf "%+.0f %%", 100 * part / whole - 100 }'; }
 
 # without NAME FILE EXPRESSION: a row for the sources with that file changed by sed.
 without() {
@@ -58,10 +65,11 @@ without() {
 {
     echo "Machine: $(LC_ALL=C lscpu | sed -n 's/^Model name: *//p'), $(nproc) processors,"
     echo "$(. /etc/os-release && echo "$PRETTY_NAME"), $(c++ --version | head -n 1)."
-    echo "Command: \`benchmarks/ablate_json.sh BUILD_DIR\`. Medians of processor time."
+    echo "Command: \`benchmarks/ablate_json.sh BUILD_DIR\`. Instructions of one reading, counted by callgrind: the"
+    echo "differences are smaller than what else runs on a shared machine does to times."
     echo
-    echo "| without | payload, us | times RapidJSON | configuration, times nlohmann |"
-    echo "| --- | ---: | ---: | ---: |"
+    echo "| without | payload | more | configuration | more |"
+    echo "| --- | ---: | ---: | ---: | ---: |"
     mkdir "$work/all"
     cp -r "$root/framework" "$work/all/"
     build_library "$work/all"

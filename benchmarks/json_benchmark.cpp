@@ -16,6 +16,7 @@
 #include <simdjson.h>
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <random>
@@ -254,15 +255,17 @@ void copyNlohmann(benchmark::State& state, int which)
     }
 }
 
-std::vector<std::string> registerAll()
+/// 0 iterations: as many as the time allows.
+void registerAll(std::int64_t iterations)
 {
-    std::vector<std::string> names;
     char const* const texts[] = {"payload", "configuration"};
     for (int which = 0; which < 2; ++which) {
         auto const add = [&](std::string name, void (*run)(benchmark::State&, int)) {
             name.append("/").append(texts[which]);
-            benchmark::RegisterBenchmark(name.c_str(), run, which);
-            names.push_back(name);
+            auto* const registered = benchmark::RegisterBenchmark(name.c_str(), run, which);
+            if (iterations > 0) {
+                registered->Iterations(iterations);
+            }
         };
         add("read/framework", readFramework);
         add("read/nlohmann", readNlohmann);
@@ -275,7 +278,6 @@ std::vector<std::string> registerAll()
         add("copy/framework", copyFramework);
         add("copy/nlohmann", copyNlohmann);
     }
-    return names;
 }
 
 /// `what` of both texts against the opponent.
@@ -309,13 +311,15 @@ std::vector<RatioRow> ratioRows()
 
 int main(int argc, char** argv)
 {
-    std::string const tableFile = takeTableOption(argc, argv);
+    std::string const tableFile = takeOption(argc, argv, "--table=");
+    // For tools that count instructions.
+    std::string const iterations = takeOption(argc, argv, "--iterations=");
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
     }
-    std::vector<std::string> const names = registerAll();
-    MedianReporter reporter;
+    registerAll(iterations.empty() ? 0 : std::stoll(iterations));
+    LeastReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     if (!tableFile.empty()) {
         std::ofstream table(tableFile);

@@ -245,7 +245,7 @@ std::vector<GrowthRow> const kGrowth{
 
 int main(int argc, char** argv)
 {
-    std::string const tableFile = takeTableOption(argc, argv);
+    std::string const tableFile = takeOption(argc, argv, "--table=");
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 2;
@@ -254,7 +254,7 @@ int main(int argc, char** argv)
     std::vector<std::string> names = registerFrames();
     std::vector<RatioRow> rows = kRows;
     registerParts(names, rows);
-    MedianReporter reporter;
+    LeastReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     if (!tableFile.empty()) {
         std::ofstream table(tableFile);

@@ -9,13 +9,13 @@ shift
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-"$build/bin/render_benchmark" --table="$work/table" --benchmark_repetitions=9 --benchmark_min_time=0.05 \
-    --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true "$@"
+"$build/bin/render_benchmark" --table="$work/table" --benchmark_repetitions=15 --benchmark_min_time=0.05 \
+    --benchmark_enable_random_interleaving=true "$@"
 
 {
     echo "Machine: $(LC_ALL=C lscpu | sed -n 's/^Model name: *//p'), $(nproc) processors,"
     echo "$(. /etc/os-release && echo "$PRETTY_NAME"), $(c++ --version | head -n 1)."
-    echo "Command: \`benchmarks/run_render.sh BUILD_DIR\`. Medians of processor time."
+    echo "Command: \`benchmarks/run_render.sh BUILD_DIR\`. The least of 15 repetitions, processor time."
     echo
     cat "$work/table"
 } | "$root/scripts/write-section" "$root/benchmarks/README.md" render

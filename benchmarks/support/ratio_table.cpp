@@ -16,50 +16,59 @@ std::string digits(char const* format, double value)
 
 }  // namespace
 
-void MedianReporter::ReportRuns(std::vector<Run> const& runs)
+void LeastReporter::ReportRuns(std::vector<Run> const& runs)
 {
     for (Run const& run : runs) {
-        if (run.aggregate_name == "median") {
-            Median& median = medians_[run.run_name.str()];
-            median.cpuNs = run.GetAdjustedCPUTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
-            for (auto const& [name, counter] : run.counters) {
-                median.counters[name] = counter.value;
-            }
+        if (run.run_type == Run::RT_Iteration) {
+            keep_(run);
         }
     }
     ConsoleReporter::ReportRuns(runs);
 }
 
-MedianReporter::Median const* MedianReporter::find(std::string const& name) const
+void LeastReporter::keep_(Run const& run)
 {
-    auto const found = medians_.find(name);
-    return found == medians_.end() ? nullptr : &found->second;
+    double const cpuNs = run.GetAdjustedCPUTime() * 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
+    auto const [found, isFirst] = times_.try_emplace(run.run_name.str());
+    Least& least = found->second;
+    if (!isFirst && least.cpuNs <= cpuNs) {
+        return;
+    }
+    least.cpuNs = cpuNs;
+    for (auto const& [name, counter] : run.counters) {
+        least.counters[name] = counter.value;
+    }
 }
 
-std::string takeTableOption(int& argc, char** argv)
+LeastReporter::Least const* LeastReporter::find(std::string const& name) const
 {
-    std::string const option = "--table=";
-    std::string file;
+    auto const found = times_.find(name);
+    return found == times_.end() ? nullptr : &found->second;
+}
+
+std::string takeOption(int& argc, char** argv, std::string const& option)
+{
+    std::string value;
     int kept = 0;
     for (int i = 0; i < argc; ++i) {
         std::string const argument = argv[i];
         if (argument.compare(0, option.size(), option) == 0) {
-            file = argument.substr(option.size());
+            value = argument.substr(option.size());
         } else {
             argv[kept++] = argv[i];
         }
     }
     argc = kept;
-    return file;
+    return value;
 }
 
-void writeRatios(std::ostream& out, MedianReporter const& medians, std::vector<RatioRow> const& rows)
+void writeRatios(std::ostream& out, LeastReporter const& times, std::vector<RatioRow> const& rows)
 {
     out << "| what | times faster | target | met | ours, us | opponent, us |\n"
            "| --- | ---: | ---: | --- | ---: | ---: |\n";
     for (RatioRow const& row : rows) {
-        MedianReporter::Median const* const ours = medians.find(row.ours);
-        MedianReporter::Median const* const opponent = medians.find(row.opponent);
+        LeastReporter::Least const* const ours = times.find(row.ours);
+        LeastReporter::Least const* const opponent = times.find(row.opponent);
         if (ours == nullptr || opponent == nullptr) {
             continue;
         }
@@ -75,12 +84,12 @@ void writeRatios(std::ostream& out, MedianReporter const& medians, std::vector<R
     }
 }
 
-void writeGrowth(std::ostream& out, MedianReporter const& medians, std::vector<GrowthRow> const& rows)
+void writeGrowth(std::ostream& out, LeastReporter const& times, std::vector<GrowthRow> const& rows)
 {
     out << "| growth of | times more work | times more time | linear at worst |\n| --- | ---: | ---: | --- |\n";
     for (GrowthRow const& row : rows) {
-        MedianReporter::Median const* const smaller = medians.find(row.smaller);
-        MedianReporter::Median const* const larger = medians.find(row.larger);
+        LeastReporter::Least const* const smaller = times.find(row.smaller);
+        LeastReporter::Least const* const larger = times.find(row.larger);
         if (smaller == nullptr || larger == nullptr) {
             continue;
         }
@@ -90,16 +99,16 @@ void writeGrowth(std::ostream& out, MedianReporter const& medians, std::vector<G
     }
 }
 
-void writeTimes(std::ostream& out, MedianReporter const& medians, std::vector<std::string> const& names)
+void writeTimes(std::ostream& out, LeastReporter const& times, std::vector<std::string> const& names)
 {
     out << "| benchmark | us | allocations |\n| --- | ---: | ---: |\n";
     for (std::string const& name : names) {
-        MedianReporter::Median const* const median = medians.find(name);
-        if (median == nullptr) {
+        LeastReporter::Least const* const least = times.find(name);
+        if (least == nullptr) {
             continue;
         }
-        auto const allocations = median->counters.find("allocs");
-        out << "| " << name << " | " << digits("%.3f", median->cpuNs / kNsPerUs) << " | "
-            << (allocations == median->counters.end() ? "-" : digits("%.1f", allocations->second)) << " |\n";
+        auto const allocations = least->counters.find("allocs");
+        out << "| " << name << " | " << digits("%.3f", least->cpuNs / kNsPerUs) << " | "
+            << (allocations == least->counters.end() ? "-" : digits("%.1f", allocations->second)) << " |\n";
     }
 }

@@ -1,5 +1,5 @@
-// Collects the medians of a benchmark run and writes them as ratios: times differ from machine to machine,
-// ratios of one run much less.
+// Collects the times of a benchmark run and writes them as ratios: times differ from machine to machine,
+// ratios of one run much less. What else runs on the machine only ever adds, so the least of the repetitions counts.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -9,24 +9,27 @@
 #include <string>
 #include <vector>
 
-/// Prints as the console does and keeps each benchmark's median by name.
-class MedianReporter : public benchmark::ConsoleReporter {
+/// Prints as the console does and keeps the least repetition of each benchmark by name.
+class LeastReporter : public benchmark::ConsoleReporter {
 public:
-    struct Median {
+    struct Least {
         double cpuNs = 0.0;
         std::map<std::string, double> counters;
     };
 
     void ReportRuns(std::vector<Run> const& runs) override;
     /// Null when no benchmark of that name has run.
-    Median const* find(std::string const& name) const;
+    Least const* find(std::string const& name) const;
 
 private:
-    std::map<std::string, Median> medians_;
+    void keep_(Run const& run);
+
+    std::map<std::string, Least> times_;
 };
 
-/// Takes --table=FILE, where the table shall go, out of the arguments; "" without one.
-std::string takeTableOption(int& argc, char** argv);
+/// Takes an argument that begins with `option`, such as "--table=", out of the arguments and gives what follows; ""
+/// without one.
+std::string takeOption(int& argc, char** argv, std::string const& option);
 
 /// What one line of the table compares.
 struct RatioRow {
@@ -38,7 +41,7 @@ struct RatioRow {
 
 /// A Markdown table: how many times faster than the opponent, the target, whether it is met, then both
 /// times in microseconds. Rows whose benchmarks have not run are left out.
-void writeRatios(std::ostream& out, MedianReporter const& medians, std::vector<RatioRow> const& rows);
+void writeRatios(std::ostream& out, LeastReporter const& times, std::vector<RatioRow> const& rows);
 
 /// How the cost grows with the size of the work.
 struct GrowthRow {
@@ -49,7 +52,7 @@ struct GrowthRow {
 };
 
 /// A Markdown table: how many times more work, and how many times more time it takes.
-void writeGrowth(std::ostream& out, MedianReporter const& medians, std::vector<GrowthRow> const& rows);
+void writeGrowth(std::ostream& out, LeastReporter const& times, std::vector<GrowthRow> const& rows);
 
 /// A Markdown table of single benchmarks: time and allocations per run.
-void writeTimes(std::ostream& out, MedianReporter const& medians, std::vector<std::string> const& names);
+void writeTimes(std::ostream& out, LeastReporter const& times, std::vector<std::string> const& names);
