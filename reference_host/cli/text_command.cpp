@@ -33,7 +33,7 @@ void runText(TextOptions const& options)
 {
     ConfigFile const config = readConfig(options.config);
     auto const opened =
-        clip::openRange({options.input, options.telemetry, config.text, {}, options.look}, options.range);
+        clip::openRange({options.input, options.telemetry, config.text, {}, options.look, true}, options.range);
     clip::AnnotatedClip& clip = *opened;
     std::vector<imaging::DrawnText> draws;
     imaging::recordTexts(clip.painter(), [&draws](imaging::DrawnText const& text) { draws.push_back(text); });

@@ -6,6 +6,7 @@
 #include "imaging/imaging_access.h"
 #include "media/interrupt.h"
 
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -13,18 +14,57 @@
 namespace clip {
 namespace {
 
+/// Telemetry that arrives this much after its picture is still in time.
+constexpr double kLateSeconds = 1.0;
+constexpr double kWatchedLateSeconds = 0.1;
+
+bool isWatched(ClipSource const& source)
+{
+    return source.watched && media::isLiveAddress(source.input);
+}
+
+media::Demuxer openClip(ClipSource const& source)
+{
+    if (isWatched(source)) {
+        return media::Demuxer(source.input, media::LiveReading::untilInterrupted());
+    }
+    return media::Demuxer(source.input);
+}
+
+media::DecoderChoice decodingOf(ClipSource const& source)
+{
+    return {source.decoding.threads, source.decoding.lowDelay || isWatched(source)};
+}
+
 /// The plugin takes frame number 0 for "none yet".
 std::uint64_t indexOf(media::FramePlace const& place)
 {
     return place.number + 1;
 }
 
+/// Until when a unit counts: a subtitle until it is no longer shown, all else at its time only.
+double endOf(media::SideUnit const& unit, media::Demuxer const& demuxer)
+{
+    bool const lasts = unit.kind == media::StreamKind::Subtitle;
+    AVRational const timeBase = demuxer.stream(unit.stream).time_base;
+    return unit.seconds + (lasts ? media::secondsOf(unit.packet->duration, timeBase) : 0.0);
+}
+
+/// A subtitle that is shown already when its part begins.
+void cutBegin(media::SideUnit& unit, double seconds, media::Demuxer const& demuxer)
+{
+    AVRational const timeBase = demuxer.stream(unit.stream).time_base;
+    unit.packet->duration = std::llround((endOf(unit, demuxer) - seconds) / av_q2d(timeBase));
+    unit.seconds = seconds;
+}
+
 }  // namespace
 
 AnnotatedClip::AnnotatedClip(ClipSource const& source)
-    : demuxer_(source.input)
+    : demuxer_(openClip(source))
     , telemetry_(demuxer_, source.telemetry, telemetry::KeySelection::namedIn(source.config))
-    , reader_(demuxer_, telemetry_.aheadSeconds(), source.decoding)
+    , reader_(demuxer_, telemetry_.aheadSeconds(isWatched(source) ? kWatchedLateSeconds : kLateSeconds),
+              decodingOf(source))
     , clock_(reader_.timeBase())
     , renderer_(source.look)
     , memoryNs_(memoryNsOf(source.config))
@@ -145,16 +185,22 @@ void AnnotatedClip::takeSideUnits_(double seconds)
         return;
     }
     // The first picture that next() will give is not earlier.
-    while (!unobserved_.empty() && unobserved_.front().seconds < seconds) {
-        unobserved_.pop_front();
-    }
+    std::erase_if(unobserved_, [this, seconds](media::SideUnit const& unit) {
+        return unit.seconds < seconds && endOf(unit, demuxer_) <= seconds;
+    });
 }
 
 void AnnotatedClip::observe_()
 {
     bool const cut = begin_->number > 0;
     for (media::SideUnit& unit : unobserved_) {
-        if (observer_ && !(cut && unit.seconds < begin_->seconds)) {
+        if (cut && unit.seconds < begin_->seconds) {
+            if (endOf(unit, demuxer_) <= begin_->seconds) {
+                continue;
+            }
+            cutBegin(unit, begin_->seconds, demuxer_);
+        }
+        if (observer_) {
             observer_(unit);
         }
     }

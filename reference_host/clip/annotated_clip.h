@@ -38,6 +38,8 @@ struct ClipSource {
     std::string config;  ///< the configuration's text
     media::DecoderChoice decoding{};
     frame::Look look{};
+    bool watched =
+        false;  ///< a live address gives its pictures at once: telemetry is waited for a tenth of a second only
 };
 
 class AnnotatedClip {
@@ -47,7 +49,8 @@ public:
     explicit AnnotatedClip(ClipSource const& source);
 
     /// Called for every telemetry and sound packet of the clip as it is read, ahead of the pictures; not for those
-    /// that lie before the first picture that next() gives, if frames were passed over.
+    /// that lie before the first picture that next() gives, if frames were passed over. A subtitle that reaches into
+    /// what follows begins with that picture then.
     void setSideObserver(std::function<void(media::SideUnit&)> observer) { observer_ = std::move(observer); }
 
     /// The next picture, upright; empty at the end or after an interrupt. Pictures of another size than the first

@@ -19,9 +19,6 @@ namespace {
 /// Telemetry older than this no longer says where the aircraft is.
 constexpr double kMaxAgeSeconds = 5.0;
 
-/// Telemetry that arrives this much after its picture is still in time.
-constexpr double kAheadSeconds = 1.0;
-
 /// Packets of a stream that may wait for their pictures, and how many more for each second of offset.
 constexpr double kMaxWaiting = 4096.0;
 constexpr double kMaxPerSecond = 1000.0;
@@ -86,9 +83,9 @@ std::optional<double> TelemetryFeed::maxAge_() const
     return seconds > 0.0 ? std::optional(seconds) : std::nullopt;
 }
 
-double TelemetryFeed::aheadSeconds() const
+double TelemetryFeed::aheadSeconds(double lateSeconds) const
 {
-    return readsFile_() ? kAheadSeconds : kAheadSeconds + std::max(0.0, -options_.offsetSeconds);
+    return readsFile_() ? lateSeconds : lateSeconds + std::max(0.0, -options_.offsetSeconds);
 }
 
 void TelemetryFeed::readFile_()

@@ -26,8 +26,9 @@ public:
     /// cannot be meant.
     TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys);
 
-    /// How far beyond a picture the clip must have been read for that picture's telemetry to be here.
-    double aheadSeconds() const;
+    /// How far beyond a picture the clip must have been read for that picture's telemetry to be here, when that stands
+    /// so much after it at most.
+    double aheadSeconds(double lateSeconds) const;
 
     /// When the clip's first picture is shown; to be called before choose().
     void begin(double firstSeconds);

@@ -118,6 +118,13 @@ void requireReadable(std::string const& path)
     }
 }
 
+/// Somebody watches what comes from a live address.
+std::unique_ptr<media::Demuxer> openInput(std::string const& input)
+{
+    return media::isLiveAddress(input) ? std::make_unique<media::Demuxer>(input, media::LiveReading::untilInterrupted())
+                                       : std::make_unique<media::Demuxer>(input);
+}
+
 /// A clip that somebody names for its telemetry.
 std::unique_ptr<media::Demuxer> openTelemetryClip(std::string const& path)
 {
@@ -144,8 +151,7 @@ TelemetrySummary forEachPacket(std::string const& input, TelemetryOptions const&
     if (kind != telemetry::FileKind::Other) {
         return readPackets(source, kind, choice, delivery);
     }
-    auto const demuxer =
-        options.file.empty() ? std::make_unique<media::Demuxer>(input) : openTelemetryClip(options.file);
+    auto const demuxer = options.file.empty() ? openInput(input) : openTelemetryClip(options.file);
     return readClip(*demuxer, choice, delivery);
 }
 

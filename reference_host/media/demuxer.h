@@ -63,6 +63,12 @@ struct CannotOpen : std::runtime_error {
 struct LiveReading {
     std::function<bool()> abandon;  ///< asked some ten times a second while nothing comes; true ends opening or reading
     bool studySound = false;        ///< find out what is to be known of the sound too, which takes a while
+
+    /// Never ended but by an interrupt.
+    static LiveReading untilInterrupted()
+    {
+        return {[] { return false; }};
+    }
 };
 
 /// Whether this is the address of something that has no end of its own.

@@ -16,8 +16,9 @@ std::optional<std::int64_t> known(std::int64_t ticks)
 
 KlvUnitReader::KlvUnitReader(Demuxer& demuxer) : demuxer_(demuxer), timeline_(timelineOf(demuxer)), placer_(timeline_)
 {
-    if (AVStream const* const video = demuxer.video()) {
-        start_ = secondsOf(known(video->start_time).value_or(0), video->time_base);
+    AVStream const* const video = demuxer.video();
+    if (video != nullptr && known(video->start_time)) {
+        start_ = secondsOf(video->start_time, video->time_base);
     }
 }
 
@@ -48,7 +49,8 @@ void KlvUnitReader::readPacket_()
     }
     StreamKind const kind = demuxer_.kindOf(packet->stream_index);
     if (kind == StreamKind::Video) {
-        timeline_.placeVideo(known(packet->dts), known(packet->pts));
+        Timeline::Placed const placed = timeline_.placeVideo(known(packet->dts), known(packet->pts));
+        start_ = start_.value_or(secondsOf(placed.presentTicks, demuxer_.video()->time_base));
         placer_.placeUpToVideo(packet->pos);
     } else if (kind == StreamKind::Klv) {
         placer_.add(sideUnitOf(std::move(packet), demuxer_));

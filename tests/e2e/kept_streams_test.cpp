@@ -623,6 +623,43 @@ TEST_F(KeptTags, SubtitlesEndWithTheRange)
     }
 }
 
+/// "begin end" of each subtitle.
+std::vector<std::string> subtitlesOf(SwJsonObject const& probe)
+{
+    std::vector<std::string> found;
+    for (SwJsonValue const& value : probe["packets"].toArray()) {
+        SwJsonObject const& packet = value.toObject();
+        if (textOf(packet, "codec_type") == "subtitle" && std::stod(textOf(packet, "size")) > 2.0) {
+            double const begin = std::stod(textOf(packet, "pts_time"));
+            double const end = begin + std::stod(textOf(packet, "duration_time"));
+            std::array<char, 32> text{};
+            std::snprintf(text.data(), text.size(), "%.2f %.2f", begin, end);
+            found.emplace_back(text.data());
+        }
+    }
+    return found;
+}
+
+// Former bug: a subtitle that begins before the range was left out whole.
+TEST_F(KeptTags, SubtitlesThatReachIntoTheRangeBeginWithIt)
+{
+    for (std::string const ending : {".mp4", ".mkv"}) {
+        SCOPED_TRACE(ending);
+        std::string const input = makeInput(ending);
+        auto const part = [&](std::vector<std::string> const& range) {
+            burn(input, file("out" + ending), range);
+            return subtitlesOf(probed(file("out" + ending)));
+        };
+        using Words = std::vector<std::string>;
+        // They are shown from 0.5 to 0.9 s and from 1.5 to 2.5 s; pictures stand 0.04 s apart.
+        EXPECT_EQ(part({"--from", "0.8"}), (Words{"0.00 0.10", "0.70 1.70"}));
+        EXPECT_EQ(part({"--from", "1.0"}), (Words{"0.50 1.50"}));
+        EXPECT_EQ(part({"--from", "2.0"}), (Words{"0.00 0.50"}));
+        EXPECT_EQ(part({"--from", "1.8", "--to", "2.2"}), (Words{"0.00 0.40"}));
+        EXPECT_EQ(part({"--from", "2.6"}), Words{});
+    }
+}
+
 // Former bug: "mp4 does not take h264 video".
 TEST_F(KeptTags, SoundThatMuxersRefuseLateIsKeptOrTold)
 {
