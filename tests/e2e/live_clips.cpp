@@ -2,9 +2,12 @@
 #include "live_clips.h"
 
 #include "clips.h"
+#include "file_bytes.h"
 #include "media/ffmpeg_types.h"
 
+#include <deque>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace live_test {
@@ -54,6 +57,34 @@ void makeOtherProgram(std::string const& from, std::string const& to)
     avio_closep(&output->pb);
     avformat_free_context(output);
     av_dict_free(&options);
+}
+
+void makeTelemetryLate(std::string const& from, std::string const& to, int pictures)
+{
+    constexpr std::size_t kPacket = 188;
+    constexpr int kVideoPid = 0x100;
+    constexpr int kTelemetryPid = 0x101;
+    std::string const bytes = file_test::readFile(from);
+    std::string out;
+    std::deque<std::pair<int, std::string>> held;  // the picture before which each stands
+    int picture = 0;
+    for (std::size_t at = 0; at + kPacket <= bytes.size(); at += kPacket) {
+        auto const byte = [&bytes, at](std::size_t number) { return static_cast<unsigned char>(bytes[at + number]); };
+        int const pid = (byte(1) & 0x1F) << 8 | byte(2);
+        if (pid == kTelemetryPid) {
+            held.emplace_back(picture + pictures, bytes.substr(at, kPacket));
+            continue;
+        }
+        picture += pid == kVideoPid && (byte(1) & 0x40) != 0 ? 1 : 0;
+        for (; !held.empty() && held.front().first < picture; held.pop_front()) {
+            out += held.front().second;
+        }
+        out += bytes.substr(at, kPacket);
+    }
+    for (auto const& [place, packet] : held) {
+        out += packet;
+    }
+    file_test::writeFile(to, out);
 }
 
 }  // namespace live_test

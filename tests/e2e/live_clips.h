@@ -22,4 +22,7 @@ void makeLiveClip(LiveClipSpec const& spec);
 /// The same packets under other PIDs, in another program.
 void makeOtherProgram(std::string const& from, std::string const& to);
 
+/// The same packets, but each of the telemetry stands so many pictures later.
+void makeTelemetryLate(std::string const& from, std::string const& to, int pictures);
+
 }  // namespace live_test
