@@ -129,7 +129,7 @@ TEST_F(LiveSources, PicturesWaitForTheirTelemetryButNotTooLong)
         int const port = live_test::freePort();
         Result const result =
             burn(live_test::addressOf(port), {"--telemetry-wait", waitsLongEnough ? "400" : "60"}, [&] {
-                pass(0.8);
+                live_test::waitForListener(port);
                 Sender const sender(port, file("late.ts"), live_test::Repeat::Never);
                 pass(3.0);
             });

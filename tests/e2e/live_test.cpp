@@ -75,6 +75,15 @@ void pass(double seconds)
     std::this_thread::sleep_for(Seconds(seconds));
 }
 
+/// Until something has happened, but not longer.
+void passUntil(double seconds, std::function<bool()> const& hasHappened)
+{
+    auto const end = Clock::now() + Seconds(seconds);
+    while (Clock::now() < end && !hasHappened()) {
+        pass(0.02);
+    }
+}
+
 class Live : public testing::Test {
 protected:
     static void SetUpTestSuite()
@@ -137,7 +146,7 @@ TEST_F(Live, PicturesAndTelemetryKeepTheirTimes)
     Receiver const receiver(out_);
     std::vector<Passed> sent;
     Result const result = burnToAddress({}, [&] {
-        pass(1.0);
+        live_test::waitForListener(in_);
         // A sender that dies has sent its last pictures without their telemetry: this one sends all it has.
         Sender const sender(in_, file("whole.ts"), live_test::Repeat::Never);
         pass(4.5);
@@ -225,7 +234,7 @@ TEST_F(Live, GivingUpLosesNoPicture)
     live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, kSecond});
     e2e::RunOptions options;
     options.meanwhile = [&](int) {
-        pass(1.0);
+        live_test::waitForListener(in_);
         Sender const sender(in_, file("second.ts"), live_test::Repeat::Never);
         pass(1.5);
     };
@@ -238,7 +247,7 @@ TEST_F(Live, GivingUpLosesNoPicture)
 TEST_F(Live, EachPictureShowsItsOwnTelemetry)
 {
     Result const result = burn({"-o", file("shown.ts"), "--crf", "1"}, [&] {
-        pass(1.0);
+        live_test::waitForListener(in_);
         Sender const sender(in_, file("whole.ts"), live_test::Repeat::Never);
         pass(4.5);
     });
@@ -279,10 +288,11 @@ TEST_P(Disturbances, AreOverWithinThreeSecondsAndTimesRise)
     Receiver const receiver(out_);
     live_test::Time back;
     std::size_t before = 0;
+    constexpr std::size_t kEnough = 50;
     Result const result = burnToAddress(
         {},
         [&] {
-            pass(0.5);
+            live_test::waitForListener(in_);
             auto sender = std::make_unique<Sender>(in_, file("first.ts"));
             pass(2.0);
             sender->damageEach(row.damageEach);
@@ -301,7 +311,7 @@ TEST_P(Disturbances, AreOverWithinThreeSecondsAndTimesRise)
             } else {
                 sender = std::make_unique<Sender>(in_, file(row.clipAfter));
             }
-            pass(5.0);
+            passUntil(5.0, [&] { return receiver.pictures().size() > before + kEnough; });
         },
         SIGTERM);
     EXPECT_EQ(result.exitCode, 0);
@@ -359,16 +369,18 @@ TEST_P(Identity, OfTheFirstInputIsKeptWhateverComesBack)
     IdentityRow const& row = GetParam();
     std::string const output = file(std::string(row.name) + "_out.ts");
     auto receiver = std::make_unique<Receiver>(out_, row.toFile ? "" : output);
+    constexpr std::size_t kEnough = 50;
     std::size_t before = 0;
     Result const result = burn({"-o", row.toFile ? output : addressOf(out_)}, [&] {
-        pass(1.0);
+        live_test::waitForListener(in_);
         auto sender = std::make_unique<Sender>(in_, file(row.first));
         pass(2.5);
         before = sender->sent().size();
         sender.reset();
         pass(0.5);
         sender = std::make_unique<Sender>(in_, file(row.then));
-        pass(4.0);
+        // Nothing is received of what goes to a file.
+        passUntil(4.0, [&] { return receiver->telemetry().size() > before + kEnough; });
     });
     receiver.reset();
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -431,7 +443,7 @@ TEST_F(Live, SoundGoesOnBesideThePictures)
 {
     live_test::makeLiveClip({file("heard.ts"), 96, 64, 90000, 200, false, true});
     Result const result = burn({"-o", file("heard_out.ts")}, [&] {
-        pass(1.0);
+        live_test::waitForListener(in_);
         Sender const sender(in_, file("heard.ts"));
         pass(3.0);
     });
@@ -462,7 +474,7 @@ TEST_F(Live, FinishesTheFileWhenItGivesUp)
 {
     e2e::RunOptions options;
     options.meanwhile = [&](int) {
-        pass(0.5);
+        live_test::waitForListener(in_);
         Sender const sender(in_, file("first.ts"));
         pass(2.0);
     };
@@ -488,7 +500,7 @@ TEST_F(Live, SlowEncodersLosePicturesButNoTelemetry)
     live_test::makeLiveClip({file("large.ts"), 1280, 720, 90000, 200});
     std::size_t sent = 0;
     Result const result = burnToAddress({"--threads", "1", "--preset", "placebo"}, [&] {
-        pass(1.0);
+        live_test::waitForListener(in_);
         Sender const sender(in_, file("large.ts"));
         pass(6.0);
         sent = sender.sent().size();
@@ -511,7 +523,7 @@ TEST_F(Live, ListsAreWrittenLineByLine)
         std::size_t written = 0;
         std::size_t sent = 0;
         options.meanwhile = [&](int program) {
-            pass(0.5);
+            live_test::waitForListener(in_);
             Sender const sender(in_, file("first.ts"));
             pass(2.5);
             sent = sender.sent().size();

@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 
 namespace live_test {
@@ -87,6 +89,28 @@ int freePort()
     getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
     close(socket);
     return ntohs(address.sin_port);
+}
+
+void waitForListener(int port)
+{
+    std::array<char, 8> ending{};
+    std::snprintf(ending.data(), ending.size(), ":%04X", static_cast<unsigned>(port));
+    auto const isListed = [&ending] {
+        std::ifstream list("/proc/net/udp");  // number, local address, ...
+        std::string line;
+        std::string word;
+        while (std::getline(list, line)) {
+            std::istringstream(line) >> word >> word;
+            if (word.size() > 5 && word.substr(word.size() - 5) == ending.data()) {
+                return true;
+            }
+        }
+        return false;
+    };
+    Time const end = Clock::now() + std::chrono::seconds(10);
+    while (Clock::now() < end && !isListed()) {
+        std::this_thread::sleep_for(kStep);
+    }
 }
 
 std::string addressOf(int port)

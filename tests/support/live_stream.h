@@ -20,6 +20,8 @@ using Time = std::chrono::steady_clock::time_point;
 
 /// A UDP port of this machine that nobody uses.
 int freePort();
+/// Returns when somebody has opened the UDP port, after ten seconds in any case.
+void waitForListener(int port);
 /// udp://127.0.0.1:PORT
 std::string addressOf(int port);
 
