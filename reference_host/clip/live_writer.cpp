@@ -119,12 +119,28 @@ LiveWriter::Output* LiveWriter::outputFor_(Input const& input)
     return found == outputs_.end() ? nullptr : &*found;
 }
 
+/// Told once each time that the input comes back: the output keeps the codecs that it began with.
+void LiveWriter::noteOtherCodec_(Input const& input)
+{
+    auto const first = std::find_if(outputs_.begin(), outputs_.end(), [&input](Output const& output) {
+        return output.first.kind == input.kind && output.first.numberAmongKind == input.numberAmongKind;
+    });
+    if (input.opening == opening_ || input.opening == toldOpening_ || first == outputs_.end()) {
+        return;
+    }
+    toldOpening_ = input.opening;
+    remarks_.push_back(output_ + ": the input has come back with " + avcodec_get_name(input.codec) + " instead of " +
+                       avcodec_get_name(first->first.codec) + "; it is left out");
+}
+
 void LiveWriter::writeSideUpTo_(double seconds)
 {
     auto const end = side_.upper_bound(seconds);
     for (auto next = side_.begin(); next != end; ++next) {
         if (Output* const output = outputFor_(next->second.input)) {
             writeSide_(next->second, *output);
+        } else {
+            noteOtherCodec_(next->second.input);
         }
     }
     side_.erase(side_.begin(), end);

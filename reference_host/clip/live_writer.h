@@ -58,6 +58,7 @@ private:
     void noteCaptions_(LiveClip const& clip);
     void addOutputs_(media::LiveProgram const& program);
     Output* outputFor_(Input const& input);
+    void noteOtherCodec_(Input const& input);
     void writeSideUpTo_(double seconds);
     void writeSide_(Side& side, Output& output);
     static media::PacketPtr carried_(media::PacketPtr packet, Output& output);
@@ -68,8 +69,9 @@ private:
     media::Muxer muxer_;
     std::unique_ptr<media::Encoder> encoder_;
     int videoStream_ = 0;
-    std::int64_t zeroTicks_ = 0;  ///< of the clip, where the output begins
-    std::uint64_t opening_ = 0;   ///< of the input as it was when the output began
+    std::int64_t zeroTicks_ = 0;     ///< of the clip, where the output begins
+    std::uint64_t opening_ = 0;      ///< of the input as it was when the output began
+    std::uint64_t toldOpening_ = 0;  ///< the last one of which another codec was told
     std::vector<Output> outputs_;
     std::multimap<double, Side> side_;  ///< by time, waiting for their picture
     std::vector<std::string> remarks_;

@@ -28,6 +28,11 @@ protected:
 
     std::string file(std::string const& name) const { return folder_.file(name); }
 
+    static void ffmpeg(std::string const& arguments)
+    {
+        ASSERT_EQ(std::system(("ffmpeg -v error " + arguments).c_str()), 0) << arguments;
+    }
+
     /// Burns what stands in the file as if somebody were sending it.
     Result burn(std::string const& input, std::string const& output) const
     {
@@ -95,11 +100,7 @@ TEST_F(LiveOutput, SoundFromBeforeTheFirstPictureStaysOutOfFiles)
 TEST_F(LiveOutput, WhatPicturesLoseIsTold)
 {
     std::string const input = file("a.ts");
-    ASSERT_EQ(std::system(("ffmpeg -v error -f lavfi -i testsrc2=s=96x64:r=25:d=1 -pix_fmt yuv422p10le -c:v libx264 "
-                           "-preset ultrafast " +
-                           input)
-                              .c_str()),
-              0);
+    ffmpeg("-f lavfi -i testsrc2=s=96x64:r=25:d=1 -pix_fmt yuv422p10le -c:v libx264 -preset ultrafast " + input);
     Result const result = burn(input, file("o.ts"));
     EXPECT_EQ(saidIn(result), (Words{"stanag-overlay: " + file("o.ts") +
                                      ": pictures of yuv422p10le (10 bits, chroma 4:2:2) are stored with 8 bits, "
@@ -142,7 +143,8 @@ TEST_F(LiveOutput, PicturesOfAnotherShapeGetBlackBars)
 
 TEST_F(LiveOutput, SilenceOnStandardInputIsAnOutage)
 {
-    live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, 25});
+    live_test::makeLiveClip({file("first.ts"), 96, 64, 90000, 25, false, true});
+    ffmpeg("-i " + file("first.ts") + " -map 0 -c copy -c:a ac3 " + file("then.ts"));
     std::string const pipe = file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::ofstream input;
@@ -150,21 +152,23 @@ TEST_F(LiveOutput, SilenceOnStandardInputIsAnOutage)
     options.inputFile = pipe;
     options.meanwhile = [&](int) {
         input.open(pipe, std::ios::binary);
-        input << e2e::readFile(file("second.ts")) << std::flush;
+        input << e2e::readFile(file("first.ts")) << std::flush;
         std::this_thread::sleep_for(std::chrono::milliseconds(3600));
-        input << e2e::readFile(file("second.ts")) << std::flush;
+        input << e2e::readFile(file("then.ts")) << std::flush;
         input.close();
     };
     Result const result = e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("o.ts"), "--live"}, options);
     EXPECT_EQ(result.exitCode, 0);
     Words const said = saidIn(result);
-    ASSERT_EQ(said.size(), 2U) << result.err;
+    ASSERT_EQ(said.size(), 3U) << result.err;
     EXPECT_EQ(said[0], "stanag-overlay: -: nothing comes any more; waiting for it to come back");
     std::string const back = "stanag-overlay: -: is back after ";
     ASSERT_EQ(said[1].rfind(back, 0), 0U) << said[1];
     double const away = std::strtod(said[1].c_str() + back.size(), nullptr);
     EXPECT_GT(away, 3.0);
     EXPECT_LT(away, 5.0);
+    EXPECT_EQ(said[2],
+              "stanag-overlay: " + file("o.ts") + ": the input has come back with ac3 instead of mp2; it is left out");
     std::vector<double> const times = clip_test::timesOf(file("o.ts")).video;
     ASSERT_EQ(times.size(), 50U);
     EXPECT_NEAR(times[25] - times[24], away, 0.2) << "the time in which nothing came has passed in the output too";
