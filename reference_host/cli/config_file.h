@@ -3,7 +3,6 @@
 
 #include "SwJson.h"
 
-#include <cstddef>
 #include <string>
 
 namespace cli {
@@ -18,8 +17,5 @@ struct ConfigFile {
 /// Reads the file ("-" is standard input). Throws std::runtime_error with one line that names file, line,
 /// column and cure when it cannot be read, is not JSON, is no object or has no array "overlay".
 ConfigFile readConfig(std::string const& path);
-
-/// Line and column, both from 1, of a byte: "line 3, column 7".
-std::string placeText(std::string const& text, std::size_t index);
 
 }  // namespace cli

@@ -1,9 +1,8 @@
 // Quoting of cells.
 #include "cli/csv_table.h"
 
-#include "cli/json_line.h"
-
 #include "sw_utf8.h"
+#include "telemetry/json_line.h"
 
 namespace cli {
 namespace {
@@ -26,7 +25,7 @@ std::string textOf(SwJsonValue const& value)
     if (value.isString()) {
         text = sw_utf8::valid(value.stringRef());
     } else if (!value.isNull()) {
-        appendJson(text, value);
+        telemetry::appendJson(text, value);
     }
     return text;
 }

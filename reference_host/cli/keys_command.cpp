@@ -1,13 +1,13 @@
 // keys: one JSON line, or row of a table, per telemetry packet.
 #include "cli/commands.h"
 #include "cli/csv_table.h"
-#include "cli/json_line.h"
 #include "cli/messages.h"
 #include "cli/standard_output.h"
 #include "clip/host_keys.h"
 #include "clip/telemetry_source.h"
 #include "media/demuxer.h"
 #include "telemetry/derived_keys.h"
+#include "telemetry/json_line.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -25,7 +25,7 @@ namespace {
 void appendSeconds(std::string& line, std::optional<double> seconds)
 {
     if (seconds) {
-        appendJsonNumber(line, *seconds);
+        telemetry::appendJsonNumber(line, *seconds);
     } else {
         line += "null";
     }
@@ -37,12 +37,12 @@ std::string packetLine(std::uint64_t number, clip::FoundPacket const& found)
     std::string line = "{\"packet\": " + std::to_string(number) + ", \"pts\": ";
     appendSeconds(line, packet.timeSeconds);
     line += ", \"checksum\": ";
-    appendJsonString(line, telemetry::toText(packet.checksum));
+    telemetry::appendJsonString(line, telemetry::toText(packet.checksum));
     line += ", \"payload\": ";
-    appendJson(line, SwJsonValue(packet.payload));
+    telemetry::appendJson(line, SwJsonValue(packet.payload));
     if (!packet.stream.empty()) {
         line += ", \"stream\": ";
-        appendJsonString(line, packet.stream);
+        telemetry::appendJsonString(line, packet.stream);
     }
     if (found.placeSeconds) {
         line += ", \"t\": ";

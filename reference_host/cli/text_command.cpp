@@ -1,11 +1,11 @@
 // text: what would be drawn on each picture, as JSON lines; nothing is encoded.
 #include "cli/commands.h"
 #include "cli/config_file.h"
-#include "cli/json_line.h"
 #include "cli/messages.h"
 #include "cli/standard_output.h"
 #include "clip/clip_seek.h"
 #include "imaging/imaging_access.h"
+#include "telemetry/json_line.h"
 
 namespace cli {
 namespace {
@@ -13,13 +13,13 @@ namespace {
 std::string textLine(clip::ClipFrame const& frame, std::vector<imaging::DrawnText> const& draws)
 {
     std::string line = "{\"frame\": " + std::to_string(frame.number) + ", \"pts\": ";
-    appendJsonNumber(line, frame.seconds);
+    telemetry::appendJsonNumber(line, frame.seconds);
     line += ", \"draws\": [";
     char const* separator = "";
     for (imaging::DrawnText const& draw : draws) {
         line += separator;
         line += "{\"text\": ";
-        appendJsonString(line, draw.text);
+        telemetry::appendJsonString(line, draw.text);
         line += ", \"x\": " + std::to_string(draw.x) + ", \"y\": " + std::to_string(draw.y) +
                 ", \"size\": " + std::to_string(draw.pixelSize) + "}";
         separator = ", ";

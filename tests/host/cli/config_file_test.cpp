@@ -81,15 +81,4 @@ TEST(ReadConfig, NamesAFileThatCannotBeRead)
     }
 }
 
-TEST(PlaceText, CountsLinesAndColumnsFromOne)
-{
-    std::string const text = "ab\ncd\n\nx";
-    EXPECT_EQ(cli::placeText(text, 0), "line 1, column 1");
-    EXPECT_EQ(cli::placeText(text, 2), "line 1, column 3");
-    EXPECT_EQ(cli::placeText(text, 3), "line 2, column 1");
-    EXPECT_EQ(cli::placeText(text, 6), "line 3, column 1");
-    EXPECT_EQ(cli::placeText(text, 8), "line 4, column 2");
-    EXPECT_EQ(cli::placeText(text, 999), "line 4, column 2");
-}
-
 }  // namespace

@@ -1,5 +1,5 @@
-// JSON output of the commands.
-#include "cli/json_line.h"
+// JSON output of the program.
+#include "telemetry/json_line.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ class JsonNumber : public testing::TestWithParam<NumberRow> {};
 TEST_P(JsonNumber, HasAllDigitsThatADoubleNeeds)
 {
     std::string line;
-    cli::appendJsonNumber(line, GetParam().number);
+    telemetry::appendJsonNumber(line, GetParam().number);
     EXPECT_EQ(line, GetParam().expected);
     if (line != "null") {
         EXPECT_EQ(std::strtod(line.c_str(), nullptr), GetParam().number);
@@ -48,7 +48,7 @@ class JsonString : public testing::TestWithParam<StringRow> {};
 TEST_P(JsonString, IsAlwaysValidJson)
 {
     std::string line;
-    cli::appendJsonString(line, GetParam().text);
+    telemetry::appendJsonString(line, GetParam().text);
     EXPECT_EQ(line, GetParam().expected);
 }
 
@@ -74,7 +74,7 @@ TEST(Json, WritesNestedValues)
                            SwJsonValue(inner)};
     SwJsonObject const root{{"list", SwJsonValue(list)}, {"none", SwJsonValue(SwJsonObject())}};
     std::string line;
-    cli::appendJson(line, SwJsonValue(root));
+    telemetry::appendJson(line, SwJsonValue(root));
     EXPECT_EQ(line, R"({"list": [1, 2.5, "x", [], {"a": null, "b": true}], "none": {}})");
 }
 
@@ -88,7 +88,7 @@ TEST(Json, WritesAnyDepth)
         value = SwJsonValue(std::move(outer));
     }
     std::string line;
-    cli::appendJson(line, value);
+    telemetry::appendJson(line, value);
     EXPECT_EQ(line, std::string(kDepth, '[') + "1" + std::string(kDepth, ']'));
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace cli {
+namespace telemetry {
 
 /// Appends a quoted string. Bytes that are not UTF-8 become U+FFFD, so that every line is valid JSON.
 void appendJsonString(std::string& line, std::string_view text);
@@ -18,4 +18,4 @@ void appendJsonNumber(std::string& line, double number);
 /// Appends any value in compact form, however deeply nested.
 void appendJson(std::string& line, SwJsonValue const& value);
 
-}  // namespace cli
+}  // namespace telemetry

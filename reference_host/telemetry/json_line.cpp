@@ -1,6 +1,6 @@
-// JSON output of the commands. The framework's own writer rounds doubles to six decimals, which is right
+// JSON output of the program. The framework's own writer rounds doubles to six decimals, which is right
 // for configurations and too coarse for telemetry.
-#include "cli/json_line.h"
+#include "telemetry/json_line.h"
 
 #include "sw_utf8.h"
 
@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-namespace cli {
+namespace telemetry {
 namespace {
 
 void appendScalar(std::string& line, SwJsonValue const& value)
@@ -111,4 +111,4 @@ void appendJson(std::string& line, SwJsonValue const& value)
     }
 }
 
-}  // namespace cli
+}  // namespace telemetry
