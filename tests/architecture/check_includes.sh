@@ -72,7 +72,8 @@ room flight
 room check
 room frame imaging
 room clip frame media telemetry imaging
-room cli clip frame check flight media telemetry imaging
+room editor clip check frame media telemetry imaging
+room cli editor clip frame check flight media telemetry imaging
 forbid "telemetry and check know the framework only" "$host_api" $(files_of reference_host/telemetry reference_host/check)
 for folder in reference_host/*/; do
     grep -q "^room $(basename "$folder")\b" "$0" || { echo "$folder: has no rule here"; failures=1; }

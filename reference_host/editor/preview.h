@@ -1,0 +1,86 @@
+// The pictures that the editor shows: any frame of a clip with any configuration, as the command that makes one
+// annotated picture would give it.
+#pragma once
+
+#include "SwJson.h"
+#include "check/config_text.h"
+#include "clip/annotated_clip.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace editor {
+
+/// What is known of the clip as a whole.
+struct ClipFacts {
+    std::string name;  ///< of the file, without its folders
+    int width = 0;     ///< of the first picture, pixels
+    int height = 0;
+    std::optional<double> seconds;        ///< length; empty when unknown
+    std::optional<std::uint64_t> frames;  ///< empty as long as nobody has come to the clip's end
+    double frameSeconds = 0.0;            ///< how long a picture is shown, on average
+};
+
+/// Which frame is asked for. A frame of 0, and one behind the clip's end, is the first or the last one; so is a time.
+struct Place {
+    std::optional<std::uint64_t> frame;  ///< number from 1; empty: `seconds` counts
+    double seconds = 0.0;                ///< after the first picture: the frame that is shown then
+
+    static Place at(double seconds) { return {std::nullopt, seconds}; }
+    static Place ofFrame(std::uint64_t number) { return {number, 0.0}; }
+};
+
+/// A block that is drawn: its box with the margin, and where its text stands. Pixels; right and bottom are outside.
+struct Box {
+    std::size_t block = 0;  ///< of the configuration's items, from 0
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+    int anchorX = 0;
+    int anchorY = 0;
+};
+
+/// One picture as the page shows it.
+struct Shown {
+    std::uint64_t frame = 0;  ///< number from 1
+    double seconds = 0.0;     ///< after the first picture
+    bool last = false;        ///< no frame follows
+    int width = 0;            ///< pixels
+    int height = 0;
+    std::vector<std::uint8_t> rgb;          ///< rows from the top, three bytes a pixel, no padding
+    std::vector<Box> boxes;                 ///< of the blocks that are drawn, in the order of drawing
+    SwJsonObject values;                    ///< every telemetry key of this frame, derived ones included
+    std::optional<check::TextFault> fault;  ///< of the configuration's text; then nothing is drawn
+};
+
+/// One thread at a time may use it. Everything throws std::runtime_error with one line when the clip cannot be read.
+class Preview {
+public:
+    /// Opens the clip, which must be a file. The source's configuration does not count.
+    explicit Preview(clip::ClipSource source);
+    ~Preview();
+    Preview(Preview const&) = delete;
+    Preview& operator=(Preview const&) = delete;
+
+    ClipFacts facts() const;
+    /// The keys that the clip delivers, sorted. The first call reads the whole file.
+    std::vector<std::string> const& keys();
+    /// The keys that can be derived from them, sorted.
+    std::vector<std::string> const& derivableKeys();
+    /// The plugin's description of its configuration, with these keys.
+    std::string const& schema();
+
+    /// The frame with the configuration's text drawn on it; items whose index is among `hidden` are left out.
+    Shown show(std::string const& configText, Place const& place, std::vector<std::size_t> const& hidden = {});
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace editor
