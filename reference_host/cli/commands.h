@@ -65,6 +65,15 @@ struct CheckOptions {
     std::optional<double> atSeconds;  ///< after the first picture; empty: where blocks are first drawn
 };
 
+struct EditOptions {
+    std::string input;
+    std::string config;
+    clip::TelemetryOptions telemetry;
+    frame::Look look;
+    unsigned short port = 0;  ///< 0: any free one
+    bool opensBrowser = true;
+};
+
 struct SampleOptions {
     std::string output;
     double seconds = 10.0;
@@ -80,6 +89,8 @@ void runFrame(FrameOptions const& options);
 void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);
 void runSchema(SchemaOptions const& options);
+/// Serves the editor until SIGINT or SIGTERM.
+void runEdit(EditOptions const& options);
 void runSample(SampleOptions const& options);
 /// Whether everything is taken as it stands.
 bool runCheck(CheckOptions const& options);

@@ -347,6 +347,34 @@ void addCheck(CLI::App& app, Action& action)
     });
 }
 
+void addEdit(CLI::App& app, Action& action)
+{
+    constexpr unsigned short kLastPort = 65535;
+    auto const options = std::make_shared<EditOptions>();
+    CLI::App* const command = app.add_subcommand("edit", "edit a configuration in the browser, with a preview");
+    addPlace(*command, "INPUT", options->input, "clip in a file")->required();
+    command->add_option("-c,--config", options->config, "configuration, a JSON file; a new one is made on saving")
+        ->required()
+        ->type_name("CONFIG.json");
+    command->add_option("--port", options->port, "port on 127.0.0.1 (default: any free one)")
+        ->type_name("N")
+        ->check(within<unsigned short>(0, kLastPort));
+    auto const noBrowser = std::make_shared<bool>(false);
+    command->add_flag("--no-browser", *noBrowser, "only print the address");
+    addTelemetry(*command, options->telemetry);
+    addLook(*command, options->look);
+    command->footer(
+        "The address is for you alone: who has it can read the clip and write CONFIG.json. Ctrl-C (SIGINT) and "
+        "SIGTERM end the editor with exit code 0.");
+    command->callback([&action, options, noBrowser] {
+        action = [options, noBrowser] {
+            options->opensBrowser = !*noBrowser;
+            runEdit(*options);
+            return kDone;  // a signal is how it ends
+        };
+    });
+}
+
 void addSample(CLI::App& app, Action& action)
 {
     auto const options = std::make_shared<SampleOptions>();
@@ -404,6 +432,7 @@ int run(int argc, char** argv)
     addText(app, action);
     addSchema(app, action);
     addCheck(app, action);
+    addEdit(app, action);
     addSample(app, action);
     std::string const name = argc > 1 ? argv[1] : "";
     auto const isNamed = [&name](CLI::App* command) { return command->check_name(name); };

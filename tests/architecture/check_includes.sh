@@ -32,7 +32,7 @@ forbid() {
 host_api=$(headers_of host_api)
 plugin=$(headers_of stanag_overlay_plugin)
 host=$(headers_of reference_host)
-media='libav[a-z]*/.*|libsw[a-z]*/.*|ft2build\.h|freetype.*|hb(-[a-z]+)?\.h|fribidi.*|fontconfig.*|CLI/.*|png\.h|hwy/.*'
+media='libav[a-z]*/.*|libsw[a-z]*/.*|ft2build\.h|freetype.*|hb(-[a-z]+)?\.h|fribidi.*|fontconfig.*|CLI/.*|png\.h|hwy/.*|microhttpd\.h'
 
 forbid "the framework uses nothing of this project" "$host_api|$plugin|$host" $(files_of framework)
 forbid "the plugin interface uses only the framework" "$plugin|$host" $(files_of host_api)
