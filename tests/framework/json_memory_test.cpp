@@ -121,6 +121,18 @@ TEST(SwJsonMemory, LookingAndErasingTakeNone)
     EXPECT_TRUE(object.empty());
 }
 
+TEST(SwJsonMemory, AnObjectGivesItsInsertedMembersBack)
+{
+    std::size_t const before = live_memory::newBytes();
+    {
+        SwJsonObject object;
+        object["b"] = 1;
+        object["a"] = kLong;
+        object["c"] = SwJsonValue(SwJsonObject{{"nested", kLong}});
+    }
+    EXPECT_EQ(live_memory::newBytes(), before);
+}
+
 TEST(SwJsonMemory, MembersThatComeAndGoDoNotPileUp)
 {
     SwJsonObject object{{"a", 1}, {"b", 2}};

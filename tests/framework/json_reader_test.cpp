@@ -586,6 +586,20 @@ TEST(SwJsonReader, AWholeDoubleIsADoubleUntilItIsWritten)
     EXPECT_EQ(framework_test::readText(document.toJson()), "[i3,i3,i0,i100,i3,i3]");
 }
 
+TEST(SwJsonReader, PutsMoreMembersThanAByteCountsInOrderAgainAndAgain)
+{
+    std::string text;
+    std::string tree;
+    for (int i = 100; i < 400; ++i) {
+        std::string const member = "\"" + std::to_string(i) + "\":" + std::to_string(i);
+        text = text.empty() ? member : member + "," + text;
+        tree += (tree.empty() ? "" : ",") + std::to_string(i) + ":i" + std::to_string(i);
+    }
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(framework_test::readText("{" + text + "}"), "{" + tree + "}");
+    }
+}
+
 TEST(SwJsonReader, ReadsNumbersWithAPointWhateverTheGlobalLocale)
 {
     framework_test::CommaLocale const comma;

@@ -527,6 +527,11 @@ TEST(SwJsonObject, AddMissingLeavesWhatIsThere)
     object.erase("c");
     EXPECT_EQ(object.keys(), (std::vector<std::string>{"a", "b", "d", "f", "g"}));
 
+    SwJsonObject last{{"y", 1}, {"z", 2}};
+    last.addMissing(SwJsonObject{{"a", 3}});
+    EXPECT_EQ(last.keys(), (std::vector<std::string>{"a", "y", "z"}));
+    EXPECT_EQ(last["z"].toInt(), 2);
+
     SwJsonObject empty;
     empty.addMissing(SwJsonObject{{"", 1}, {"x", 2}});
     EXPECT_EQ(empty.keys(), (std::vector<std::string>{"", "x"}));

@@ -1,0 +1,32 @@
+// The file has changed on the disk since it was read: both texts side by side, and a choice that loses neither.
+
+import {make} from './elements.js';
+import {diffLines} from './line_diff.js';
+
+function pane(title, lines) {
+    return make('section', {class: 'pane', 'aria-label': title}, make('h3', {}, title),
+        make('pre', {tabindex: '0'}, ...lines.map(({line, differs}) => make(
+            'span', {class: differs ? 'line differs' : 'line'}, differs ? make('span', {class: 'spoken'}, 'differs: ') : '', `${line}\n`))));
+}
+
+/// Resolves to 'mine' (write over the file), 'theirs' (go on with the file's text) or 'neither'.
+export function askAboutConflict(mine, theirs) {
+    const lines = diffLines(mine, theirs);
+    return new Promise((resolve) => {
+        const choose = (choice) => () => {
+            dialog.close();
+            dialog.remove();
+            resolve(choice);
+        };
+        const dialog = make('dialog', {class: 'conflict', 'aria-labelledby': 'conflict-title', oncancel: choose('neither')},
+            make('h2', {id: 'conflict-title'}, 'The file has changed on the disk'),
+            make('p', {}, 'Somebody wrote it since it was read here. Lines that differ are marked.'),
+            make('div', {class: 'panes'}, pane('Yours, in this page', lines.mine), pane('On the disk', lines.theirs)),
+            make('div', {class: 'buttons'},
+                make('button', {type: 'button', onclick: choose('neither')}, 'Go on editing, save nothing'),
+                make('button', {type: 'button', onclick: choose('theirs')}, 'Take the disk’s (undo brings yours back)'),
+                make('button', {type: 'button', class: 'main', onclick: choose('mine')}, 'Save mine over it')));
+        document.body.append(dialog);
+        dialog.showModal();
+    });
+}

@@ -1,0 +1,27 @@
+// One thing at a time, and always the newest: what is wanted while one run goes on replaces what was wanted before.
+
+export class Latest {
+    /// `run(wanted)` is a promise; it tells its own failures.
+    constructor(run) {
+        this.run = run;
+        this.isRunning = false;
+        this.next = undefined;
+    }
+
+    want(wanted) {
+        this.next = {wanted};
+        if (!this.isRunning) {
+            this.drain();
+        }
+    }
+
+    async drain() {
+        this.isRunning = true;
+        while (this.next) {
+            const {wanted} = this.next;
+            this.next = undefined;
+            await this.run(wanted);
+        }
+        this.isRunning = false;
+    }
+}
