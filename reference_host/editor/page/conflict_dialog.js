@@ -9,6 +9,22 @@ function pane(title, lines) {
             'span', {class: differs ? 'line differs' : 'line'}, differs ? make('span', {class: 'spoken'}, 'differs: ') : '', `${line}\n`))));
 }
 
+function scrollTogether(one, other) {
+    for (const [from, to] of [[one, other], [other, one]]) {
+        from.addEventListener('scroll', () => {
+            to.scrollTop = from.scrollTop;
+            to.scrollLeft = from.scrollLeft;
+        });
+    }
+}
+
+function showFirstDifference(pane) {
+    const first = pane.querySelector('.differs');
+    if (first) {
+        pane.scrollTop = first.offsetTop - pane.offsetTop - pane.clientHeight / 3;
+    }
+}
+
 /// Resolves to 'mine' (write over the file), 'theirs' (go on with the file's text) or 'neither'.
 export function askAboutConflict(mine, theirs) {
     const lines = diffLines(mine, theirs);
@@ -23,10 +39,14 @@ export function askAboutConflict(mine, theirs) {
             make('p', {}, 'Somebody wrote it since it was read here. Lines that differ are marked.'),
             make('div', {class: 'panes'}, pane('Yours, in this page', lines.mine), pane('On the disk', lines.theirs)),
             make('div', {class: 'buttons'},
-                make('button', {type: 'button', onclick: choose('neither')}, 'Go on editing, save nothing'),
+                make('button', {type: 'button', autofocus: true, onclick: choose('neither')}, 'Go on editing, save nothing'),
                 make('button', {type: 'button', onclick: choose('theirs')}, 'Take the disk’s (undo brings yours back)'),
                 make('button', {type: 'button', class: 'main', onclick: choose('mine')}, 'Save mine over it')));
         document.body.append(dialog);
         dialog.showModal();
+        const [left, right] = dialog.querySelectorAll('pre');
+        scrollTogether(left, right);
+        showFirstDifference(left);
+        showFirstDifference(right);
     });
 }

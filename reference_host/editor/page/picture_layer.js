@@ -46,8 +46,8 @@ export class PictureLayer {
                 type: 'button', class: 'outline', 'aria-keyshortcuts': 'ArrowLeft ArrowRight ArrowUp ArrowDown Enter',
                 onpointerdown: (event) => this.start(event, block),
                 onpointermove: (event) => this.move(event),
-                onpointerup: (event) => this.end(event),
-                onpointercancel: (event) => this.end(event),
+                onpointerup: () => this.end(),
+                onlostpointercapture: () => this.end(),
                 onkeydown: (event) => this.onKey(event, block),
                 onclick: (event) => this.onClick(event, block),
                 onmouseenter: () => this.act.hover(block),
@@ -91,6 +91,7 @@ export class PictureLayer {
             return;
         }
         event.currentTarget.setPointerCapture(event.pointerId);
+        this.wasDragged = false;
         this.drag = {block, startX: event.clientX, startY: event.clientY, box: this.boxOf(block), first: this.boxOf(block),
                      hasMoved: false, step: `drag ${event.timeStamp}`};
     }
@@ -122,11 +123,10 @@ export class PictureLayer {
         this.act.setPosition(drag.block, positionAt(first, left, top, this.picture), drag.step);
     }
 
-    end(event) {
+    end() {
         if (!this.drag) {
             return;
         }
-        event.currentTarget.releasePointerCapture(event.pointerId);
         // The click that follows a drag opens nothing.
         this.wasDragged = this.drag.hasMoved;
         this.drag = undefined;
@@ -134,7 +134,8 @@ export class PictureLayer {
     }
 
     onClick(event, block) {
-        if (!this.wasDragged) {
+        const isByKey = event.detail === 0;
+        if (isByKey || !this.wasDragged) {
             this.act.open(block);
         }
         this.wasDragged = false;
