@@ -235,17 +235,21 @@ TEST(SwJsonMemory, RunningOutWhileMergingLeavesTheObject)
     bool failed = true;
     for (std::size_t allocation = 1; failed; ++allocation) {
         SCOPED_TRACE(allocation);
-        SwJsonObject object = source;
-        SwJsonObject addition{{"a", 3}, {"b", 4}, {kLong, 5}, {"z", 6}};
-        failed = false;
-        live_memory::failAllocation(allocation);
-        try {
-            object.addMissing(std::move(addition));
-        } catch (std::bad_alloc const&) {
-            failed = true;
+        std::size_t const before = live_memory::newBytes();
+        {
+            SwJsonObject object = source;
+            SwJsonObject addition{{"a", 3}, {"b", 4}, {kLong, 5}, {"z", 6}};
+            failed = false;
+            live_memory::failAllocation(allocation);
+            try {
+                object.addMissing(std::move(addition));
+            } catch (std::bad_alloc const&) {
+                failed = true;
+            }
+            live_memory::failAllocation(0);
+            EXPECT_EQ(object.size(), failed ? 2U : 5U);
+            EXPECT_EQ(object == source, failed);
         }
-        live_memory::failAllocation(0);
-        EXPECT_EQ(object.size(), failed ? 2U : 5U);
-        EXPECT_EQ(object == source, failed);
+        EXPECT_EQ(live_memory::newBytes(), before);
     }
 }

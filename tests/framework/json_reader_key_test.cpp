@@ -97,6 +97,15 @@ TEST(SwJsonReader, WithAKeyATokenEndsAtEachDelimiter)
         "key");
 }
 
+TEST(SwJsonReader, ABlankEndsCipherTextWithoutQuotes)
+{
+    std::string const token = SwString("1").encryptAES("key");
+    std::string const read = readText("[" + token + " " + token + "]", "key");
+    std::string const expected =
+        "error: Expected ',' or ']' in array (index " + std::to_string(token.size() + 2) + ") near ";
+    EXPECT_EQ(read.substr(0, expected.size()), expected);
+}
+
 TEST(SwJsonReader, WithAnotherKeyTheBytesAreOddButThereIsNoError)
 {
     std::string const token = SwString("7").encryptAES("key");
