@@ -548,6 +548,8 @@ TEST(SwJsonReader, ParseUnicodeEscapeGivesTheProblemAndItsPlace)
         {"", "Incomplete Unicode escape sequence", 0},
         {"12g4", "Invalid hex digit in Unicode escape", 2},
         {"d83d", "Missing low surrogate after high surrogate", 4},
+        {"d83dxuDE00", "Missing low surrogate after high surrogate", 4},
+        {"d83d\\nDE00", "Missing low surrogate after high surrogate", 4},
         {"d83d\\uDE0", "Incomplete Unicode escape sequence", 6},
         {"d83d\\uDE0x", "Invalid hex digit in Unicode escape", 9},
         {"d83d\\u0041", "Invalid low surrogate in Unicode escape", 10},
