@@ -17,6 +17,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace editor {
 namespace {
@@ -51,7 +52,9 @@ void endExchange(void* /*server*/, MHD_Connection* /*connection*/, void** contex
 
 MHD_Result addHeader(void* headers, MHD_ValueKind /*kind*/, char const* name, char const* value)
 {
-    static_cast<std::vector<Header>*>(headers)->push_back({name, value == nullptr ? "" : value});
+    std::string text = value == nullptr ? "" : value;
+    text.erase(text.find_last_not_of(" \t") + 1);  // the library has taken off what stands in front
+    static_cast<std::vector<Header>*>(headers)->push_back({name, std::move(text)});
     return MHD_YES;
 }
 
