@@ -5,9 +5,8 @@
 #include "cli/config_file.h"
 #include "cli/messages.h"
 #include "cli/standard_output.h"
-#include "clip/host_keys.h"
+#include "clip/delivered_keys.h"
 #include "clip/placed_blocks.h"
-#include "clip/telemetry_source.h"
 #include "sw_number_text.h"
 #include "telemetry/derived_keys.h"
 #include "telemetry/file_kind.h"
@@ -28,26 +27,13 @@ std::string const& sourceOf(CheckOptions const& options)
 /// Findings about keys that the input does not deliver.
 check::Findings compareWithInput(SwJsonObject const& root, CheckOptions const& options)
 {
-    std::set<std::string> keys;
-    clip::TelemetrySummary const summary =
-        clip::forEachPacket(options.input, options.telemetry, [&keys](clip::FoundPacket const& found) {
-            for (auto const& [key, value] : found.packet.payload) {
-                keys.insert(key);
-            }
-        });
-    noteAll(clip::telemetryRemarks(sourceOf(options), summary));
-    if (!keys.empty()) {
-        for (auto const& [key, value] : clip::hostKeys(0.0, 0.0, 0)) {
-            keys.insert(key);
-        }
-    }
-    std::set<std::string> derived;
-    for (telemetry::DerivedKey const& each : telemetry::derivableFrom(keys)) {
-        derived.insert(each.key);
-    }
-    return check::checkKeys(root, {keys.begin(), keys.end()},
-                            {{derived.begin(), derived.end()},
-                             [&keys](std::string const& key) { return telemetry::missingSources(key, keys); }});
+    clip::DeliveredKeys const delivered = clip::deliveredKeys(options.input, options.telemetry);
+    noteAll(clip::telemetryRemarks(sourceOf(options), delivered.summary));
+    std::vector<std::string> const keys = delivered.newest.keys();
+    std::set<std::string> const known(keys.begin(), keys.end());
+    return check::checkKeys(root, keys, {clip::derivableKeys(delivered), [&known](std::string const& key) {
+                                             return telemetry::missingSources(key, known);
+                                         }});
 }
 
 /// True for an INPUT whose pictures can be read after its telemetry.

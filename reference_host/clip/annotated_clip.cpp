@@ -14,8 +14,7 @@
 namespace clip {
 namespace {
 
-/// Telemetry that arrives this much after its picture is still in time.
-constexpr double kLateSeconds = 1.0;
+/// kLateSeconds where somebody watches.
 constexpr double kWatchedLateSeconds = 0.1;
 
 bool isWatched(ClipSource const& source)
@@ -66,6 +65,7 @@ AnnotatedClip::AnnotatedClip(ClipSource const& source)
     , reader_(demuxer_, telemetry_.aheadSeconds(isWatched(source) ? kWatchedLateSeconds : kLateSeconds),
               decodingOf(source))
     , clock_(reader_.timeBase())
+    , converter_(demuxer_)
     , renderer_(source.look)
     , memoryNs_(memoryNsOf(source.config))
 {
@@ -81,8 +81,7 @@ std::optional<ClipFrame> AnnotatedClip::next()
     }
     AVFrame const& decoded = *unit->frame;
     captions_ = captions_ || av_frame_get_side_data(&decoded, AV_FRAME_DATA_A53_CC) != nullptr;
-    media::Orientation const orientation = orientationOf_(decoded);
-    media::PictureTraits const shown = media::upright(media::traitsOf(decoded), orientation);
+    media::PictureTraits const shown = converter_.traitsOf(decoded);
     if (!begin_) {
         learnTraits_(reader_.firstPicture() != nullptr ? *reader_.firstPicture() : decoded);
         begin_ = *unit;
@@ -95,32 +94,8 @@ std::optional<ClipFrame> AnnotatedClip::next()
     frame.telemetry = telemetryFor_(*unit);
     frame.timeNs = clock_.next(unit->ticks);
     frame.picture = renderer_.takePicture(static_cast<unsigned>(traits_.width), static_cast<unsigned>(traits_.height));
-    convert_(decoded, orientation, *frame.picture);
+    converter_.convert(decoded, traits_.color, *frame.picture);
     return frame;
-}
-
-media::Orientation AnnotatedClip::orientationOf_(AVFrame const& frame)
-{
-    std::optional<media::Orientation> const orientation = media::orientationOf(frame, *demuxer_.video());
-    slanting_ = slanting_ || !orientation;
-    return orientation.value_or(media::Orientation{});
-}
-
-void AnnotatedClip::convert_(AVFrame const& frame, media::Orientation orientation, zelvo::ZelvoPicture& picture)
-{
-    MappedNV12 const planes = imaging::planesOf(picture);
-    if (orientation.isUpright()) {
-        converter_.toNv12(frame, planes, traits_.color);
-        return;
-    }
-    unsigned const width = orientation.swapsAxes ? picture.height() : picture.width();
-    unsigned const height = orientation.swapsAxes ? picture.width() : picture.height();
-    if (!stored_ || stored_->width() != width || stored_->height() != height) {
-        stored_ = std::make_shared<zelvo::ZelvoPicture>(width, height);
-    }
-    MappedNV12 const stored = imaging::planesOf(*stored_);
-    converter_.toNv12(frame, stored, traits_.color);
-    media::turnUpright(stored, planes, orientation);
 }
 
 std::vector<frame::Choice> AnnotatedClip::telemetryFor_(media::FramePlace const& place)
@@ -168,7 +143,7 @@ std::shared_ptr<zelvo::ZelvoPicture> AnnotatedClip::annotate(ClipFrame const& fr
 
 void AnnotatedClip::learnTraits_(AVFrame const& frame)
 {
-    traits_ = media::upright(media::traitsOf(frame), orientationOf_(frame));
+    traits_ = converter_.traitsOf(frame);
     imaging::setColor(renderer_.painter(),
                       traits_.color.bt709 ? imaging::ColorMatrix::Bt709 : imaging::ColorMatrix::Bt601,
                       traits_.color.fullRange);
@@ -217,7 +192,7 @@ std::vector<std::string> AnnotatedClip::remarks() const
     if (!demuxer_.readError().empty()) {
         remarks.push_back(demuxer_.name() + ": reading ended early: " + demuxer_.readError());
     }
-    if (slanting_) {
+    if (converter_.slanting()) {
         remarks.push_back(
             demuxer_.name() +
             ": pictures that are to be shown turned by other than right angles were left as they are stored");

@@ -5,11 +5,10 @@
 #include "clip/frame_clock.h"
 #include "clip/telemetry_feed.h"
 #include "clip/telemetry_options.h"
+#include "clip/upright_converter.h"
 #include "frame/frame_renderer.h"
 #include "media/demuxer.h"
-#include "media/frame_converter.h"
 #include "media/frame_reader.h"
-#include "media/orientation.h"
 #include "media/picture_traits.h"
 
 #include <cstddef>
@@ -90,8 +89,6 @@ public:
 
 private:
     void learnTraits_(AVFrame const& frame);
-    media::Orientation orientationOf_(AVFrame const& frame);
-    void convert_(AVFrame const& frame, media::Orientation orientation, zelvo::ZelvoPicture& picture);
     std::vector<frame::Choice> telemetryFor_(media::FramePlace const& place);
     void takeSideUnits_(double seconds);
     void observe_();
@@ -108,7 +105,7 @@ private:
     TelemetryFeed telemetry_;
     media::FrameReader reader_;
     FrameClock clock_;
-    media::FrameConverter converter_;
+    UprightConverter converter_;
     frame::FrameRenderer renderer_;
     std::function<void(media::SideUnit&)> observer_;
     std::deque<media::SideUnit> unobserved_;
@@ -117,10 +114,8 @@ private:
     std::deque<PassedFrame> passed_;         ///< those that the plugin is still to see
     std::optional<media::FramePlace> first_;
     std::optional<media::FramePlace> begin_;
-    std::shared_ptr<zelvo::ZelvoPicture> stored_;  ///< one that is still to be turned upright
     std::string sizeChange_;
     bool captions_ = false;
-    bool slanting_ = false;  ///< pictures are to be shown turned by other than right angles
 };
 
 /// The failure of a clip from which no picture came.

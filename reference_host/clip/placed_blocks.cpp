@@ -11,7 +11,9 @@ namespace {
 
 constexpr int kMostPictures = 300;
 
-std::string withNumbersForColors(SwJsonObject root)
+}  // namespace
+
+SwJsonObject withNumbersForColors(SwJsonObject root)
 {
     SwJsonArray& items = *root["overlay"].editArray();
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -21,25 +23,28 @@ std::string withNumbersForColors(SwJsonObject root)
             (*items[i].editObject())["textColor"] = color.data();
         }
     }
+    return root;
+}
+
+std::size_t numberOf(imaging::DrawnText const& text)
+{
+    return std::size_t{text.pen.r} << 16U | std::size_t{text.pen.g} << 8U | text.pen.b;
+}
+
+std::string configText(SwJsonObject const& root)
+{
     SwString text;
     SwJsonDocument::generateJson(SwJsonValue(root), text, false, 0, SwString());
     return text;
 }
 
-std::size_t numberIn(Pen const& pen)
-{
-    return std::size_t{pen.r} << 16U | std::size_t{pen.g} << 8U | pen.b;
-}
-
-}  // namespace
-
 DrawnBlocks blocksShownAt(ClipSource source, SwJsonObject const& root, std::optional<double> seconds)
 {
-    source.config = withNumbersForColors(root);
+    source.config = configText(withNumbersForColors(root));
     auto const clip = seconds ? openShownAt(source, *seconds) : openRange(source, {});
     DrawnBlocks drawn;
     imaging::recordTexts(clip->painter(), [&drawn](imaging::DrawnText const& text) {
-        drawn.blocks.push_back({numberIn(text.pen), text});
+        drawn.blocks.push_back({numberOf(text), text});
     });
     int const pictures = seconds ? 1 : kMostPictures;
     for (int i = 0; i < pictures && drawn.blocks.empty(); ++i) {

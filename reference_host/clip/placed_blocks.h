@@ -26,6 +26,13 @@ struct DrawnBlocks {
     std::vector<DrawnBlock> blocks;
 };
 
+/// The configuration with each block's number for its text colour, which takes part in nothing but the painting.
+SwJsonObject withNumbersForColors(SwJsonObject root);
+/// The number of the block that has drawn the text then.
+std::size_t numberOf(imaging::DrawnText const& text);
+/// For setConfig.
+std::string configText(SwJsonObject const& root);
+
 /// The blocks on the picture that is shown at `seconds`; without a time those on the first picture with any, as long as
 /// it is among the first 300, else none. `root` is the configuration; source.config does not count. Throws
 /// std::runtime_error with one line when the clip cannot be read or is over by then.

@@ -53,13 +53,15 @@ std::string producerName(std::string const& stream)
 
 }  // namespace
 
-TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys)
+TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys,
+                             Payloads payloads)
     : demuxer_(demuxer)
     , options_(withSource(options, demuxer.name()))
     , choice_(options.stream)
     , ownFile_(takesFileTwice(options, demuxer.name()))
     , hostKeysWanted_(wantsHostKeys(keys))
-    , derived_(keys)
+    , payloads_(payloads)
+    , completer_(keys)
     , klv_(std::move(keys))
     , timeline_(maxWaiting(options_))
 {
@@ -74,6 +76,10 @@ TelemetryFeed::TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions opt
         }
     }
     timeline_.setMaxAge(maxAge_());
+    if (payloads_ == Payloads::Complete) {
+        timeline_.setCompletion(
+            [this](std::string const& producer, SwJsonObject& payload) { completer_.complete(producer, payload); });
+    }
     producers_ = timeline_.producers();
 }
 
@@ -121,11 +127,12 @@ void TelemetryFeed::placeFile_(std::string const& stream)
         placementRemarks_.push_back(options_.file + ": " + (stream.empty() ? "" : "stream " + stream + ": ") + remark);
     }
     if (found->second.front().lasting) {
-        timeline_.setConstants(producer, found->second.front().payload);
+        std::string const& name = timeline_.producers()[producer];
+        constants_[name] = found->second.front().payload;
+        completer_.setConstants(name, constants_[name]);
     }
     double const start = (ownFile_ ? summary_.startSeconds : firstSeconds_) + options_.offsetSeconds;
     for (std::size_t index = 0; index < found->second.size(); ++index) {
-        derived_.addTo(found->second[index].payload);
         timeline_.add(producer, start + placement.seconds[index], std::move(found->second[index].payload));
     }
     filePackets_.erase(found);
@@ -149,7 +156,6 @@ void TelemetryFeed::add(media::SideUnit const& unit)
     std::size_t const producer = producerOf_(unit.stream);
     for (telemetry::Packet& packet : klv_.decode(unit.stream, *unit.packet, unit.seconds)) {
         summary_.usable += packet.payload.empty() ? 0U : 1U;
-        derived_.addTo(packet.payload);
         timeline_.add(producer, unit.seconds + options_.offsetSeconds, std::move(packet.payload));
     }
 }
@@ -169,7 +175,9 @@ std::vector<frame::Choice> TelemetryFeed::choose(double seconds, std::uint64_t f
     }
     if (newest && (hostKeysWanted_ || choices.empty())) {
         SwJsonObject keys = hostKeys(std::max(0.0, seconds - *newest), seconds - firstSeconds_, frameNumber);
-        derived_.addTo(keys);
+        if (payloads_ == Payloads::Complete) {
+            completer_.complete(kHostProducer, keys);
+        }
         choices.push_back({kHostProducer, std::make_shared<SwJsonObject const>(std::move(keys)), frameIndex, false});
     }
     return choices;

@@ -3,12 +3,13 @@
 #pragma once
 
 #include "clip/clip_telemetry.h"
+#include "clip/payload_completer.h"
 #include "clip/stream_choice.h"
 #include "clip/telemetry_options.h"
 #include "frame/telemetry_timeline.h"
 #include "media/demuxer.h"
 #include "media/side_placer.h"
-#include "telemetry/derived_keys.h"
+#include "telemetry/key_selection.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,12 +20,24 @@
 
 namespace clip {
 
+/// Telemetry that arrives this much after its picture is still in time, in seconds.
+inline constexpr double kLateSeconds = 1.0;
+
+/// How a picture's payloads are given out.
+enum class Payloads {
+    Complete,
+    Bare,  ///< as they came: a PayloadCompleter is to add what is missing
+};
+
 class TelemetryFeed {
 public:
     /// Reads the telemetry file if there is one. `demuxer` is the clip's and must outlive the feed; `keys` are those
     /// that the plugin will look at. Throws std::runtime_error with one line, media::UnknownChoice for a stream that
     /// cannot be meant.
-    TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys);
+    TelemetryFeed(media::Demuxer const& demuxer, TelemetryOptions options, telemetry::KeySelection keys,
+                  Payloads payloads = Payloads::Complete);
+    TelemetryFeed(TelemetryFeed const&) = delete;
+    TelemetryFeed& operator=(TelemetryFeed const&) = delete;
 
     /// How far beyond a picture the clip must have been read for that picture's telemetry to be here, when that stands
     /// so much after it at most.
@@ -38,6 +51,8 @@ public:
     /// What each producer delivers for the next picture. Once there has been telemetry, the host's own keys are
     /// among it for every picture, unless they are not wanted and others deliver.
     std::vector<frame::Choice> choose(double seconds, std::uint64_t frameNumber);
+    /// For completing bare payloads: the constants by producer. Valid after begin().
+    std::map<std::string, SwJsonObject> const& constants() const { return constants_; }
     /// All that could deliver, in the order in which they win.
     std::vector<std::string> const& producers() const { return producers_; }
 
@@ -57,7 +72,9 @@ private:
     bool ownFile_ = false;                                               ///< the telemetry file is the clip itself
     std::map<std::string, std::vector<telemetry::Packet>> filePackets_;  ///< by stream, until they are placed
     bool hostKeysWanted_;
-    telemetry::DerivedKeyMaker derived_;
+    Payloads payloads_;
+    PayloadCompleter completer_;
+    std::map<std::string, SwJsonObject> constants_;
     KlvStreams klv_;
     std::map<int, std::size_t> producerOfStream_;
     frame::TelemetryTimeline timeline_;

@@ -25,7 +25,7 @@ struct ClipFacts {
     double frameSeconds = 0.0;            ///< how long a picture is shown, on average
 };
 
-/// Which frame is asked for. A frame of 0, and one behind the clip's end, is the first or the last one; so is a time.
+/// Which frame is asked for. What lies before the clip is its first frame, what lies behind it the last one.
 struct Place {
     std::optional<std::uint64_t> frame;  ///< number from 1; empty: `seconds` counts
     double seconds = 0.0;                ///< after the first picture: the frame that is shown then
@@ -58,10 +58,21 @@ struct Shown {
     std::optional<check::TextFault> fault;  ///< of the configuration's text; then nothing is drawn
 };
 
+/// Every picture is the one that a full run draws there, with the colours of its PNG. Another configuration for the
+/// same frame costs the plugin, the drawing and the colours; the next frame costs one decoded picture more; a frame
+/// behind or far ahead is found by the packets up to it and decoded from the key picture before, but for a few pictures
+/// back, which are kept.
+///
+/// The plugin sees the frames before again whenever the configuration changes: those within the configuration's memory
+/// (clip/config_memory.h), or all when that has no bound, which takes about a second for each hour of clip.
+///
+/// What was read of the clip is kept, some 100 MB for an hour, and pictures of 64 MB.
+///
 /// One thread at a time may use it. Everything throws std::runtime_error with one line when the clip cannot be read.
 class Preview {
 public:
-    /// Opens the clip, which must be a file. The source's configuration does not count.
+    /// Opens the clip, which must be a file, as telemetry must that is not the clip's. The source's configuration does
+    /// not count.
     explicit Preview(clip::ClipSource source);
     ~Preview();
     Preview(Preview const&) = delete;

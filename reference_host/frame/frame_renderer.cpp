@@ -104,6 +104,13 @@ FrameRenderer::FrameRenderer(Look look) : look_(std::move(look)), pool_(std::mak
     }
 }
 
+std::string FrameRenderer::schemaFor(SwJsonObject keys)
+{
+    Choice const choice{"schema", std::make_shared<SwJsonObject const>(std::move(keys)), 1, false};
+    pass(1, {choice.producer}, {choice});
+    return plugin_.get().getConfigList();
+}
+
 std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::takePicture(unsigned width, unsigned height)
 {
     auto picture = imaging::takePicture(*pool_, width, height);

@@ -22,6 +22,8 @@ public:
     /// Loads plugin and fonts. Throws std::runtime_error with one line.
     explicit FrameRenderer(Look look = {});
 
+    /// The plugin's description of its configuration once it has seen a frame with these telemetry keys.
+    std::string schemaFor(SwJsonObject keys);
     /// For setConfig and getConfigList.
     IRenderPlugin& plugin() { return plugin_.get(); }
     /// For its colour format and for recording texts.

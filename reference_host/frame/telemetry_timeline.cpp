@@ -5,31 +5,11 @@
 #include <utility>
 
 namespace frame {
-namespace {
-
-using Payload = std::shared_ptr<SwJsonObject const>;
-
-Payload withConstants(Payload const& payload, SwJsonObject const& constants)
-{
-    if (constants.empty()) {
-        return payload;
-    }
-    SwJsonObject completed = *payload;
-    for (auto const& [key, value] : constants) {
-        if (!completed.contains(key)) {
-            completed.insertOrAssign(key, value);
-        }
-    }
-    return std::make_shared<SwJsonObject const>(std::move(completed));
-}
-
-}  // namespace
 
 std::size_t TelemetryTimeline::addProducer(std::string name)
 {
     names_.push_back(std::move(name));
     entries_.emplace_back();
-    constants_.emplace_back();
     return names_.size() - 1;
 }
 
@@ -41,7 +21,7 @@ void TelemetryTimeline::add(std::size_t producer, double seconds, SwJsonObject p
     std::deque<Entry>& entries = entries_[producer];
     auto const place = std::upper_bound(entries.begin(), entries.end(), seconds,
                                         [](double time, Entry const& entry) { return time < entry.seconds; });
-    entries.insert(place, Entry{seconds, std::make_shared<SwJsonObject const>(std::move(payload)), 0});
+    entries.insert(place, Entry{seconds, std::make_shared<SwJsonObject>(std::move(payload)), 0});
     if (entries.size() > maxWaiting_) {
         entries.pop_front();
     }
@@ -65,7 +45,9 @@ std::vector<Choice> TelemetryTimeline::choose(double seconds, std::uint64_t fram
         }
         if (chosen.firstFrame == 0) {
             chosen.firstFrame = frameIndex;
-            chosen.payload = withConstants(chosen.payload, constants_[producer]);
+            if (completion_) {
+                completion_(names_[producer], *chosen.payload);
+            }
         }
         bool const lookback = previousSeconds_ && chosen.seconds < *previousSeconds_ - kSameMoment;
         choices.push_back({names_[producer], chosen.payload, chosen.firstFrame, lookback});

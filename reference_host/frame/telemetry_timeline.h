@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -42,9 +43,9 @@ public:
     /// any key is left out: it says nothing.
     void add(std::size_t producer, double seconds, SwJsonObject payload);
 
-    /// What holds for the producer's packets that do not say otherwise: a frame gets these keys with every packet that
-    /// lacks them.
-    void setConstants(std::size_t producer, SwJsonObject constants) { constants_[producer] = std::move(constants); }
+    /// Called once for each packet that a frame gets, before it gets it.
+    using Completion = std::function<void(std::string const& producer, SwJsonObject& payload)>;
+    void setCompletion(Completion completion) { completion_ = std::move(completion); }
 
     /// From now on a packet that is older than its frame by more than this counts as gone; empty: none does.
     void setMaxAge(std::optional<double> seconds) { maxAge_ = seconds; }
@@ -59,7 +60,7 @@ public:
 private:
     struct Entry {
         double seconds;
-        std::shared_ptr<SwJsonObject const> payload;
+        std::shared_ptr<SwJsonObject> payload;
         std::uint64_t firstFrame = 0;  ///< 0: not given to any frame yet
     };
 
@@ -67,7 +68,7 @@ private:
     std::optional<double> maxAge_;
     std::vector<std::string> names_;
     std::vector<std::deque<Entry>> entries_;  ///< per producer, by rising time
-    std::vector<SwJsonObject> constants_;     ///< per producer
+    Completion completion_;
     std::optional<double> previousSeconds_;
     std::optional<double> newest_;
 };

@@ -2,12 +2,12 @@
 #include "media/png_writer.h"
 
 #include "media/output_file.h"
+#include "media/rgb_picture.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <png.h>
 #include <stdexcept>
 
@@ -17,20 +17,6 @@ namespace {
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
-
-FramePtr toRgb(MappedNV12 const& planes, ColorFormat color)
-{
-    FramePtr rgb = makeFrame();
-    rgb->format = AV_PIX_FMT_RGB24;
-    rgb->width = planes.width;
-    rgb->height = planes.height;
-    if (av_frame_get_buffer(rgb.get(), 0) < 0) {
-        throw std::bad_alloc();
-    }
-    FrameConverter converter;
-    converter.fromNv12(planes, *rgb, color);
-    return rgb;
-}
 
 bool writeRgb(AVFrame const& rgb, std::FILE* file)
 {
@@ -49,7 +35,8 @@ bool writeRgb(AVFrame const& rgb, std::FILE* file)
 
 void writePng(std::string const& path, MappedNV12 const& planes, ColorFormat color)
 {
-    FramePtr const rgb = toRgb(planes, color);
+    FrameConverter converter;
+    FramePtr const rgb = rgbOf(planes, color, converter);
     OutputFile output(path);
     std::unique_ptr<std::FILE, CloseFile> file(std::fopen(output.writePath().c_str(), "wb"));
     errno = 0;

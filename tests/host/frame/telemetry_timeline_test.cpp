@@ -110,24 +110,23 @@ TEST(TelemetryTimeline, KeepsProducersApart)
     EXPECT_EQ(timeline.producers(), (std::vector<std::string>{"a", "b"}));
 }
 
-TEST(TelemetryTimeline, CompletesPacketsWithTheConstantsOfTheirProducer)
+TEST(TelemetryTimeline, CompletesEachPacketOnceThatAFrameGets)
 {
     TelemetryTimeline timeline;
     std::size_t const one = timeline.addProducer("one");
-    std::size_t const two = timeline.addProducer("two");
-    timeline.setConstants(one, {{"n", SwJsonValue(7)}, {"tail", SwJsonValue("T7")}, {"gone", SwJsonValue(1)}});
+    std::vector<std::string> completed;
+    timeline.setCompletion([&completed](std::string const& producer, SwJsonObject& payload) {
+        completed.push_back(producer + std::to_string(payload["n"].toInt()));
+        payload.insertOrAssign("tail", "T7");
+    });
     timeline.add(one, 0.0, payload(1));
-    timeline.add(one, 1.0, {{"gone", SwJsonValue()}});
-    timeline.add(two, 0.0, payload(2));
-    std::vector<Choice> choices = timeline.choose(0.0, 1);
-    ASSERT_EQ(choices.size(), 2U);
-    EXPECT_EQ(*choices[0].payload,
-              (SwJsonObject{{"n", SwJsonValue(1)}, {"tail", SwJsonValue("T7")}, {"gone", SwJsonValue(1)}}));
-    EXPECT_EQ(*choices[1].payload, payload(2));
-    choices = timeline.choose(1.0, 2);
-    EXPECT_EQ(*choices[0].payload,
-              (SwJsonObject{{"n", SwJsonValue(7)}, {"tail", SwJsonValue("T7")}, {"gone", SwJsonValue()}}))
-        << "null is a value too";
+    timeline.add(one, 0.2, payload(2));
+    timeline.add(one, 0.4, payload(3));
+    std::vector<Choice> const first = timeline.choose(0.0, 1);
+    timeline.choose(0.1, 2);
+    timeline.choose(0.5, 3);
+    EXPECT_EQ(*first.at(0).payload, (SwJsonObject{{"n", SwJsonValue(1)}, {"tail", SwJsonValue("T7")}}));
+    EXPECT_EQ(completed, (std::vector<std::string>{"one1", "one3"})) << "no frame gets the second packet";
 }
 
 TEST(TelemetryTimeline, LeavesOutPacketsWithoutKeys)
