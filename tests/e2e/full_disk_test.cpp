@@ -1,6 +1,8 @@
-// A disk that fills up while a clip is written: one line that names place and cure, and nothing left on the disk. A
-// program of its own, so that it is seen when it was skipped.
+// A disk that fills up while a clip or a configuration is written: one line that names place and cure, and nothing left
+// on the disk. A program of its own, so that it is seen when it was skipped.
 #include "clips.h"
+#include "edit_session.h"
+#include "raw_http.h"
 #include "run_program.h"
 #include "temp_folder.h"
 
@@ -9,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <sys/mount.h>
 
@@ -34,7 +37,12 @@ public:
     /// Why there is no small disk; 0 when there is one.
     int error() const { return error_; }
     std::string file(std::string const& name) const { return path_ + "/" + name; }
-    bool empty() const { return std::filesystem::is_empty(path_); }
+    bool empty() const { return count() == 0; }
+    std::size_t count() const
+    {
+        std::filesystem::directory_iterator const entries(path_);
+        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+    }
 
 private:
     std::string path_;
@@ -62,6 +70,34 @@ TEST(FullDisk, LeavesNoHalfFile)
                                   "folder\n");
         EXPECT_TRUE(disk.empty());
     }
+}
+
+TEST(FullDisk, KeepsTheConfigurationThatIsThere)
+{
+    media_test::TempFolder const folder;
+    SmallDisk const disk(folder.file("disk"));
+    if (disk.error() != 0) {
+        GTEST_SKIP() << "no small disk can be mounted here: " << std::strerror(disk.error())
+                     << "; run as root. A file that may not grow is tested in e2e_edit_test all the same.";
+    }
+    clip_test::makeClip({folder.file("a.ts"), 320, 240, 10, "mpeg2video"});
+    std::string const config = disk.file("c.json");
+    std::string const text = R"({"overlay":[]})";
+    e2e::writeFile(config, text);
+    e2e::Result const result = e2e::runEdit({folder.file("a.ts"), "-c", config}, [&](e2e::EditSession const& session) {
+        std::string const etag = e2e::etagOf(session.ask("GET", "/api/config"));
+        std::string const large = text + std::string(100000, ' ');
+        std::string const answer = session.save(large, etag);
+        EXPECT_EQ(raw_http::statusOf(answer), 507);
+        EXPECT_EQ(e2e::errorOf(answer),
+                  config + ": cannot be saved: No space left on device; free some space and save again");
+        EXPECT_EQ(e2e::readFile(config), text);
+        EXPECT_EQ(disk.count(), 1U);
+        // What fits is saved.
+        EXPECT_EQ(raw_http::statusOf(session.save(text + "\n", etag)), 200);
+    });
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(e2e::readFile(config), text + "\n");
 }
 
 }  // namespace
