@@ -553,7 +553,9 @@ TEST(SwJsonReader, ParseUnicodeEscapeGivesTheProblemAndItsPlace)
         {"d83d\\uDE0", "Incomplete Unicode escape sequence", 6},
         {"d83d\\uDE0x", "Invalid hex digit in Unicode escape", 9},
         {"d83d\\u0041", "Invalid low surrogate in Unicode escape", 10},
+        {"dc00", "Unexpected low surrogate without leading high surrogate", 4},
         {"de00", "Unexpected low surrogate without leading high surrogate", 4},
+        {"dfff", "Unexpected low surrogate without leading high surrogate", 4},
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.text);
