@@ -13,19 +13,21 @@ export class Player {
         this.onShown = onShown;
         this.onFailure = onFailure;
         this.facts = undefined;
+        this.place = {seconds: 0};
         this.isPlaying = false;
         this.latest = new Latest((place) => this.fetch(place));
     }
 
     /// {frame: n}, {seconds: s} or {step: 1, from: n}.
     goTo(place) {
+        this.place = place;
         this.latest.want(place);
     }
 
-    /// The same moment again, with the text of now.
+    /// The same moment again, or the one that was asked for last, with the text of now.
     renew() {
         if (!this.isPlaying) {
-            this.goTo(this.moment ?? {seconds: 0});
+            this.goTo(this.place);
         }
     }
 
@@ -57,8 +59,8 @@ export class Player {
         canvas.getContext('2d').drawImage(bitmap, 0, 0);
         bitmap.close();
         this.facts = facts;
-        this.moment = {frame: facts.frame};
         if (!this.latest.next) {
+            this.place = {frame: facts.frame};
             this.aimed = undefined;
         }
         this.onShown(facts);
@@ -68,8 +70,8 @@ export class Player {
     }
 
     play() {
-        const isAtEnd = this.facts?.last;
-        const start = isAtEnd ? 0 : this.facts?.seconds ?? 0;
+        const isAtEnd = this.facts?.last && this.place.seconds === undefined;
+        const start = isAtEnd ? 0 : this.place.seconds ?? this.facts?.seconds ?? 0;
         this.isPlaying = true;
         this.started = {seconds: start, at: performance.now()};
         this.goTo({seconds: start});

@@ -9,6 +9,9 @@ function timeText(seconds) {
     return `${two(Math.floor(whole / 60))}:${two(whole % 60)}${rest}`;
 }
 
+/// The slider's end until the clip's is known.
+const UNKNOWN_SECONDS = 600;
+
 export class Transport {
     constructor(player, clip, find) {
         this.player = player;
@@ -16,7 +19,7 @@ export class Transport {
         this.slider = find('#time');
         this.output = find('#time-text');
         this.playButton = find('#play');
-        this.slider.max = String(clip.seconds);
+        this.slider.max = String(clip.seconds ?? UNKNOWN_SECONDS);
         this.slider.step = String(clip.frameSeconds || 0.04);
         this.slider.addEventListener('input', () => {
             player.stop();
@@ -50,6 +53,9 @@ export class Transport {
     }
 
     show(facts) {
+        if (facts.last || facts.seconds > Number(this.slider.max)) {
+            this.slider.max = String(facts.seconds);
+        }
         if (!this.isHeld) {
             this.slider.value = String(facts.seconds);
         }
