@@ -66,7 +66,11 @@ class Editor {
 
     setUpForm(schema) {
         const context = {
-            change: (edit, key) => this.history.change(edit(this.history.text), key),
+            change: (edit) => this.history.change(edit(this.history.text)),
+            changeField: (edit, place) => this.changeField(edit, place),
+            leaveField: () => {
+                this.typing = undefined;
+            },
             refresh: () => this.onText(),
             say: (text) => this.say(text),
             focusSoon: (place) => this.focusPlace(place),
@@ -95,6 +99,16 @@ class Editor {
                 event.preventDefault();
             }
         });
+    }
+
+    /// A field being typed into starts from the text before the first letter every time: a member that is cleared and
+    /// written anew keeps its place.
+    changeField(edit, place) {
+        const goesOn = this.typing?.place === place && this.typing.after === this.history.text;
+        const before = goesOn ? this.typing.before : this.history.text;
+        const after = edit(before);
+        this.typing = {place, before, after};
+        this.history.change(after, place);
     }
 
     /// The text, or something else that the form shows, has changed.

@@ -44,7 +44,10 @@ class FieldRow {
         const hintId = hint === '' ? undefined : `${id}-hint`;
         this.input.focus.id = id;
         this.input.focus.setAttribute('aria-describedby', [`${id}-notes`, hintId].filter(Boolean).join(' '));
-        this.input.focus.addEventListener('blur', () => this.show(this.node, this.path));
+        this.input.focus.addEventListener('blur', () => {
+            context.leaveField();
+            this.show(this.node, this.path);
+        });
         this.clear = iconButton('clear', `Clear ${name}`, () => this.clearNow(), {tabindex: '-1'});
         // A text that is empty on purpose differs from one that is not set.
         const canBeEmpty = schema.type === 'string' && !schema.enum && (schema.default ?? '#')[0] !== '#';
@@ -68,8 +71,8 @@ class FieldRow {
 
     set(value) {
         const path = this.path;
-        this.context.change((text) => (value === undefined ? clearMember(text, path, this.owner === 'group')
-                                                           : setValue(text, path, value)), placeOf(path));
+        this.context.changeField((text) => (value === undefined ? clearMember(text, path, this.owner === 'group')
+                                                                : setValue(text, path, value)), placeOf(path));
     }
 
     clearNow() {
@@ -153,7 +156,7 @@ class ListPart {
             const value = input.read();
             const path = [...this.path, index];
             if (value !== undefined && value !== UNFINISHED) {
-                this.context.change((text) => setValue(text, path, value), placeOf(path));
+                this.context.changeField((text) => setValue(text, path, value), placeOf(path));
             }
         });
         input.focus.setAttribute('aria-label', `${this.name} ${index + 1}`);
