@@ -44,7 +44,8 @@ export class Completion {
         const present = placeholderAt(this.area.value, cursor);
         const place = present ?? (isAsked ? {start: cursor, end: cursor, typed: ''} : undefined);
         const rows = place && this.area.selectionEnd === cursor ? matching(this.keys(), place.typed) : [];
-        const isWhole = rows.length === 1 && rows[0].key === place.typed;
+        // Behind a name that is complete, Enter is a new line.
+        const isWhole = rows.some(({key}) => key === place.typed);
         if (rows.length === 0 || (isWhole && !isAsked)) {
             this.close();
             return;
