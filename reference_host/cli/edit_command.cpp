@@ -11,8 +11,11 @@
 #include "media/interrupt.h"
 
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <streambuf>
+#include <string>
+#include <system_error>
 #include <thread>
 
 namespace cli {
@@ -45,6 +48,12 @@ void refuseWhatCannotBeEdited(EditOptions const& options)
     }
     if (options.config == "-") {
         throw WrongUsage("-c -: the editor saves the configuration; give a file");
+    }
+    for (std::string const& source : {options.input, options.telemetry.file}) {
+        std::error_code notThere;
+        if (std::filesystem::equivalent(source, options.config, notThere)) {
+            throw WrongUsage(options.config + ": is read as clip or telemetry; give a configuration file");
+        }
     }
 }
 

@@ -272,6 +272,16 @@ TEST_F(Edit, TakesThePortThatIsGiven)
     EXPECT_EQ(result.exitCode, 0);
 }
 
+TEST_F(Edit, DoesNotReplaceWhatItReads)
+{
+    std::string const telemetry = folder_.file("t.jsonl");
+    writeFile(telemetry, "{\"t\":0}\n");
+    Result const result = e2e::run({"edit", clip_, "-c", telemetry, "--telemetry", telemetry, "--no-browser"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.err,
+              "stanag-overlay: " + telemetry + ": is read as clip or telemetry; give a configuration file\n");
+}
+
 TEST_F(Edit, OpensTheBrowserWithAPassThatWorksOnce)
 {
     std::string const tools = folder_.file("bin");
