@@ -8,6 +8,7 @@
 #include "imaging/imaging_access.h"
 #include "media/frame_converter.h"
 #include "media/interrupt.h"
+#include "media/output_file.h"
 #include "media/rgb_picture.h"
 #include "telemetry/derived_keys.h"
 
@@ -23,7 +24,8 @@ namespace {
 void requireFile(std::string const& path)
 {
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) {
+    bool const isMissing = !media::isAddress(path) && !std::filesystem::exists(path, ignored);
+    if (!isMissing && !std::filesystem::is_regular_file(path, ignored)) {  // opening says more of what is missing
         throw std::runtime_error(path + ": is no file; the editor goes to and fro in files only");
     }
 }
