@@ -136,7 +136,7 @@ class PageTest(unittest.TestCase):
             self.js("arguments[0].click()", card)
 
     def unfold(self, place):
-        self.js("arguments[0].open = true", self.find(f'details[data-place="{place}"]'))
+        self.js("arguments[0].open = true", self.find(f'[data-place="{place}"] details'))
 
     def enter(self, place, value):
         field = self.field(place)
@@ -214,6 +214,7 @@ class Fields(PageTest):
         text = LASER
         with self.editing(text) as config:
             self.open_card(0)
+            self.unfold("overlay[0].formats.laser_prf_code")
             for change, old, new in [
                 (lambda: self.enter("overlay[0].textSize", "31"), '"textSize": 30', '"textSize": 31'),
                 (lambda: self.enter("overlay[0].bgAlpha", "0.5"), '"bgAlpha": 0.75', '"bgAlpha": 0.5'),
@@ -290,11 +291,13 @@ class Fields(PageTest):
             first = self.find('.completion [role="option"][aria-selected="true"]').text.split()
             self.assertEqual(first[0], "heading_deg")
             self.assertAlmostEqual(float(first[1]), 295.2, delta=0.1)
-            self.assertEqual(area.get_attribute("aria-expanded"), "true")
+            self.assertEqual(self.js("return document.getElementById(arguments[0].getAttribute('aria-activedescendant'))",
+                                     area), self.find('.completion [aria-selected="true"]'))
             area.send_keys(Keys.ENTER, "°", Keys.ESCAPE)
             area.send_keys(Keys.BACKSPACE, Keys.ENTER, "%{pla", Keys.ARROW_DOWN, Keys.ARROW_UP, Keys.TAB)
             self.assertEqual(area.get_property("value"), "HDG %heading_deg\n%platform_call_sign")
-            self.assertEqual(area.get_attribute("aria-expanded"), "false")
+            self.assertFalse(self.find(".completion").is_displayed())
+            self.assertIsNone(area.get_attribute("aria-activedescendant"))
             self.assertEqual(self.saved(config), '{"overlay": [{"formatString": "HDG %heading_deg\\n%platform_call_sign"}]}')
             used = self.find(".used").text
             self.assertIn("platform_call_sign HERON 21", " ".join(used.split()))

@@ -1,5 +1,5 @@
-// A list of telemetry keys below a text area, opened by "%" or Ctrl-Space, closed by Escape. The list box pattern for
-// screen readers: the focus stays in the text area, aria-activedescendant names the chosen row.
+// A list of telemetry keys below a text area, opened by "%" or Ctrl-Space, closed by Escape. For screen
+// readers the area stays a text box of many lines; the focus stays in it, aria-activedescendant names the chosen row.
 
 import {make, newId} from './elements.js';
 import {placeholderAt, placeholderFor} from './template_keys.js';
@@ -25,9 +25,6 @@ export class Completion {
         this.chosen = 0;
         area.setAttribute('aria-autocomplete', 'list');
         area.setAttribute('aria-controls', this.list.id);
-        area.setAttribute('aria-expanded', 'false');
-        area.setAttribute('role', 'combobox');
-        area.setAttribute('aria-haspopup', 'listbox');
         area.addEventListener('keydown', (event) => this.onKey(event));
         area.addEventListener('input', () => this.update(false));
         area.addEventListener('click', () => this.update(false));
@@ -63,7 +60,6 @@ export class Completion {
             },
         }, make('span', {class: 'key'}, key), ' ', make('span', {class: 'value'}, value))));
         this.list.hidden = false;
-        this.area.setAttribute('aria-expanded', 'true');
         this.choose(0);
     }
 
@@ -78,7 +74,6 @@ export class Completion {
 
     close() {
         this.list.hidden = true;
-        this.area.setAttribute('aria-expanded', 'false');
         this.area.removeAttribute('aria-activedescendant');
     }
 

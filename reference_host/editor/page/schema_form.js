@@ -198,10 +198,12 @@ class MapEntry {
         this.input.value = key;
         this.value = make('span', {class: 'value'});
         this.members = new ObjectPart(schema, context, 'entry');
+        this.summary = make('summary', {});
+        this.fold = make('details', {}, this.summary, this.members.element);
         this.element = make('div', {class: 'entry', role: 'group', 'aria-label': `Format of ${key}`},
                             make('div', {class: 'entry-head'}, this.input, this.value,
                                  iconButton('remove', `Remove the format of ${key}`, () => this.remove())),
-                            make('div', {class: 'notes'}), this.members.element);
+                            make('div', {class: 'notes'}), this.fold);
     }
 
     remove() {
@@ -230,6 +232,8 @@ class MapEntry {
         this.element.path = path;
         this.value.textContent = this.context.valueText(this.key);
         this.element.classList.toggle('unknown', !this.context.isKnownKey(this.key));
+        const set = (node?.members ?? []).map(({name, node: member}) => `${name} ${JSON.stringify(valueOf(member))}`);
+        this.summary.textContent = set.length === 0 ? 'nothing set' : set.join(' · ');
         this.members.show(node, path);
     }
 }
@@ -264,6 +268,7 @@ class MapPart {
             this.context.say(`${key} has a format already`);
         } else {
             this.context.change((text) => setValue(text, path, {}));
+            this.entries.get(key).fold.open = true;
             this.input.value = '';
         }
         this.context.focusSoon(placeOf(path));
