@@ -105,10 +105,9 @@ protected:
         return run(withTelemetry_({"text", clip_, "-c", config}), options);
     }
 
-    /// The first twenty seconds, losslessly.
     Result burn(std::string const& config, std::string const& output) const
     {
-        return run(withTelemetry_({"burn", clip_, "-c", config, "-o", output, "--video-codec", "ffv1", "--to", "20"}));
+        return run(withTelemetry_({"burn", clip_, "-c", config, "-o", output, "--video-codec", "ffv1"}));
     }
 
 private:
