@@ -2,6 +2,7 @@
 // code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 130 after Ctrl-C,
 // 143 after SIGTERM).
 #include "SwAny.h"
+#include "check/suggestion.h"
 #include "cli/address_check.h"
 #include "cli/clip_time.h"
 #include "cli/commands.h"
@@ -14,6 +15,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <csignal>
@@ -187,9 +189,9 @@ void addEncoding(CLI::App& command, media::EncoderChoice& encoding, std::optiona
     constexpr double kMostCrf = 63.0;
     constexpr int kMostThreads = 256;
     command
-        .add_option(
-            "--video-codec", encoding.codecName,
-            "encoder by its FFmpeg name: libx264 (default), libx265, ffv1, h264_nvenc, h264_vaapi, h264_qsv, ...")
+        .add_option("--video-codec", encoding.codecName,
+                    "encoder by its FFmpeg name: libx264 (default; .webm: libvpx-vp9), libx265, ffv1, h264_nvenc, "
+                    "h264_vaapi, h264_qsv, ...")
         ->type_name("NAME");
     command
         .add_option("--preset", encoding.preset,
@@ -408,16 +410,67 @@ void prepareProcess()
     SwAny::registerAllType();
 }
 
+bool isOption(std::string const& word)
+{
+    return word.size() > 1 && word.front() == '-';
+}
+
+/// "there is no option --form; did you mean "--from"?"
+std::string noSuchOption(CLI::App const& command, std::string const& word)
+{
+    std::string const name = word.substr(0, word.find('='));
+    std::vector<std::string> known;
+    for (CLI::Option const* const option : command.get_options()) {
+        known.push_back(option->get_name());
+    }
+    return "there is no option " + name + check::didYouMean(name, known);
+}
+
+/// What the parser refuses, in words that name what was written.
+std::string faultText(CLI::App const& command, CLI::ParseError const& failure)
+{
+    std::string const text = failure.what();
+    if (dynamic_cast<CLI::ExtrasError const*>(&failure) != nullptr) {
+        std::vector<std::string> const extras = command.remaining(true);
+        auto const option = std::find_if(extras.begin(), extras.end(), isOption);
+        if (option != extras.end()) {
+            return noSuchOption(command, *option);
+        }
+        return extras.empty() ? text : extras.front() + ": nothing is expected here";
+    }
+    // "--crf: 1 required N missing"
+    if (dynamic_cast<CLI::ArgumentMismatch const*>(&failure) != nullptr) {
+        return text.substr(0, text.find(':')) + ": give a value";
+    }
+    return text;
+}
+
 /// One line for what the parser refuses, with the way to more.
 std::string usageLine(CLI::App const& app, CLI::ParseError const& failure)
 {
     std::vector<CLI::App*> const chosen = app.get_subcommands();
-    if (chosen.empty() && dynamic_cast<CLI::RequiredError const*>(&failure) != nullptr) {
-        return "give a command; stanag-overlay --help lists them";
+    if (chosen.empty()) {
+        return std::string(failure.what()) + "; see stanag-overlay --help";
     }
-    std::string const command = chosen.empty() ? "" : chosen.front()->get_name();
-    return (chosen.empty() ? "" : command + ": ") + failure.what() + "; see stanag-overlay " +
-           (chosen.empty() ? "" : command + " ") + "--help";
+    std::string const command = chosen.front()->get_name();
+    return command + ": " + faultText(*chosen.front(), failure) + "; see stanag-overlay " + command + " --help";
+}
+
+/// Throws WrongUsage when the first word is neither a command nor an option of the program itself.
+void requireCommand(CLI::App const& app, std::string const& word)
+{
+    std::string const more = "; stanag-overlay --help lists them";
+    if (word.empty()) {
+        throw WrongUsage("give a command" + more);
+    }
+    auto const isNamed = [&word](CLI::App const* command) { return command->check_name(word); };
+    if (!isOption(word) && app.get_subcommands(isNamed).empty()) {
+        throw WrongUsage(word + ": no such command" + more);
+    }
+    bool const isKnown = app.get_option_no_throw(word) != nullptr;
+    if (isOption(word) && !isKnown) {
+        throw WrongUsage(noSuchOption(app, word) + more);
+    }
 }
 
 int run(int argc, char** argv)
@@ -434,11 +487,7 @@ int run(int argc, char** argv)
     addCheck(app, action);
     addEdit(app, action);
     addSample(app, action);
-    std::string const name = argc > 1 ? argv[1] : "";
-    auto const isNamed = [&name](CLI::App* command) { return command->check_name(name); };
-    if (!name.empty() && name.front() != '-' && app.get_subcommands(isNamed).empty()) {
-        throw WrongUsage(name + ": no such command; stanag-overlay --help lists them");
-    }
+    requireCommand(app, argc > 1 ? argv[1] : "");
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& failure) {

@@ -10,10 +10,21 @@
 
 namespace cli {
 
+namespace {
+
+/// Whoever receives a stream has had its bytes already.
+bool isStream(std::string const& output)
+{
+    return output == "-" || output.find("://") != std::string::npos;
+}
+
+}  // namespace
+
 void refuseWhenTerminated(std::string const& output)
 {
     if (media::interruptSignal() == SIGTERM) {
-        throw std::runtime_error(output + ": terminated before the end, nothing was kept; start again");
+        throw std::runtime_error(output + ": terminated before the end, " +
+                                 (isStream(output) ? "what was sent is not whole" : "nothing was kept; start again"));
     }
 }
 

@@ -70,7 +70,7 @@ std::unique_ptr<AnnotatedClip> open(ClipSource const& source)
     return std::make_unique<AnnotatedClip>(source);
 }
 
-std::unique_ptr<AnnotatedClip> openAdvanced(ClipSource const& source, double seconds, Advance const& advance)
+std::unique_ptr<AnnotatedClip> openAdvanced(ClipSource const& source, std::string const& wanted, Advance const& advance)
 {
     std::unique_ptr<AnnotatedClip> clip = open(source);
     std::optional<double> end;
@@ -87,8 +87,8 @@ std::unique_ptr<AnnotatedClip> openAdvanced(ClipSource const& source, double sec
         end = advance(*clip);
     }
     if (end && !media::interrupted()) {
-        throw std::runtime_error(source.input + ": has no picture at " + secondsText(seconds) + ": it ends at " +
-                                 secondsText(*end) + "; give an earlier time");
+        throw std::runtime_error(source.input + ": has no picture " + wanted + ": it ends at " + secondsText(*end) +
+                                 "; give an earlier time");
     }
     return clip;
 }
@@ -103,7 +103,8 @@ bool isBehind(ClipRange const& range, media::FramePlace const& place, AnnotatedC
 
 std::unique_ptr<AnnotatedClip> openShownAt(ClipSource const& source, double seconds)
 {
-    return openAdvanced(source, seconds, [seconds](AnnotatedClip& clip) { return advanceToShown(clip, seconds); });
+    return openAdvanced(source, "at " + secondsText(seconds),
+                        [seconds](AnnotatedClip& clip) { return advanceToShown(clip, seconds); });
 }
 
 std::unique_ptr<AnnotatedClip> openRange(ClipSource const& source, ClipRange const& range)
@@ -112,7 +113,8 @@ std::unique_ptr<AnnotatedClip> openRange(ClipSource const& source, ClipRange con
         return open(source);
     }
     double const from = *range.from;
-    auto clip = openAdvanced(source, from, [from](AnnotatedClip& opened) { return advanceToFirstFrom(opened, from); });
+    auto clip = openAdvanced(source, "at or after " + secondsText(from),
+                             [from](AnnotatedClip& opened) { return advanceToFirstFrom(opened, from); });
     std::optional<media::FramePlace> const place = clip->peek();
     if (place && isBehind(range, *place, *clip)) {
         throw std::runtime_error(source.input + ": has no picture from " + secondsText(from) + " to " +

@@ -274,6 +274,11 @@ TEST_F(HardInputs, TerminationLeavesNothingUnderTheOutputsName)
         EXPECT_EQ(result.err,
                   "stanag-overlay: " + file(output) + ": terminated before the end, nothing was kept; start again\n");
     }
+    Result const sent =
+        e2e::runInterrupted({"burn", "-", "-c", file("c.json"), "-o", "-", "--video-codec", "mpeg2video"},
+                            e2e::readFile(clip.path), SIGTERM);
+    EXPECT_EQ(sent.exitCode, 143);
+    EXPECT_EQ(sent.err, "stanag-overlay: -: terminated before the end, what was sent is not whole\n");
     EXPECT_EQ(e2e::readFile(file("older.ts")), older);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(file("")), {}), 3) << "clip, configuration, older file";
 }

@@ -24,8 +24,16 @@ using e2e::Result;
 using e2e::run;
 using media_test::TempFolder;
 
-std::vector<std::string> const kExamples = {"corner_line.json", "date_time_line.json", "full_screen_hud.json",
-                                            "laser_range_block.json"};
+std::vector<std::string> examples()
+{
+    std::vector<std::string> files;
+    for (auto const& entry : std::filesystem::directory_iterator(std::string(OVERLAY_SOURCE_DIR) + "/examples")) {
+        if (entry.path().extension() == ".json") {
+            files.push_back(entry.path().string());
+        }
+    }
+    return files;
+}
 
 std::string example(std::string const& name)
 {
@@ -124,10 +132,8 @@ private:
 
 TEST_P(Recorded, GivesTheSameTextsAloneUnderLoadAndSlowedDown)
 {
-    std::vector<std::string> configs;
-    for (std::string const& name : kExamples) {
-        configs.push_back(example(name));
-    }
+    std::vector<std::string> configs = examples();
+    ASSERT_GE(configs.size(), 8U);
     for (unsigned seed = 1; seed <= 3; ++seed) {
         configs.push_back(randomConfigFile(seed));
     }

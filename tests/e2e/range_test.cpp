@@ -235,8 +235,8 @@ TEST_F(Ranges, ThatHoldNoPictureAreRefused)
 {
     Result const behind = burn("o.ts", {"--from", "24"});
     EXPECT_EQ(behind.exitCode, 1);
-    EXPECT_EQ(behind.err,
-              "stanag-overlay: " + clip_ + ": has no picture at 24.000 s: it ends at 24.000 s; give an earlier time\n");
+    EXPECT_EQ(behind.err, "stanag-overlay: " + clip_ +
+                              ": has no picture at or after 24.000 s: it ends at 24.000 s; give an earlier time\n");
     Result const between = burn("o.ts", {"--from", "1.01", "--to", "1.03"});
     EXPECT_EQ(between.exitCode, 1);
     EXPECT_EQ(between.err,
