@@ -183,6 +183,7 @@ TEST(SwJsonReader, LiteralsTakeTheWholeRunOfLetters)
         {"nul", "error: Invalid literal, expected 'null' (index 3) near \"nul\""},
         {"nan", "error: Invalid literal, expected 'null' (index 3) near \"nan\""},
         {"nullx", "error: Invalid literal, expected 'null' (index 5) near \"nullx\""},
+        {"nulAZaz[", "error: Invalid literal, expected 'null' (index 7) near \"nulAZaz[\""},
         {"nullnull", "error: Invalid literal, expected 'null' (index 8) near \"nullnull\""},
         {"null1", "error: Unexpected characters at the end of JSON."},
         {"[null1]", "error: Expected ',' or ']' in array (index 5) near \"[null1]\""},

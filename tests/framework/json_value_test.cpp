@@ -297,6 +297,7 @@ TEST(SwJsonValue, EqualityLooksAtKindFieldAndContents)
     EXPECT_TRUE(SwJsonValue(SwJsonArray{1, 2}) != SwJsonValue(SwJsonArray{2, 1}));
     EXPECT_TRUE(SwJsonValue(SwJsonArray{1}) != SwJsonValue(SwJsonArray{1, 1}));
     EXPECT_TRUE(SwJsonValue(SwJsonObject{{"a", 1}}) != SwJsonValue(SwJsonObject{{"b", 1}}));
+    EXPECT_TRUE(SwJsonValue(SwJsonObject{{"b", 1}}) != SwJsonValue(SwJsonObject{{"a", 1}}));
     EXPECT_TRUE(SwJsonValue(SwJsonObject{{"a", 1}}) != SwJsonValue(SwJsonObject{{"a", 1}, {"b", 1}}));
     EXPECT_TRUE(SwJsonValue(SwJsonObject{{"a", SwJsonArray{SwJsonObject{{"x", 1}}}}}) !=
                 SwJsonValue(SwJsonObject{{"a", SwJsonArray{SwJsonObject{{"x", 2}}}}}));
