@@ -1,5 +1,7 @@
-// Rows for the page's small modules: templates, placing, the text area's line ends, line differences, card states, history.
+// Rows for the page's small modules: templates, placing, the text area's line ends, line differences, card states,
+// history, bitmaps.
 
+import {readBitmap} from '/page/bitmap.js';
 import {carryOver} from '/page/block_states.js';
 import {History} from '/page/history.js';
 import {Latest} from '/page/latest.js';
@@ -136,6 +138,26 @@ function historyRows(rows) {
     });
 }
 
+/// A bitmap of 24 bits with these bytes as rows, which are filled up to a multiple of four.
+function bitmapOf(width, height, rows) {
+    const header = new DataView(new ArrayBuffer(54));
+    header.setUint32(10, 54, true);
+    header.setInt32(18, width, true);
+    header.setInt32(22, height, true);
+    header.setUint16(28, 24, true);
+    // An odd place in memory, as behind a line of JSON.
+    return Uint8Array.from([7, ...new Uint8Array(header.buffer), ...rows]).subarray(1);
+}
+
+function bitmapRows(rows) {
+    const [lower, upper] = [[1, 2, 3, 0], [4, 5, 255, 0]];
+    const pixels = (image) => [image.width, image.height, [...image.data]];
+    rows.row('a bitmap from the lowest row', () => expectSame(
+        pixels(readBitmap(bitmapOf(1, 2, [...lower, ...upper]))), [1, 2, [255, 5, 4, 255, 3, 2, 1, 255]]));
+    rows.row('a bitmap from the top', () => expectSame(
+        pixels(readBitmap(bitmapOf(1, -2, [...lower, ...upper]))), [1, 2, [3, 2, 1, 255, 255, 5, 4, 255]]));
+}
+
 export async function latestRows(rows) {
     const seen = [];
     let most = 0;
@@ -164,4 +186,5 @@ export function moduleRows(rows) {
     textRows(rows);
     stateRows(rows);
     historyRows(rows);
+    bitmapRows(rows);
 }

@@ -43,21 +43,20 @@ export class Player {
 
     async fetch(place) {
         try {
-            const {facts, bitmap} = await this.store.preview({...this.request(), ...place});
-            this.draw(facts, bitmap);
+            const {facts, image} = await this.store.preview({...this.request(), ...place});
+            this.draw(facts, image);
         } catch (error) {
             this.stop();
             this.onFailure(error.message);
         }
     }
 
-    draw(facts, bitmap) {
+    draw(facts, image) {
         const {canvas} = this;
         if (canvas.width !== facts.width || canvas.height !== facts.height) {
             [canvas.width, canvas.height] = [facts.width, facts.height];
         }
-        canvas.getContext('2d').drawImage(bitmap, 0, 0);
-        bitmap.close();
+        canvas.getContext('2d').putImageData(image, 0, 0);
         this.facts = facts;
         if (!this.latest.next) {
             this.place = {frame: facts.frame};

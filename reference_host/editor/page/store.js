@@ -1,5 +1,7 @@
 // What the page asks of the program that serves it.
 
+import {readBitmap} from './bitmap.js';
+
 /// A refusal: the program's own line, its HTTP status, and what else it told.
 export class StoreError extends Error {
     constructor(status, answer) {
@@ -42,12 +44,11 @@ export const store = {
     /// etag of the file.
     save: (text, etag) => askJson('/api/config', 'PUT', {text, etag}),
 
-    /// {facts, bitmap}: one line of JSON, then the picture.
+    /// {facts, image}: one line of JSON, then the picture.
     async preview(request) {
         const bytes = new Uint8Array(await (await ask('/api/preview', 'POST', request)).arrayBuffer());
         const end = bytes.indexOf(10);
         const facts = JSON.parse(new TextDecoder().decode(bytes.subarray(0, end)));
-        const picture = new Blob([bytes.subarray(end + 1)], {type: 'image/bmp'});
-        return {facts, bitmap: await createImageBitmap(picture, {colorSpaceConversion: 'none'})};
+        return {facts, image: readBitmap(bytes.subarray(end + 1))};
     },
 };
