@@ -305,6 +305,20 @@ TEST(SwJsonValue, EqualityLooksAtKindFieldAndContents)
     EXPECT_TRUE(SwJsonValue(notANumber) != SwJsonValue(notANumber));
 }
 
+TEST(SwJsonValue, NestingBesideNestingIsDestroyedWithoutTheStack)
+{
+    constexpr int kLevels = 200000;
+    std::string text(kLevels, '[');
+    text += "0";
+    for (int i = 0; i < kLevels; ++i) {
+        text += ",[[[]]]]";
+    }
+    SwString error;
+    SwJsonDocument const document = SwJsonDocument::fromJson(text, SwString(), error);
+    EXPECT_EQ(error.toStdString(), "");
+    EXPECT_EQ(document.array().size(), 2U);
+}
+
 TEST(SwJsonObject, AMissingKeyReadsAsOneSharedNull)
 {
     SwJsonObject const object{{"a", 1}};
