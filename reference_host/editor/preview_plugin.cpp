@@ -65,14 +65,6 @@ void PreviewPlugin::forget()
     seen_.reset();
 }
 
-/// Forgets what the plugins have seen.
-void PreviewPlugin::configure_()
-{
-    drawing_.plugin().setConfig(config_.text);
-    placing_.plugin().setConfig(config_.numbered);
-    seen_.reset();
-}
-
 DrawnPicture PreviewPlugin::draw(PreviewConfig const& config, clip::ClipFrames const& frames,
                                  clip::UndrawnPicture const& undrawn)
 {
@@ -81,7 +73,7 @@ DrawnPicture PreviewPlugin::draw(PreviewConfig const& config, clip::ClipFrames c
         config_ = config;
         memoryNs_ = clip::memoryNsOf(config_.text);
         telemetry_.emplace(frames, telemetry::KeySelection::namedIn(config_.text));
-        configure_();
+        seen_.reset();
     }
     bringTo_(frames, undrawn.number);
     std::vector<frame::Choice> const choices = telemetry_->at(undrawn.number);
@@ -99,10 +91,13 @@ DrawnPicture PreviewPlugin::draw(PreviewConfig const& config, clip::ClipFrames c
 void PreviewPlugin::bringTo_(clip::ClipFrames const& frames, std::size_t number)
 {
     std::size_t next = firstThatCounts(frames, number, memoryNs_);
-    if (seen_ && *seen_ < number && next <= *seen_ + 1) {
-        next = *seen_ + 1;
+    // A failure on the way leaves nothing to go on from.
+    std::optional<std::size_t> const seen = std::exchange(seen_, std::nullopt);
+    if (seen && *seen < number && next <= *seen + 1) {
+        next = *seen + 1;
     } else {
-        configure_();
+        drawing_.plugin().setConfig(config_.text);
+        placing_.plugin().setConfig(config_.numbered);
     }
     for (; next < number; ++next) {
         std::vector<frame::Choice> const choices = telemetry_->at(next);

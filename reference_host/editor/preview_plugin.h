@@ -42,7 +42,6 @@ public:
     void forget();
 
 private:
-    void configure_();
     void bringTo_(clip::ClipFrames const& frames, std::size_t number);
     std::vector<clip::DrawnBlock> place_(clip::ClipFrames const& frames, clip::UndrawnPicture const& undrawn,
                                          std::vector<frame::Choice> const& choices);
