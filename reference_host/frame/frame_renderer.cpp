@@ -96,9 +96,11 @@ int outlinePixels(Look const& look, unsigned pictureHeight)
                : 0;
 }
 
-FrameRenderer::FrameRenderer(Look look) : look_(std::move(look)), pool_(std::make_shared<zelvo::ZelvoPicturePool>())
+FrameRenderer::FrameRenderer(Look look, std::vector<std::string> const& pluginFolders)
+    : pool_(std::make_shared<zelvo::ZelvoPicturePool>())
+    , plugin_(pluginFolders)
 {
-    imaging::openFonts(painter_, look_.font);
+    setLook(std::move(look));
     if (!plugin_.get().init(RenderInit{&backend_, &painter_})) {
         throw std::runtime_error("the overlay plugin refuses to start; build it for this program");
     }
@@ -109,6 +111,12 @@ std::string FrameRenderer::schemaFor(SwJsonObject keys)
     Choice const choice{"schema", std::make_shared<SwJsonObject const>(std::move(keys)), 1, false};
     pass(1, {choice.producer}, {choice});
     return plugin_.get().getConfigList();
+}
+
+void FrameRenderer::setLook(Look look)
+{
+    imaging::openFonts(painter_, look.font);
+    look_ = std::move(look);
 }
 
 std::shared_ptr<zelvo::ZelvoPicture> FrameRenderer::takePicture(unsigned width, unsigned height)

@@ -20,7 +20,11 @@ namespace frame {
 class FrameRenderer {
 public:
     /// Loads plugin and fonts. Throws std::runtime_error with one line.
-    explicit FrameRenderer(Look look = {});
+    explicit FrameRenderer(Look look = {}, std::vector<std::string> const& pluginFolders = programFolders());
+
+    /// How texts look from now on. Throws std::runtime_error with one line when there is no such font; then all is as
+    /// before.
+    void setLook(Look look);
 
     /// The plugin's description of its configuration once it has seen a frame with these telemetry keys.
     std::string schemaFor(SwJsonObject keys);

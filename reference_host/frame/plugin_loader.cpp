@@ -18,9 +18,9 @@ constexpr char const* kLibrary = "libstanag_overlay_plugin.so";
 constexpr char const* kOverride = "STANAG_OVERLAY_PLUGIN";
 constexpr char const* kClass = "StanagOverlayPlugin";
 
-std::string findLibrary()
+std::string findLibrary(std::vector<std::string> const& folders)
 {
-    std::vector<std::string> const candidates = pluginCandidates();
+    std::vector<std::string> const candidates = pluginCandidates(folders);
     std::string places;
     for (std::string const& candidate : candidates) {
         std::error_code ignored;
@@ -35,17 +35,21 @@ std::string findLibrary()
 
 }  // namespace
 
-std::vector<std::string> pluginCandidates()
+std::vector<std::string> programFolders()
+{
+    std::error_code ignored;
+    fs::path const folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    return {folder / ".." / "lib", folder / ".." / OVERLAY_LIBRARY_FOLDER, folder};
+}
+
+std::vector<std::string> pluginCandidates(std::vector<std::string> const& folders)
 {
     if (char const* const named = std::getenv(kOverride); named != nullptr && *named != '\0') {
         return {named};
     }
-    std::error_code ignored;
-    fs::path const folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     std::vector<std::string> candidates;
-    for (fs::path const& library :
-         {folder / ".." / "lib" / kLibrary, folder / ".." / OVERLAY_LIBRARY_FOLDER / kLibrary, folder / kLibrary}) {
-        std::string const plain = library.lexically_normal().string();
+    for (std::string const& folder : folders) {
+        std::string const plain = (fs::path(folder) / kLibrary).lexically_normal().string();
         if (candidates.empty() || candidates.back() != plain) {
             candidates.push_back(plain);
         }
@@ -65,11 +69,11 @@ struct LoadedPlugin::Impl {
     }
 };
 
-LoadedPlugin::LoadedPlugin()
+LoadedPlugin::LoadedPlugin(std::vector<std::string> const& folders)
 {
     // class_loader logs its own steps; a failure reaches us as an exception all the same.
     console_bridge::noOutputHandler();
-    std::string const library = findLibrary();
+    std::string const library = findLibrary(folders);
     try {
         impl_ = std::make_unique<Impl>(library);
     } catch (class_loader::ClassLoaderException const& failure) {

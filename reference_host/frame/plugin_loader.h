@@ -9,16 +9,19 @@
 
 namespace frame {
 
+/// Where a program has its libraries: the library folders beside its own folder in the build tree and in an installed
+/// tree, then its own folder.
+std::vector<std::string> programFolders();
+
 /// Where the plugin's library is looked for, in this order: the file that the environment variable
-/// STANAG_OVERLAY_PLUGIN names (then nowhere else), the library folders beside the program's folder in
-/// the build tree and in an installed tree, the program's own folder.
-std::vector<std::string> pluginCandidates();
+/// STANAG_OVERLAY_PLUGIN names (then nowhere else), else the folders.
+std::vector<std::string> pluginCandidates(std::vector<std::string> const& folders = programFolders());
 
 class LoadedPlugin {
 public:
     /// Loads the first candidate that exists. Throws std::runtime_error with one line that names the
     /// places and the cure.
-    LoadedPlugin();
+    explicit LoadedPlugin(std::vector<std::string> const& folders = programFolders());
     ~LoadedPlugin();
     LoadedPlugin(LoadedPlugin const&) = delete;
     LoadedPlugin& operator=(LoadedPlugin const&) = delete;

@@ -73,7 +73,7 @@ unsigned ZelvoPicture::height() const
 
 std::unique_ptr<IRenderTarget> ZelvoPicture::makeRenderTarget()
 {
-    if (!impl_->bytes) {
+    if (impl_->planes.y == nullptr) {
         return nullptr;
     }
     return std::make_unique<PictureTarget>(impl_->planes);
@@ -82,6 +82,15 @@ std::unique_ptr<IRenderTarget> ZelvoPicture::makeRenderTarget()
 }  // namespace zelvo
 
 namespace imaging {
+
+std::shared_ptr<zelvo::ZelvoPicture> wrapPlanes(MappedNV12 const& planes)
+{
+    auto picture = std::make_shared<zelvo::ZelvoPicture>(0U, 0U);
+    picture->impl().width = static_cast<unsigned>(planes.width);
+    picture->impl().height = static_cast<unsigned>(planes.height);
+    picture->impl().planes = planes;
+    return picture;
+}
 
 MappedNV12 planesOf(zelvo::ZelvoPicture& picture)
 {

@@ -37,8 +37,8 @@ struct PoolShelf {
 struct zelvo::ZelvoPicture::Impl {
     unsigned width = 0;
     unsigned height = 0;
-    std::size_t byteCount = 0;  ///< both planes with their padding
-    imaging::PictureMemory bytes;
+    std::size_t byteCount = 0;     ///< of `bytes`: both planes with their padding
+    imaging::PictureMemory bytes;  ///< none when the planes are somebody else's
     MappedNV12 planes;
 };
 

@@ -26,6 +26,18 @@ std::unique_ptr<zelvo::ZelvoPicture> takeFromShelf(PoolShelf& shelf, unsigned wi
     return picture;
 }
 
+/// Between pictures of the same size, whatever their strides.
+void copyRows(MappedNV12 const& from, MappedNV12 const& to)
+{
+    for (std::ptrdiff_t row = 0; row < from.height; ++row) {
+        std::memcpy(to.y + row * to.yStride, from.y + row * from.yStride, static_cast<std::size_t>(from.width));
+    }
+    auto const chromaBytes = static_cast<std::size_t>((from.width + 1) / 2 * 2);
+    for (std::ptrdiff_t row = 0; row < (from.height + 1) / 2; ++row) {
+        std::memcpy(to.uv + row * to.uvStride, from.uv + row * from.uvStride, chromaBytes);
+    }
+}
+
 void putOnShelf(PoolShelf& shelf, std::unique_ptr<zelvo::ZelvoPicture> picture)
 {
     std::unique_ptr<zelvo::ZelvoPicture> tooMany;
@@ -73,6 +85,8 @@ std::shared_ptr<ZelvoPicture> ZelvoPicturePool::clone(ZelvoPicture const& source
         auto const& from = source.impl();
         if (from.byteCount != 0) {
             std::memcpy(copy->impl().bytes.get(), from.bytes.get(), from.byteCount);
+        } else {
+            imaging::copyRows(from.planes, copy->impl().planes);
         }
         return copy;
     } catch (std::bad_alloc const&) {
