@@ -304,6 +304,35 @@ void getProperty(GObject* object, guint id, GValue* value, GParamSpec* spec)
     }
 }
 
+// What was drawn, for those who ask
+
+/// One text: what it says, where its first line begins, how high it is, and the box around it.
+GstStructure* structureOf(imaging::DrawnText const& draw)
+{
+    return gst_structure_new("draw", "text", G_TYPE_STRING, draw.text.c_str(), "x", G_TYPE_INT, draw.x, "y", G_TYPE_INT,
+                             draw.y, "size", G_TYPE_INT, draw.pixelSize, "left", G_TYPE_INT, draw.left, "top",
+                             G_TYPE_INT, draw.top, "right", G_TYPE_INT, draw.right, "bottom", G_TYPE_INT, draw.bottom,
+                             nullptr);
+}
+
+/// The handler of the action signal "get-draws".
+GstStructure* getDraws(GstElement* element)
+{
+    GValue draws = G_VALUE_INIT;
+    g_value_init(&draws, GST_TYPE_LIST);
+    if (auto const overlay = pictures(coreOf(element))) {
+        for (imaging::DrawnText const& draw : overlay->draws()) {
+            GValue value = G_VALUE_INIT;
+            g_value_init(&value, GST_TYPE_STRUCTURE);
+            g_value_take_boxed(&value, structureOf(draw));
+            gst_value_list_append_and_take_value(&draws, &value);
+        }
+    }
+    GstStructure* const all = gst_structure_new_empty("stanag-overlay-draws");
+    gst_structure_take_value(all, "draws", &draws);
+    return all;
+}
+
 // Video
 
 gst_overlay::PictureColor colorOf(GstVideoInfo const& info, GstCaps const* caps)
@@ -786,14 +815,26 @@ static void gst_stanag_overlay_class_init(GstStanagOverlayClass* type)
     object->get_property = getProperty;
     object->finalize = finalize;
     installProperties(object);
+    /**
+     * GstStanagOverlay::get-draws:
+     *
+     * Returns: (transfer full): the structure "stanag-overlay-draws", whose list "draws" has a structure for each text
+     * on the last picture: "text", its anchor "x" and "y", its height "size", and the box around it by "left", "top",
+     * "right" and "bottom", all in pixels
+     */
+    g_signal_new_class_handler("get-draws", G_TYPE_FROM_CLASS(type),
+                               static_cast<GSignalFlags>(G_SIGNAL_RUN_LAST | G_SIGNAL_ACTION), G_CALLBACK(getDraws),
+                               nullptr, nullptr, nullptr, GST_TYPE_STRUCTURE, 0);
 
     GstElementClass* const element = GST_ELEMENT_CLASS(type);
     element->change_state = changeState;
     element->request_new_pad = requestPad;
     element->release_pad = releasePad;
+    // First: "queue ! o." in a described pipeline, where nothing tells yet what the queue will bring, takes the first
+    // that fits, while the other sink is there already and taken by video.
+    gst_element_class_add_static_pad_template(element, &klvTemplate);
     gst_element_class_add_static_pad_template(element, &sinkTemplate);
     gst_element_class_add_static_pad_template(element, &srcTemplate);
-    gst_element_class_add_static_pad_template(element, &klvTemplate);
     gst_element_class_set_static_metadata(
         element, "STANAG telemetry overlay", "Filter/Editor/Video",
         "Draws STANAG 4609 telemetry (MISB ST 0601 KLV) as configured texts onto NV12 pictures",

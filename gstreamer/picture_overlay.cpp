@@ -3,8 +3,6 @@
 
 #include "FrameTime.h"
 #include "clip/host_keys.h"
-#include "imaging/imaging_access.h"
-
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -47,6 +45,9 @@ std::vector<std::string> moduleFolders()
 
 PictureOverlay::PictureOverlay(frame::Look look) : renderer_(load(std::move(look)))
 {
+    imaging::recordTexts(
+        renderer_.painter(), [this](imaging::DrawnText const& text) { draws_.push_back(text); },
+        imaging::RecordedTexts::Drawn);
     applyConfig_();
 }
 
@@ -140,6 +141,7 @@ bool PictureOverlay::draw(PictureMoment moment, std::function<MappedNV12()> cons
 {
     std::lock_guard const hold(lock_);
     ++frameIndex_;
+    draws_.clear();
     FrameTime const time(frameTime_(moment.runningNs));
     for (frame::Choice& choice : moment.choices) {
         complete_(choice);
@@ -167,6 +169,12 @@ std::vector<std::string> PictureOverlay::availableKeys() const
 {
     std::lock_guard const hold(lock_);
     return {keys_.begin(), keys_.end()};
+}
+
+std::vector<imaging::DrawnText> PictureOverlay::draws() const
+{
+    std::lock_guard const hold(lock_);
+    return draws_;
 }
 
 }  // namespace gst_overlay

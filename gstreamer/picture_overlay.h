@@ -3,6 +3,7 @@
 
 #include "Picture.h"
 #include "frame/frame_renderer.h"
+#include "imaging/imaging_access.h"
 #include "telemetry/derived_keys.h"
 
 #include <cstdint>
@@ -58,6 +59,8 @@ public:
     /// The plugin's description of its configuration, with the keys that telemetry has brought.
     std::string schema();
     std::vector<std::string> availableKeys() const;
+    /// What was drawn on the last picture.
+    std::vector<imaging::DrawnText> draws() const;
 
 private:
     /// A producer's packet with the keys that are derived from it.
@@ -78,6 +81,7 @@ private:
     bool hostKeysWanted_ = false;
     std::map<std::string, Completed> completed_;  ///< by producer
     std::set<std::string> keys_;
+    std::vector<imaging::DrawnText> draws_;
     std::uint64_t frameIndex_ = 0;  ///< of the last picture
     std::optional<std::uint64_t> firstNs_;
     std::uint64_t lastTime_ = 0;

@@ -55,9 +55,13 @@ struct DrawnText {
     int bottom = 0;
 };
 
-/// From now on texts are reported instead of drawn, with their boxes; measuring goes on as usual.
+/// Whether texts and boxes that are reported are drawn too.
+enum class RecordedTexts { Left, Drawn };
+
+/// From now on texts are reported instead of drawn, or as well, with their boxes; measuring goes on as usual.
 /// An empty observer ends that.
-void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer);
+void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer,
+                 RecordedTexts texts = RecordedTexts::Left);
 
 /// Opens the font for `family` so that the first text costs no more than any other: "" means DejaVu Sans or what
 /// fontconfig offers in its place, generic names ("monospace") mean what fontconfig has for them, every other must be

@@ -90,7 +90,9 @@ void Painter::drawBackgroundMapped(MappedNV12 const& target, int left, int top, 
         impl_->observed.top = top;
         impl_->observed.right = right;
         impl_->observed.bottom = bottom;
-        return;
+        if (impl_->recorded == imaging::RecordedTexts::Left) {
+            return;
+        }
     }
     impl_->boxes.draw(*planes, {left, top, right, bottom}, opacity, cornerRadius, impl_->colorOn(*planes));
 }
@@ -105,7 +107,9 @@ void Painter::drawTextMapped(MappedNV12 const& target, int x, int y, std::string
         observed.pixelSize = style.pixelSize;
         observed.pen = impl_->pen;
         impl_->observer(observed);
-        return;
+        if (impl_->recorded == imaging::RecordedTexts::Left) {
+            return;
+        }
     }
     auto const planes = drawable(target);
     if (!planes) {
@@ -130,9 +134,10 @@ void setOutline(Painter& painter, int pixels)
     painter.impl().outline = std::clamp(pixels, 0, kLargestOutline);
 }
 
-void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer)
+void recordTexts(Painter& painter, std::function<void(DrawnText const&)> observer, RecordedTexts texts)
 {
     painter.impl().observer = std::move(observer);
+    painter.impl().recorded = texts;
 }
 
 void openFonts(Painter& painter, std::string const& family)

@@ -12,6 +12,7 @@ struct Painter::Impl {
     bool fullRange = false;
     int outline = 0;  ///< pixels of the dark rim around texts
     std::function<void(imaging::DrawnText const&)> observer;
+    imaging::RecordedTexts recorded = imaging::RecordedTexts::Left;
     imaging::DrawnText observed;  ///< its box; the rest comes with the text
     imaging::TextRenderer texts;
     imaging::BoxRenderer boxes;

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Holds the arrows between the folders: framework <- host_api <- plugin, and framework, host_api <- reference
-# host, and those between the rooms of the reference host. Reads the #include lines; a quoted header belongs to
+# Holds the arrows between the folders: framework <- host_api <- plugin, framework, host_api <- reference host <-
+# gstreamer, and those between the rooms of the reference host. Reads the #include lines; a quoted header belongs to
 # the folder in which it lies.
 #   check_includes.sh SOURCE_DIR
 set -eu
@@ -43,6 +43,11 @@ forbid "configuration, conditions and formats need no host" "$host_api|class_loa
 forbid "media and text libraries belong to the reference host" "$media" \
     $(files_of framework host_api stanag_overlay_plugin tests/framework tests/host_api tests/plugin tests/support |
         grep -v '^tests/support/host/')
+forbid "GStreamer belongs to its element" 'gst/.*' \
+    $(files_of framework host_api stanag_overlay_plugin reference_host tests | grep -v '^tests/gstreamer/')
+forbid "what meets GStreamer loads the plugin and reads no stream by itself" \
+    "$plugin|(media|flight|editor|cli)/[^>\"]*|clip/(annotated|clip|live|stream|telemetry_[^w])[^>\"]*|libav[a-z]*/.*" \
+    $(files_of gstreamer)
 forbid "positions become text in the telemetry only" 'GeographicLib/.*' \
     $(files_of framework host_api stanag_overlay_plugin reference_host tests |
         grep -v '^reference_host/telemetry/')

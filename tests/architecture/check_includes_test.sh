@@ -7,9 +7,9 @@ tree=$2/tree
 
 good_tree() {
     rm -rf "$tree"
-    mkdir -p "$tree/framework" "$tree/host_api" "$tree/stanag_overlay_plugin/src" "$tree/reference_host/media" \
+    mkdir -p "$tree/gstreamer" "$tree/framework" "$tree/host_api" "$tree/stanag_overlay_plugin/src" "$tree/reference_host/media" \
         "$tree/tests/framework" "$tree/tests/host_api" "$tree/tests/plugin" "$tree/tests/support/host"
-    for room in imaging telemetry flight check frame clip cli; do
+    for room in imaging telemetry flight check frame clip editor cli; do
         mkdir "$tree/reference_host/$room"
         : >"$tree/reference_host/$room/$room.h"
     done
@@ -18,6 +18,7 @@ good_tree() {
     : >"$tree/stanag_overlay_plugin/src/stanag_overlay_config.h"
     printf '#include "Plugin.h"\n#include "SwText.h"\n' >"$tree/stanag_overlay_plugin/src/Overlay.cpp"
     printf '#include "Plugin.h"\n#include <libavformat/avformat.h>\n' >"$tree/reference_host/media/demuxer.h"
+    echo '#include <gst/gst.h>' >"$tree/gstreamer/element.h"
     echo '#include <libavformat/avformat.h>' >"$tree/tests/support/host/clips.cpp"
     printf '#include "frame/frame.h"\n#include "media/demuxer.h"\n' >"$tree/reference_host/clip/clip.h"
 }
@@ -48,6 +49,11 @@ refused reference_host/media/demuxer.h '"stanag_overlay_config.h"'
 refused tests/plugin/some_test.cpp '<CLI/CLI.hpp>'
 refused tests/support/text.cpp '<png.h>'
 refused tests/plugin/some_test.cpp '"../support/text.h"'
+refused reference_host/cli/cli.h '<gst/gst.h>'
+refused tests/plugin/some_test.cpp '<gst/gst.h>'
+refused gstreamer/element.h '"media/demuxer.h"'
+refused gstreamer/element.h '"clip/clip.h"'
+refused gstreamer/element.h '"stanag_overlay_config.h"'
 refused reference_host/cli/cli.h '<GeographicLib/MGRS.hpp>'
 refused tests/plugin/some_test.cpp '<GeographicLib/MGRS.hpp>'
 refused reference_host/clip/clip.h '"cli/cli.h"'

@@ -45,6 +45,13 @@ TEST(PluginLoader, LooksBesideTheProgramInBothTrees)
     EXPECT_NE(candidates.front().find("/lib/"), std::string::npos);
 }
 
+TEST(PluginLoader, LooksInTheFoldersThatAHostNames)
+{
+    unsetenv(kOverride);
+    EXPECT_EQ(frame::pluginCandidates({"/a/b", "/a/b/.."}),
+              (std::vector<std::string>{"/a/b/libstanag_overlay_plugin.so", "/a/libstanag_overlay_plugin.so"}));
+}
+
 TEST(PluginLoader, TakesTheNamedFileAndNoOther)
 {
     setenv(kOverride, "/nowhere/plugin.so", 1);

@@ -515,6 +515,26 @@ TEST(PainterRecording, ReportsTextsAndDrawsNothing)
     EXPECT_EQ(painter.box("ab", 3, 4, 12), box);
 }
 
+TEST(PainterRecording, ReportsTextsAndDrawsThemIfThatIsAskedFor)
+{
+    CoveragePainter plain;
+    CoveragePainter watched;
+    std::vector<imaging::DrawnText> seen;
+    imaging::recordTexts(
+        watched.painter, [&](imaging::DrawnText const& text) { seen.push_back(text); }, imaging::RecordedTexts::Drawn);
+    TestPicture expected(40, 20);
+    TestPicture picture(40, 20);
+    for (auto const& [painter, target] : {std::pair{&plain, &expected}, std::pair{&watched, &picture}}) {
+        painter->painter.drawBackgroundMapped(target->planes(), 2, 3, 30, 18, 1, 0, 0);
+        painter->draw(*target, "ab", 3, 4, 12);
+    }
+    EXPECT_EQ(picture.pixels(), expected.pixels());
+    ASSERT_EQ(seen.size(), 1U);
+    EXPECT_EQ(seen[0].text, "ab");
+    EXPECT_EQ(seen[0].left, 2);
+    EXPECT_EQ(seen[0].bottom, 18);
+}
+
 TEST(PainterFonts, OpenOnFirstUseByThemselves)
 {
     Painter painter;

@@ -144,6 +144,36 @@ TEST(PicturePool, PicturesOutliveIt)
     EXPECT_EQ(imaging::planesOf(*picture).y[0], 1);
 }
 
+TEST(Picture, WrapsPlanesThatAreSomebodyElses)
+{
+    std::vector<std::uint8_t> bytes(200, 7);
+    MappedNV12 const planes{bytes.data(), bytes.data() + 100, 5, 3, 20, 30};
+    {
+        auto const picture = imaging::wrapPlanes(planes);
+        EXPECT_EQ(picture->width(), 5U);
+        EXPECT_EQ(picture->height(), 3U);
+        auto const target = picture->makeRenderTarget();
+        ASSERT_NE(target, nullptr);
+        EXPECT_EQ(imaging::planesOf(*target).uv, planes.uv);
+        EXPECT_EQ(imaging::planesOf(*picture).uvStride, 30);
+    }
+    EXPECT_EQ(bytes, std::vector<std::uint8_t>(200, 7));
+}
+
+TEST(PicturePool, ClonesPlanesThatAreSomebodyElses)
+{
+    std::vector<std::uint8_t> bytes(200, 7);
+    bytes[2 * 20 + 4] = 1;        // the last of the luma
+    bytes[100 + 1 * 30 + 5] = 2;  // the last of the chroma
+    zelvo::ZelvoPicturePool pool;
+    auto const copy = pool.clone(*imaging::wrapPlanes({bytes.data(), bytes.data() + 100, 5, 3, 20, 30}));
+    MappedNV12 const planes = imaging::planesOf(*copy);
+    EXPECT_EQ(planes.y[0], 7);
+    EXPECT_EQ(planes.y[2 * planes.yStride + 4], 1);
+    EXPECT_EQ(planes.uv[0], 7);
+    EXPECT_EQ(planes.uv[planes.uvStride + 5], 2);
+}
+
 TEST(PicturePool, ServesSeveralThreads)
 {
     zelvo::ZelvoPicturePool pool;
