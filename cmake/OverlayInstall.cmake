@@ -21,6 +21,12 @@ if(OVERLAY_HOST)
     endif()
 endif()
 
+# Apart, for those who package: it needs GStreamer. With the prefix /usr this is GStreamer's own folder.
+if(TARGET gststanagoverlay)
+    install(TARGETS gststanagoverlay
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
+endif()
+
 install(EXPORT StanagOverlayTargets NAMESPACE StanagOverlay:: DESTINATION ${overlay_package_dir})
 configure_package_config_file(cmake/StanagOverlayConfig.cmake.in
     ${PROJECT_BINARY_DIR}/StanagOverlayConfig.cmake INSTALL_DESTINATION ${overlay_package_dir}
