@@ -53,6 +53,13 @@ TEST(Utf8, EndTakesNoBytes)
     EXPECT_EQ(sw_utf8::codePointAt("", 0).bytes, 0U);
 }
 
+TEST(Utf8, ValidReplacesEveryMalformedByte)
+{
+    EXPECT_EQ(sw_utf8::valid("A\xFF\xC3\xA9"), "A\xEF\xBF\xBD\xC3\xA9");
+    EXPECT_EQ(sw_utf8::valid("\xE2\x82z"), "\xEF\xBF\xBD\xEF\xBF\xBDz") << "one character cut, two bytes of it there";
+    EXPECT_EQ(sw_utf8::valid(""), "");
+}
+
 TEST(Utf8Writing, EveryCodePointIsWrittenAsItIsRead)
 {
     for (char32_t point = 0; point <= 0x10FFFF; ++point) {
