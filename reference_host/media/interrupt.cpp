@@ -26,6 +26,12 @@ void catchInterrupts()
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction before = {};
+    sigaction(SIGHUP, nullptr, &before);
+    if (before.sa_handler != SIG_IGN) {
+        action.sa_flags = 0;
+        sigaction(SIGHUP, &action, nullptr);
+    }
 }
 
 bool interrupted() noexcept
@@ -42,6 +48,7 @@ void settleInterrupts() noexcept
 {
     std::signal(SIGINT, SIG_IGN);
     std::signal(SIGTERM, SIG_IGN);
+    std::signal(SIGHUP, SIG_IGN);
 }
 
 }  // namespace media

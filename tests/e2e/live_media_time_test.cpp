@@ -178,13 +178,13 @@ TEST_F(LiveInput, GivesTheTextsOfTheFileAtAnyPace)
     }
 }
 
-TEST_F(LiveInput, HasNoEndOfItsOwnSoBothSignalsFinishTheFile)
+TEST_F(LiveInput, HasNoEndOfItsOwnSoSignalsFinishTheFile)
 {
     struct Row {
         int signal;
         int exitCode;
     };
-    for (Row const& row : {Row{SIGINT, 130}, Row{SIGTERM, 143}}) {
+    for (Row const& row : {Row{SIGINT, 130}, Row{SIGTERM, 143}, Row{SIGHUP, 129}}) {
         SCOPED_TRACE(row.exitCode);
         std::string const output = std::to_string(row.exitCode) + ".ts";
         Result const result = burnUntil(row.signal, output);

@@ -23,6 +23,16 @@ void noteAndExit(bool settledBefore)
     std::_Exit(media::interrupted() ? media::interruptSignal() : 0);
 }
 
+/// A terminal goes away, and says so twice.
+void loseTerminalAndExit(bool ignored)
+{
+    std::signal(SIGHUP, ignored ? SIG_IGN : SIG_DFL);
+    media::catchInterrupts();
+    std::raise(SIGHUP);
+    std::raise(SIGHUP);
+    std::_Exit(media::interrupted() ? media::interruptSignal() : 0);
+}
+
 // In processes of their own, which the signals may end.
 TEST(InterruptDeathTest, TheFirstSignalIsNotedAndLaterOnesComeTooLate)
 {
@@ -32,6 +42,13 @@ TEST(InterruptDeathTest, TheFirstSignalIsNotedAndLaterOnesComeTooLate)
 TEST(InterruptDeathTest, OnceSettledASignalChangesNothing)
 {
     EXPECT_EXIT(noteAndExit(true), testing::ExitedWithCode(0), "");
+}
+
+// Former bug: it ended the program, and with it a recording that had run for hours.
+TEST(InterruptDeathTest, ATerminalThatGoesAwayIsNotedUnlessThatIsIgnored)
+{
+    EXPECT_EXIT(loseTerminalAndExit(false), testing::ExitedWithCode(SIGHUP), "");
+    EXPECT_EXIT(loseTerminalAndExit(true), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
