@@ -89,7 +89,7 @@ void runFrame(FrameOptions const& options);
 void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);
 void runSchema(SchemaOptions const& options);
-/// Serves the editor until SIGINT or SIGTERM.
+/// Serves the editor until a signal asks it to end.
 void runEdit(EditOptions const& options);
 void runSample(SampleOptions const& options);
 /// Whether everything is taken as it stands.

@@ -11,8 +11,8 @@
 #include "media/interrupt.h"
 #include "media/live_input.h"
 #include "media/muxer.h"
+#include "media/waiting.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <stdexcept>
@@ -21,8 +21,6 @@ namespace cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr auto kReportEvery = std::chrono::seconds(10);
 
 /// How long nothing may happen until signals and reports are looked at.
 constexpr auto kLookEvery = std::chrono::milliseconds(50);
@@ -47,33 +45,27 @@ void refuseWhatIsNotLive(BurnOptions const& options)
 /// Reports every ten seconds, and what has to be known at once.
 class Reporter {
 public:
-    explicit Reporter(std::string input) : input_(std::move(input)), next_(Clock::now() + kReportEvery) {}
+    explicit Reporter(std::string input) : input_(std::move(input)), reports_(Clock::now()) {}
 
     void written(clip::LiveFrame const& frame)
     {
         if (frame.picture) {
-            delay_ = std::max(delay_, std::chrono::duration<double>(Clock::now() - frame.arrival).count());
+            reports_.sent(std::chrono::duration<double>(Clock::now() - frame.arrival).count());
         }
     }
     void look(clip::LiveClip& clip, clip::LiveWriter& writer)
     {
         noteAll(clip.takeRemarks());
         noteAll(writer.takeRemarks());
-        if (Clock::now() >= next_) {
-            next_ += kReportEvery;
+        if (reports_.isDue(Clock::now())) {
             say(clip);
         }
     }
-    void say(clip::LiveClip const& clip)
-    {
-        note(input_ + ": " + liveLine(clip.counts(), clip.telemetryAge(), delay_));
-        delay_ = 0.0;
-    }
+    void say(clip::LiveClip const& clip) { note(input_ + ": " + reports_.take(clip.counts(), clip.telemetryAge())); }
 
 private:
     std::string input_;
-    Clock::time_point next_;
-    double delay_ = 0.0;
+    LiveReports reports_;
 };
 
 void burnUntilTheEnd(media::LiveInput& input, clip::LiveClip& clip, clip::LiveWriter& writer, Reporter& reporter)
@@ -104,6 +96,7 @@ void runLiveBurn(BurnOptions const& options)
     refuseToReplace(options.output, options.input, options.config, "");
     refuseToFeedBack(options.output, options.input);
     ConfigFile const config = readConfig(options.config);
+    media::setTellWaiting(nullptr);  // live work has lines of its own, which tell more
     clip::LiveWriter writer(options.output, options.encoding);
     media::LiveInput input({options.input, options.giveUpSeconds, !isTransportStream(container)});
     clip::LiveClip clip(input.queue(), {options.input, options.telemetry, options.telemetryWaitMs / 1e3, config.text,

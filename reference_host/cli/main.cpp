@@ -1,6 +1,6 @@
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
-// code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 130 after Ctrl-C,
-// 143 after SIGTERM).
+// code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 129 when the
+// terminal has gone, 130 after Ctrl-C, 143 after SIGTERM).
 #include "SwAny.h"
 #include "check/suggestion.h"
 #include "cli/address_check.h"
@@ -11,6 +11,7 @@
 #include "media/encoder_choice.h"
 #include "media/ffmpeg_types.h"
 #include "media/interrupt.h"
+#include "media/waiting.h"
 #include "sw_number_text.h"
 
 #include <CLI/CLI.hpp>
@@ -215,7 +216,7 @@ void addLive(CLI::App& command, BurnOptions& options)
     auto* const live =
         command.add_flag("--live", options.live,
                          "INPUT is live: no waiting, opened again whenever it is lost, a line of counters "
-                         "every ten seconds; SIGINT and SIGTERM end it with exit code 0");
+                         "every ten seconds; SIGINT, SIGTERM and SIGHUP end it with exit code 0");
     command
         .add_option("--telemetry-wait", options.telemetryWaitMs,
                     "milliseconds that a live picture waits for its telemetry at most (default: 100)")
@@ -405,6 +406,7 @@ void prepareProcess()
     std::signal(SIGXFSZ, SIG_IGN);
     media::catchInterrupts();
     media::quietLibraries();
+    media::setTellWaiting(noteWaiting);
     // The type registry announces itself on its first use; nobody at a terminal needs that.
     SilentCerr const silent;
     SwAny::registerAllType();

@@ -44,6 +44,11 @@ void note(std::string const& text)
     std::cerr << "stanag-overlay: " << line << std::endl;
 }
 
+void noteWaiting(std::string const& address)
+{
+    note(address + ": nothing has come yet; waiting for somebody to send there");
+}
+
 void noteAll(std::vector<std::string> const& remarks)
 {
     for (std::string const& remark : remarks) {

@@ -20,11 +20,13 @@ struct ReaderGone : std::runtime_error {
 /// Called when a file has all that will be in it, before it is finished: after SIGTERM throws std::runtime_error with
 /// one line, so that no cut file is taken for a whole one.
 void refuseWhenTerminated(std::string const& output);
-/// After Ctrl-C says up to which second the finished file goes.
+/// After Ctrl-C, or when the terminal has gone, says up to which second the finished file goes.
 void noteWhenInterrupted(std::string const& output, double seconds);
 
 /// Writes "stanag-overlay: " and the text as one line.
 void note(std::string const& text);
+/// Says that nothing has come from the address yet.
+void noteWaiting(std::string const& address);
 /// note() for each remark.
 void noteAll(std::vector<std::string> const& remarks);
 

@@ -62,6 +62,9 @@ media::FittedBox wholeOf(media::PictureTraits const& shown)
 /// When somebody who sees nothing wants to know why.
 constexpr auto kTellWaitingAfter = std::chrono::seconds(2);
 
+/// A pause that is longer, beside the time from picture to picture, is the sender's.
+constexpr double kSenderPauseSeconds = 0.5;
+
 }  // namespace
 
 LiveClip::LiveClip(media::LiveQueue& queue, LiveClipOptions options)
@@ -102,8 +105,9 @@ std::optional<LiveFrame> LiveClip::next(media::LiveTime until)
             drain_();
             continue;
         }
-        if (!toldWaiting_ && now - began_ > kTellWaitingAfter) {
-            tellWaiting_(options_.input + ": no picture has come yet");
+        if (!toldWaiting_ && !lastVideo_ && now - began_ > kTellWaitingAfter) {
+            toldWaiting_ = true;
+            remarks_.push_back(options_.input + ": no picture has come yet; waiting for pictures");
         }
         if (now >= until || queue_.ended()) {
             return std::nullopt;
@@ -137,7 +141,7 @@ void LiveClip::take_(media::LiveItem item)
 void LiveClip::lose_(std::string const& because)
 {
     if (!lastVideo_) {
-        tellWaiting_(because);
+        tellCause_(because);
         return;
     }
     remarks_.push_back(because + "; waiting for it to come back");
@@ -145,13 +149,34 @@ void LiveClip::lose_(std::string const& because)
     drain_();
 }
 
-/// Said once, before anything has come.
-void LiveClip::tellWaiting_(std::string const& because)
+/// Said once, before anything has come; an attempt may take longer to fail than nobody is told that it lasts.
+void LiveClip::tellCause_(std::string const& because)
 {
-    if (!toldWaiting_ && !lastVideo_) {
+    if (!toldCause_) {
         remarks_.push_back(because + "; waiting for pictures");
     }
+    toldCause_ = true;
     toldWaiting_ = true;
+}
+
+/// Whoever comes into a stream sees nothing until decoding can begin.
+void LiveClip::tellUndecoded_(media::LiveTime read)
+{
+    undecodedSince_ = undecodedSince_.value_or(read);
+    if (!decodes_ && !toldUndecoded_ && read - *undecodedSince_ > kTellWaitingAfter) {
+        toldUndecoded_ = true;
+        remarks_.push_back(options_.input + ": pictures come, but none can be decoded yet; waiting for a key picture");
+    }
+}
+
+/// A stream that is asked for by --klv and is not there; said once for what the input holds.
+void LiveClip::tellMissingTelemetry_(media::LiveProgram const& program)
+{
+    std::string const missing = telemetry_.missingIn(program, options_.input);
+    if (!missing.empty() && missing != toldMissing_) {
+        toldMissing_ = missing;
+        remarks_.push_back(missing);
+    }
 }
 
 void LiveClip::open_(media::LiveItem const& item)
@@ -174,6 +199,20 @@ void LiveClip::open_(media::LiveItem const& item)
         remarks_.push_back(options_.input + ": is back after " + sw_text::secondsText(away));
     }
     lost_ = false;
+    decodes_ = false;
+    undecodedSince_.reset();
+    toldUndecoded_ = false;
+    tellMissingTelemetry_(program);
+}
+
+/// Pictures that wait in the decoder for the next ones are not late because the sender was away: that is no work.
+void LiveClip::forgetArrivalsAfterPause_(media::LiveTime read)
+{
+    double const pause = lastRead_ ? Seconds(read - *lastRead_).count() : 0.0;
+    if (pause > kSenderPauseSeconds + timeline_->intervalSeconds()) {
+        arrivals_.clear();
+    }
+    lastRead_ = read;
 }
 
 void LiveClip::takeVideo_(media::LiveItem item)
@@ -185,6 +224,7 @@ void LiveClip::takeVideo_(media::LiveItem item)
     }
     lastVideo_ = item.came;
     afterOutage_ = false;
+    forgetArrivalsAfterPause_(item.arrival);
     media::Timeline::Placed const placed = timeline_->placeVideo(known(packet.dts), soundPresentation(packet));
     packet.dts = placed.decodeTicks;
     packet.pts = placed.presentTicks;
@@ -201,6 +241,7 @@ void LiveClip::takeVideo_(media::LiveItem item)
     }
     decoder_->send(&packet);
     receive_();
+    tellUndecoded_(item.arrival);
 }
 
 void LiveClip::takeSide_(media::LiveItem item)
@@ -243,6 +284,7 @@ void LiveClip::receive_()
 {
     media::FramePtr frame = media::makeFrame();
     while (decoder_->receive(*frame)) {
+        decodes_ = true;
         Waiting waiting;
         auto const interval = std::llround(timeline_->intervalSeconds() / av_q2d(media::kLiveTimeBase));
         waiting.ticks = known(frame->best_effort_timestamp).value_or(lastTicks_ ? *lastTicks_ + interval : 0);

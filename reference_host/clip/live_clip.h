@@ -80,8 +80,11 @@ private:
 
     void take_(media::LiveItem item);
     void lose_(std::string const& because);
-    void tellWaiting_(std::string const& because);
+    void tellCause_(std::string const& because);
+    void tellUndecoded_(media::LiveTime read);
+    void tellMissingTelemetry_(media::LiveProgram const& program);
     void open_(media::LiveItem const& item);
+    void forgetArrivalsAfterPause_(media::LiveTime read);
     void takeVideo_(media::LiveItem item);
     void takeSide_(media::LiveItem item);
     void placeSides_();
@@ -108,6 +111,9 @@ private:
     std::map<std::int64_t, media::LiveTime> arrivals_;  ///< by presentation time, of packets in the decoder
     media::LiveTime now_{};                             ///< when what is worked on was read
     std::optional<media::LiveTime> lastVideo_;          ///< when the last picture came
+    std::optional<media::LiveTime> lastRead_;           ///< when it was read, which may be later
+    std::optional<media::LiveTime> undecodedSince_;     ///< the first picture's packet of this opening was read
+    bool decodes_ = false;                              ///< a picture of this opening has been decoded
     bool lost_ = false;
     bool afterOutage_ = false;  ///< no picture has come since
     bool drained_ = false;
@@ -121,7 +127,10 @@ private:
     int lastHeight_ = 0;
     std::shared_ptr<zelvo::ZelvoPicture> fitted_;  ///< a picture of another shape, before it gets its bars
     bool captions_ = false;
-    bool toldWaiting_ = false;  ///< for the first picture
+    bool toldWaiting_ = false;    ///< for the first picture
+    bool toldCause_ = false;      ///< why the first picture does not come
+    bool toldUndecoded_ = false;  ///< of this opening
+    std::string toldMissing_;     ///< of the telemetry
     media::LiveTime const began_;
 };
 

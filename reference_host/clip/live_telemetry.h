@@ -24,6 +24,11 @@ public:
     /// Throws media::UnknownChoice for a stream that cannot be meant.
     LiveTelemetry(TelemetryOptions options, telemetry::KeySelection keys);
 
+    /// One line when the chosen stream is not in the program, which lists those that are; else empty.
+    std::string missingIn(media::LiveProgram const& program, std::string const& source) const
+    {
+        return choice_.missingIn(program, source);
+    }
     /// A telemetry unit at its place.
     void add(media::SideUnit const& unit, media::LiveProgram const& program);
     /// Whether telemetry that belongs to a picture of this time is likely to come in a moment.

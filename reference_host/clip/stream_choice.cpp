@@ -36,17 +36,16 @@ std::string nameAndNumber(AVStream const& stream)
     return stream.id == 0 ? name : name + " (number " + std::to_string(stream.index) + ")";
 }
 
-[[noreturn]] void failAmong(std::string const& source, std::string const& wanted, std::vector<std::string> const& there)
+std::string missingAmong(std::string const& source, std::string const& wanted, std::vector<std::string> const& there)
 {
     if (there.empty()) {
-        throw std::runtime_error(source + ": has no KLV stream " + wanted + " and no other; leave out --klv");
+        return source + ": has no KLV stream " + wanted + " and no other; leave out --klv";
     }
     std::string list;
     for (std::string const& name : there) {
         list += (list.empty() ? "" : ", ") + name;
     }
-    throw std::runtime_error(source + ": has no KLV stream " + wanted + "; there " +
-                             (there.size() == 1 ? "is " : "are ") + list);
+    return source + ": has no KLV stream " + wanted + "; there " + (there.size() == 1 ? "is " : "are ") + list;
 }
 
 }  // namespace
@@ -86,26 +85,34 @@ bool StreamChoice::takes(std::string const& name) const
                                    : numberOf(name, 10) == number_);
 }
 
-void StreamChoice::requireIn(media::Demuxer const& demuxer) const
+std::string StreamChoice::missingIn(media::InputStreams const& streams, std::string const& source) const
 {
     if (takesAll()) {
-        return;
+        return "";
     }
     // A stream that nothing announces as telemetry is recognised by its first packet only.
     for (media::StreamKind const kind : {media::StreamKind::Klv, media::StreamKind::Data}) {
-        for (int const index : demuxer.streamsOf(kind)) {
-            AVStream const& stream = demuxer.stream(index);
+        for (int const index : streams.streamsOf(kind)) {
+            AVStream const& stream = streams.stream(index);
             AVMediaType const type = stream.codecpar->codec_type;
             if (takes(stream) && (type == AVMEDIA_TYPE_DATA || type == AVMEDIA_TYPE_UNKNOWN)) {
-                return;
+                return "";
             }
         }
     }
     std::vector<std::string> there;
-    for (int const index : demuxer.streamsOf(media::StreamKind::Klv)) {
-        there.push_back(nameAndNumber(demuxer.stream(index)));
+    for (int const index : streams.streamsOf(media::StreamKind::Klv)) {
+        there.push_back(nameAndNumber(streams.stream(index)));
     }
-    failAmong(demuxer.name(), text_, there);
+    return missingAmong(source, text_, there);
+}
+
+void StreamChoice::requireIn(media::Demuxer const& demuxer) const
+{
+    std::string const missing = missingIn(demuxer.streams(), demuxer.name());
+    if (!missing.empty()) {
+        throw std::runtime_error(missing);
+    }
 }
 
 void StreamChoice::requireAmong(std::vector<std::string> const& names, std::string const& source) const
@@ -113,7 +120,7 @@ void StreamChoice::requireAmong(std::vector<std::string> const& names, std::stri
     if (takesAll() || std::any_of(names.begin(), names.end(), [this](auto const& name) { return takes(name); })) {
         return;
     }
-    failAmong(source, text_, names);
+    throw std::runtime_error(missingAmong(source, text_, names));
 }
 
 }  // namespace clip

@@ -22,7 +22,9 @@ public:
 
     bool takesAll() const { return text_.empty(); }
     bool takes(AVStream const& stream) const;
-    /// Throws std::runtime_error with one line that lists the telemetry streams when the chosen one is not there.
+    /// One line that lists the telemetry streams when the chosen one is not there; else empty.
+    std::string missingIn(media::InputStreams const& streams, std::string const& source) const;
+    /// Throws std::runtime_error with that line.
     void requireIn(media::Demuxer const& demuxer) const;
 
     /// The same for streams that are known by streamName() only.

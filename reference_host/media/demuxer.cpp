@@ -3,6 +3,7 @@
 
 #include "media/interrupt.h"
 #include "media/tapped_input.h"
+#include "media/waiting.h"
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -130,8 +131,10 @@ struct Demuxer::Tap {
     };
 
     OpenFunction open = nullptr;               ///< FFmpeg's own
+    ArrivalTimes* arrivals = nullptr;          ///< of a live address
     std::unique_ptr<AVIOContext, Close> file;  ///< empty for bytes from a source
     std::optional<TappedInput> input;
+    std::optional<Waiting> waiting;  ///< while a live address is being opened
 
     static int onOpen(AVFormatContext* context, AVIOContext** opened, char const* url, int flags,
                       AVDictionary** options)
@@ -140,7 +143,7 @@ struct Demuxer::Tap {
         int const result = tap.open(context, opened, url, flags, options);
         if (result >= 0 && opened == &context->pb && !tap.input) {
             tap.file.reset(*opened);
-            tap.input.emplace(*tap.file);
+            tap.input.emplace(*tap.file, tap.arrivals);
             *opened = tap.input->context();
             context->flags |= AVFMT_FLAG_CUSTOM_IO;  // FFmpeg leaves closing to us
         }
@@ -195,7 +198,11 @@ std::size_t Demuxer::readStandardInput_(std::uint8_t* bytes, std::size_t size) c
 
 int Demuxer::onPoll_(void* self)
 {
-    return static_cast<Demuxer*>(self)->shallEnd_() ? 1 : 0;
+    Demuxer& demuxer = *static_cast<Demuxer*>(self);
+    if (demuxer.tap_->waiting) {
+        demuxer.tap_->waiting->look(Waiting::Clock::now());
+    }
+    return demuxer.shallEnd_() ? 1 : 0;
 }
 
 void Demuxer::open_(char const* url, AVInputFormat const* format)
@@ -206,8 +213,9 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
     }
     context->interrupt_callback = AVIOInterruptCB{&Demuxer::onPoll_, this};
     tap_ = std::make_unique<Tap>();
+    tap_->arrivals = live_.abandon ? &arrivals_ : nullptr;
     if (io_) {
-        tap_->input.emplace(*io_->context);
+        tap_->input.emplace(*io_->context, tap_->arrivals);
         context->pb = tap_->input->context();
     } else {
         tap_->open = context->io_open;
@@ -219,8 +227,12 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
         av_dict_set(&options, "probesize", kLiveProbeBytes, 0);
         av_dict_set(&options, "overrun_nonfatal", "1", 0);  // a burst that is too long loses packets, not the address
     }
+    if (isLiveAddress(name_)) {
+        tap_->waiting.emplace(name_, Waiting::Clock::now());
+    }
     // On failure the call frees the context.
     int const opened = avformat_open_input(&context, url, format, &options);
+    tap_->waiting.reset();
     av_dict_free(&options);
     if (opened < 0 && interrupted()) {
         throw std::runtime_error(name_ + ": interrupted before anything was read; start again");

@@ -2,6 +2,7 @@
 // First step of the flow: demuxer -> frame reader -> decoder -> NV12.
 #pragma once
 
+#include "media/arrival_times.h"
 #include "media/ffmpeg_types.h"
 #include "media/program_tables.h"
 
@@ -94,6 +95,9 @@ public:
     std::string const& name() const { return name_; }
     /// The next packet of any stream; false at the end, after a read error or an interrupt.
     bool read(AVPacket& packet);
+    /// Of a live address: when the first byte of a video packet came, which may have been long before it was given out;
+    /// empty when that is not known. Asked once for each packet, in stream order.
+    std::optional<ArrivalTimes::Time> cameAt(AVPacket const& packet) { return arrivals_.of(packet.pos); }
     /// What ended reading early; empty when the input simply ended.
     std::string const& readError() const { return readError_; }
 
@@ -134,6 +138,7 @@ private:
 
     std::string name_;
     LiveReading live_;              // asked by input_, as long as that lives
+    ArrivalTimes arrivals_;         // outlives tap_
     std::unique_ptr<CustomIo> io_;  // outlives tap_
     std::unique_ptr<Tap> tap_;      // outlives input_
     InputPtr input_;

@@ -24,10 +24,6 @@ constexpr milliseconds kSilence{3000};
 /// How long other streams may go on without a picture: then the pictures have moved to another stream.
 constexpr milliseconds kWithoutPictures{1000};
 
-/// Pauses from one attempt to the next grow from the first to the second. Their end bounds how late a return is seen.
-constexpr milliseconds kFirstPause{100};
-constexpr milliseconds kLongestPause{1000};
-
 constexpr milliseconds kStep{50};
 
 void copyStreams(AVFormatContext const& source, AVFormatContext& copy)
@@ -203,7 +199,7 @@ void LiveInput::readAll_(Demuxer& demuxer)
             cameInAttempt_ = true;
             lastOwnPicture = lastPacket_;
             lastPicture_ = lastPacket_;
-            pauseLength_ = milliseconds(0);
+            pauses_.cameBack();
         } else if (lastPacket_ - lastOwnPicture > kWithoutPictures) {
             lostBecause_ = options_.address + ": the pictures no longer come";
             return;
@@ -212,7 +208,7 @@ void LiveInput::readAll_(Demuxer& demuxer)
     }
 }
 
-void LiveInput::handOn_(PacketPtr packet, Demuxer const& demuxer)
+void LiveInput::handOn_(PacketPtr packet, Demuxer& demuxer)
 {
     if (!describes(*program_, demuxer)) {
         program_ = programOf(demuxer, openings_);
@@ -223,14 +219,14 @@ void LiveInput::handOn_(PacketPtr packet, Demuxer const& demuxer)
         return;
     }
     av_packet_rescale_ts(packet.get(), demuxer.stream(stream).time_base, kLiveTimeBase);
-    queue_.push({Clock::now(), program_, std::move(packet), kind, {}, lastPacket_});
+    LiveTime const came = kind == StreamKind::Video ? demuxer.cameAt(*packet).value_or(lastPacket_) : lastPacket_;
+    queue_.push({Clock::now(), program_, std::move(packet), kind, {}, came});
 }
 
 bool LiveInput::pause_()
 {
-    pauseLength_ = std::clamp(pauseLength_ * 2, kFirstPause, kLongestPause);
     // An attempt that has lasted longer is followed at once.
-    LiveTime const next = attempt_ + pauseLength_;
+    LiveTime const next = attempt_ + pauses_.next();
     for (;;) {
         LiveTime const now = Clock::now();
         if (options_.giveUpSeconds > 0.0 &&

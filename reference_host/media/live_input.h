@@ -4,6 +4,7 @@
 
 #include "media/demuxer.h"
 #include "media/live_queue.h"
+#include "media/reopening_pauses.h"
 
 #include <atomic>
 #include <cstdint>
@@ -35,7 +36,7 @@ private:
     void run_();
     void readUntilLost_();
     void readAll_(Demuxer& demuxer);
-    void handOn_(PacketPtr packet, Demuxer const& demuxer);
+    void handOn_(PacketPtr packet, Demuxer& demuxer);
     std::string nothingComes_() const;
     bool shallAbandon_();
     bool pause_();
@@ -56,7 +57,7 @@ private:
     bool ended_ = false;          ///< standard input, the only one whose end is the end
     std::string readError_;       ///< what ended reading
     std::string lostBecause_;
-    std::chrono::milliseconds pauseLength_{0};
+    ReopeningPauses pauses_;
     std::thread thread_;
 };
 

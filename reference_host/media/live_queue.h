@@ -44,7 +44,7 @@ struct LiveItem {
     PacketPtr packet{};  ///< none: the input is lost
     StreamKind kind = StreamKind::Other;
     std::string lostBecause{};
-    LiveTime came{};  ///< of a packet: when its bytes came, from silence on earlier than it was read
+    LiveTime came{};  ///< of a packet: when its bytes came; the demuxer may have held them since
 };
 
 class LiveQueue {

@@ -14,7 +14,10 @@ constexpr int kBufferBytes = 32768;
 
 }  // namespace
 
-TappedInput::TappedInput(AVIOContext& inner) : inner_(inner), buffer_(kBufferBytes)
+TappedInput::TappedInput(AVIOContext& inner, ArrivalTimes* arrivals)
+    : inner_(inner)
+    , arrivals_(arrivals)
+    , buffer_(kBufferBytes)
 {
     auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
     bool const canSeek = (inner.seekable & AVIO_SEEKABLE_NORMAL) != 0;
@@ -35,7 +38,12 @@ TappedInput::~TappedInput()
 
 int TappedInput::onRead(void* self, std::uint8_t* bytes, int size)
 {
-    return static_cast<TappedInput*>(self)->read_(bytes, size);
+    TappedInput& input = *static_cast<TappedInput*>(self);
+    int const got = input.read_(bytes, size);
+    if (got > 0 && input.arrivals_ != nullptr) {
+        input.arrivals_->came(got, ArrivalTimes::Clock::now());
+    }
+    return got;
 }
 
 int TappedInput::read_(std::uint8_t* bytes, int size)

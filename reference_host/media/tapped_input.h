@@ -1,6 +1,7 @@
 // An input whose bytes go through a TransportTap before the demuxer sees them.
 #pragma once
 
+#include "media/arrival_times.h"
 #include "media/ffmpeg_types.h"
 #include "media/transport_tap.h"
 
@@ -10,8 +11,9 @@ namespace media {
 
 class TappedInput {
 public:
-    /// `inner`, which must outlive this, is what is read from.
-    explicit TappedInput(AVIOContext& inner);
+    /// `inner`, which must outlive this, is what is read from. With `arrivals`, which must too, notes there when each
+    /// byte came.
+    explicit TappedInput(AVIOContext& inner, ArrivalTimes* arrivals = nullptr);
     ~TappedInput();
     TappedInput(TappedInput const&) = delete;
     TappedInput& operator=(TappedInput const&) = delete;
@@ -26,6 +28,7 @@ private:
     int read_(std::uint8_t* bytes, int size);
 
     AVIOContext& inner_;
+    ArrivalTimes* arrivals_;
     AVIOContext* context_;
     TransportTap tap_;
     Bytes buffer_;

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -172,6 +173,123 @@ TEST_F(LiveOutput, SilenceOnStandardInputIsAnOutage)
     std::vector<double> const times = clip_test::timesOf(file("o.ts")).video;
     ASSERT_EQ(times.size(), 50U);
     EXPECT_NEAR(times[25] - times[24], away, 0.2) << "the time in which nothing came has passed in the output too";
+}
+
+// Former bug: the demuxer's held pictures came out with what followed the silence, which then counted as none; and the
+// delay was that of a picture that had waited in the decoder for the sender.
+TEST_F(LiveOutput, AShortSilenceBeforeANewClockPassesInTheOutputToo)
+{
+    live_test::makeLiveClip({file("a.ts"), 96, 64, 90000, 50});
+    std::string const pipe = file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    constexpr double kAway = 1.5;
+    e2e::RunOptions options;
+    options.inputFile = pipe;
+    options.meanwhile = [&](int) {
+        std::ofstream input(pipe, std::ios::binary);
+        for (int round = 0; round < 3; ++round) {
+            std::this_thread::sleep_for(std::chrono::duration<double>(round == 0 ? 0.0 : kAway));
+            input << e2e::readFile(file("a.ts")) << std::flush;
+        }
+    };
+    Result const result = e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("o.ts"), "--live"}, options);
+    EXPECT_EQ(saidIn(result), Words());
+    EXPECT_NE(result.err.find(" 0 dropped, 0 reopened, "), std::string::npos) << result.err;
+    std::string const delay = "delay ";
+    EXPECT_LT(std::stoi(result.err.substr(result.err.rfind(delay) + delay.size())), 1000) << result.err;
+    std::vector<double> const times = clip_test::timesOf(file("o.ts")).video;
+    ASSERT_EQ(times.size(), 150U) << result.err;
+    for (std::size_t const first : {50U, 100U}) {
+        EXPECT_NEAR(times[first] - times[first - 1], kAway, 0.2) << first;
+    }
+}
+
+TEST_F(LiveOutput, ATelemetryStreamThatIsNotThereIsTold)
+{
+    live_test::makeLiveClip({file("a.ts"), 96, 64, 90000, 25});
+    e2e::RunOptions options;
+    options.inputFile = file("a.ts");
+    Result const result =
+        e2e::run({"burn", "-", "-c", file("c.json"), "-o", file("o.ts"), "--live", "--klv", "0x999"}, options);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(saidIn(result), (Words{"stanag-overlay: -: has no KLV stream 0x999; there is 0x101 (number 1)"}));
+    EXPECT_NE(result.err.find(": 25 pictures, "), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find(", no telemetry, "), std::string::npos) << result.err;
+}
+
+TEST_F(LiveOutput, WhoComesIntoALongGroupOfPicturesIsToldWhatIsWaitedFor)
+{
+    constexpr std::size_t kPacket = 188;
+    ffmpeg("-f lavfi -i testsrc2=s=96x64:r=25:d=8 -c:v libx264 -preset ultrafast -tune zerolatency -g 100 " +
+           file("whole.ts"));
+    std::string const bytes = e2e::readFile(file("whole.ts"));
+    e2e::writeFile(file("later.ts"), bytes.substr(bytes.size() / 8 / kPacket * kPacket));
+    int const port = live_test::freePort();
+    std::string const address = live_test::addressOf(port);
+    e2e::RunOptions options;
+    options.meanwhile = [&](int program) {
+        live_test::waitForListener(port);
+        live_test::Sender const sender(port, file("later.ts"));
+        std::this_thread::sleep_for(std::chrono::seconds(5));
+        kill(program, SIGINT);
+    };
+    Result const result = e2e::run({"burn", address, "-c", file("c.json"), "-o", file("o.ts"), "--live"}, options);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(saidIn(result), (Words{"stanag-overlay: " + address +
+                                     ": pictures come, but none can be decoded yet; "
+                                     "waiting for a key picture"}));
+    EXPECT_GT(clip_test::packetsOf(file("o.ts")).video, 10) << result.err;
+}
+
+TEST_F(LiveOutput, AnAddressToWhichNobodySendsIsTold)
+{
+    std::string const address = live_test::addressOf(live_test::freePort());
+    std::string const line =
+        "stanag-overlay: " + address + ": nothing has come yet; waiting for somebody to send there";
+    for (Words const& words :
+         {Words{"burn", address, "-c", file("c.json"), "-o", file("o.ts")}, Words{"keys", address}}) {
+        SCOPED_TRACE(words.front());
+        e2e::RunOptions options;
+        options.meanwhile = [](int program) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2800));
+            kill(program, SIGINT);
+        };
+        Result const result = e2e::run(words, options);
+        EXPECT_EQ(result.exitCode, 130);
+        ASSERT_FALSE(result.err.empty());
+        EXPECT_EQ(e2e::linesOf(result.err).front(), line);
+        EXPECT_EQ(result.err.rfind(line), 0U) << "once: " << result.err;
+    }
+}
+
+// Former bug: the terminal's end left an .mp4 without its index, under a hidden name.
+TEST_F(LiveOutput, ATerminalThatGoesAwayFinishesTheFile)
+{
+    live_test::makeLiveClip({file("a.ts"), 96, 64, 90000, 50});
+    std::string const pipe = file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (bool const live : {true, false}) {
+        SCOPED_TRACE(live);
+        std::string const output = file(live ? "live.mp4" : "file.mp4");
+        e2e::RunOptions options;
+        options.inputFile = pipe;
+        options.meanwhile = [&](int program) {
+            std::ofstream input(pipe, std::ios::binary);
+            input << e2e::readFile(file("a.ts")) << std::flush;
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            kill(program, SIGHUP);
+            kill(program, SIGHUP);
+            if (!live) {
+                input << e2e::readFile(file("a.ts")) << std::flush;  // a plain read of a pipe is not ended by signals
+            }
+            input.close();
+        };
+        Words words = {"burn", "-", "-c", file("c.json"), "-o", output};
+        words.insert(words.end(), live ? 1U : 0U, "--live");
+        Result const result = e2e::run(words, options);
+        EXPECT_EQ(result.exitCode, live ? 0 : 129) << result.err;
+        EXPECT_GT(clip_test::packetsOf(output).video, 10) << result.err;
+    }
 }
 
 TEST_F(LiveOutput, WhoWaitsSaysForWhat)

@@ -209,7 +209,7 @@ TEST_F(Live, StandardInputWithoutVideoIsAFailure)
 TEST_F(Live, SignalsLoseNoPictureThatHasCome)
 {
     live_test::makeLiveClip({file("second.ts"), 96, 64, 90000, kSecond});
-    for (int const signal : {SIGINT, SIGTERM}) {
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
         std::string const pipe = file("pipe");
         std::filesystem::remove(pipe);
@@ -340,6 +340,53 @@ INSTANTIATE_TEST_SUITE_P(Rows, Disturbances,
                                          DisturbanceRow{"with_another_size", "size.ts", 0.5, 0},
                                          DisturbanceRow{"with_another_program", "program.ts", 0.5, 0},
                                          DisturbanceRow{"with_damaged_packets", nullptr, 0.1, 40}),
+                         [](auto const& row) { return row.param.name; });
+
+struct AbsenceRow {
+    char const* name;
+    char const* clip;
+    double awaySeconds;
+};
+
+class ShortAbsences : public Live, public testing::WithParamInterface<AbsenceRow> {};
+
+// Former bug: what passed while a sender was away for less than an outage vanished from the output's time, more of it
+// each time.
+TEST_P(ShortAbsences, PassInTheOutputToo)
+{
+    AbsenceRow const& row = GetParam();
+    Receiver const receiver(out_);
+    Result const result = burnToAddress({}, [&] {
+        live_test::waitForListener(in_);
+        for (int round = 0; round < 3; ++round) {
+            pass(round == 0 ? 0.0 : row.awaySeconds);
+            Sender const sender(in_, file(row.clip));
+            pass(1.5);
+        }
+    });
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.err.find(" 0 reopened, "), std::string::npos) << result.err;
+    std::vector<Passed> const pictures = receiver.pictures();
+    ASSERT_GT(pictures.size(), 60U) << result.err;
+    EXPECT_TRUE(timesRise(pictures));
+    std::vector<double> gaps;
+    for (std::size_t number = 1; number < pictures.size(); ++number) {
+        double const step = static_cast<double>(pictures[number].ticks - pictures[number - 1].ticks) / 90000.0;
+        if (step > 0.3) {
+            gaps.push_back(step);
+        }
+    }
+    ASSERT_EQ(gaps.size(), 2U) << result.err;
+    EXPECT_NEAR(gaps[0], row.awaySeconds, 0.2);
+    EXPECT_NEAR(gaps[1], row.awaySeconds, 0.2);
+    std::string const delay = "delay ";
+    EXPECT_LT(std::stoi(result.err.substr(result.err.rfind(delay) + delay.size())), 700)
+        << "waiting for a sender is no work: " << result.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ShortAbsences,
+                         testing::Values(AbsenceRow{"with_the_old_clock", "first.ts", 2.5},
+                                         AbsenceRow{"with_a_new_clock", "clock.ts", 1.0}),
                          [](auto const& row) { return row.param.name; });
 
 struct IdentityRow {
@@ -510,7 +557,8 @@ TEST_F(Live, SlowEncodersLosePicturesButNoTelemetry)
     EXPECT_EQ(result.err.find(" 0 dropped"), std::string::npos) << result.err;
     EXPECT_LT(receiver.pictures().size(), sent * 8 / 10);
     EXPECT_GT(receiver.pictures().size(), 3U);
-    EXPECT_GT(receiver.telemetry().size(), sent * 8 / 10);
+    constexpr std::size_t kHeld = 5;  // what still was under way when the sender died
+    EXPECT_GE(receiver.telemetry().size() + kHeld, sent);
     EXPECT_TRUE(timesRise(receiver.pictures()));
 }
 

@@ -1,0 +1,26 @@
+// Asked by whoever opens a live address.
+#include "media/waiting.h"
+
+namespace media {
+namespace {
+
+constexpr auto kTellAfter = std::chrono::seconds(2);
+
+TellWaiting gTell = nullptr;
+
+}  // namespace
+
+void setTellWaiting(TellWaiting tell)
+{
+    gTell = tell;
+}
+
+void Waiting::look(Clock::time_point now)
+{
+    if (gTell != nullptr && !told_ && now - begin_ >= kTellAfter) {
+        told_ = true;
+        gTell(address_);
+    }
+}
+
+}  // namespace media

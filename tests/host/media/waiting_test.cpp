@@ -1,0 +1,48 @@
+// When somebody is told that nothing comes.
+#include "media/waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using media::Waiting;
+
+std::vector<std::string> gTold;
+
+void tell(std::string const& address)
+{
+    gTold.push_back(address);
+}
+
+Waiting::Clock::time_point at(int milliseconds)
+{
+    return Waiting::Clock::time_point(std::chrono::milliseconds(milliseconds));
+}
+
+TEST(Waiting, IsToldOnceAfterTwoSeconds)
+{
+    gTold.clear();
+    media::setTellWaiting(tell);
+    std::string const address = "udp://127.0.0.1:5000";
+    Waiting waiting(address, at(500));
+    waiting.look(at(2499));
+    EXPECT_EQ(gTold, std::vector<std::string>());
+    waiting.look(at(2500));
+    waiting.look(at(9000));
+    EXPECT_EQ(gTold, std::vector<std::string>{address});
+}
+
+TEST(Waiting, NobodyNeedsToKnow)
+{
+    gTold.clear();
+    media::setTellWaiting(nullptr);
+    std::string const address = "udp://127.0.0.1:5000";
+    Waiting waiting(address, at(0));
+    waiting.look(at(5000));
+    EXPECT_EQ(gTold, std::vector<std::string>());
+}
+
+}  // namespace
