@@ -149,7 +149,7 @@ void LiveClip::lose_(std::string const& because)
     drain_();
 }
 
-/// Said once, before anything has come; an attempt may take longer to fail than nobody is told that it lasts.
+/// Said once, before anything has come, also behind the line that says only that: some attempts take longer to fail.
 void LiveClip::tellCause_(std::string const& because)
 {
     if (!toldCause_) {
