@@ -224,10 +224,9 @@ TEST(Pipeline, SeeksWhileItPlays)
                       " ! tsdemux name=d  d. ! queue ! h264parse ! avdec_h264 ! videoconvert ! stanagoverlay name=o "
                       "config-file=" +
                       kConfig + " ! fakesink sync=true  d. ! meta/x-klv ! queue ! o.");
-    for (GstClockTime const time : {4 * GST_SECOND, GST_SECOND, 8 * GST_SECOND}) {
+    for (gint64 const time : {4 * GST_SECOND, GST_SECOND, 8 * GST_SECOND}) {
         EXPECT_EQ(gst_element_get_state(pipeline.get(), nullptr, nullptr, 20 * GST_SECOND), GST_STATE_CHANGE_SUCCESS);
-        EXPECT_TRUE(
-            gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, static_cast<gint64>(time)));
+        EXPECT_TRUE(gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, time));
     }
     EXPECT_EQ(pipeline.finish(), "eos");
     guint64 drawn = 0;
