@@ -19,8 +19,8 @@ MappedNV12 planesOf(zelvo::ZelvoPicture& picture);
 /// The planes behind a target made by ZelvoPicture::makeRenderTarget; null planes for any other target.
 MappedNV12 planesOf(IRenderTarget& target);
 
-/// A picture whose planes are somebody else's, who keeps them for the picture's lifetime. `planes` has sizes above 0 and
-/// its strides filled in.
+/// A picture whose planes are somebody else's, who keeps them for the picture's lifetime. `planes` has sizes above 0
+/// and its strides filled in.
 std::shared_ptr<zelvo::ZelvoPicture> wrapPlanes(MappedNV12 const& planes);
 
 /// A picture from the pool without copying anything into it (contents undefined). The pool keeps the
