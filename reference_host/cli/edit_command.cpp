@@ -57,6 +57,16 @@ void refuseWhatCannotBeEdited(EditOptions const& options)
     }
 }
 
+/// Stops the server before what its threads use goes.
+struct StopAtEnd {
+    explicit StopAtEnd(editor::Server& serving) : server(serving) {}
+    ~StopAtEnd() { server.stop(); }
+    StopAtEnd(StopAtEnd const&) = delete;
+    StopAtEnd& operator=(StopAtEnd const&) = delete;
+
+    editor::Server& server;
+};
+
 void waitForInterrupt()
 {
     constexpr std::chrono::milliseconds kLook(50);
@@ -79,6 +89,7 @@ void runEdit(EditOptions const& options)
     editor::EditorApi api(preview, store);
     editor::RequestHandler handler(server.port(), token, pass, api.routes());
     MutedCerr const muted;
+    StopAtEnd const stopAtEnd(server);
     server.start({[&handler](editor::Request const& head) { return handler.refuse(head); },
                   [&handler](editor::Request const& request) { return handler.answer(request); }});
     std::string const address = "http://127.0.0.1:" + std::to_string(server.port()) + "/?token=";

@@ -184,10 +184,16 @@ Server::Server(unsigned short port, ServerLimits limits) : impl_(std::make_uniqu
 
 Server::~Server()
 {
-    if (impl_->daemon != nullptr) {
-        MHD_stop_daemon(impl_->daemon);  // closes the socket too
-    } else if (impl_->socket >= 0) {
-        close(impl_->socket);
+    stop();
+}
+
+void Server::stop()
+{
+    int const socket = std::exchange(impl_->socket, -1);
+    if (MHD_Daemon* const daemon = std::exchange(impl_->daemon, nullptr)) {
+        MHD_stop_daemon(daemon);  // closes the socket too
+    } else if (socket >= 0) {
+        close(socket);
     }
 }
 

@@ -27,7 +27,7 @@ public:
     /// Takes the port, 0 for any free one, without serving yet. Throws std::runtime_error with one line when it is busy
     /// or may not be taken.
     explicit Server(unsigned short port, ServerLimits limits = {});
-    /// Ends all connections; waits for answers that are being made.
+    /// Stops.
     ~Server();
     Server(Server const&) = delete;
     Server& operator=(Server const&) = delete;
@@ -35,6 +35,8 @@ public:
     unsigned short port() const;
     /// Serves from now on, each connection on its own thread, so that no client waits for another one.
     void start(ServerCallbacks callbacks);
+    /// Ends all connections; waits for answers that are being made. What the callbacks use has to live until then.
+    void stop();
 
 private:
     struct Impl;

@@ -9,11 +9,13 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -85,6 +87,38 @@ TEST_F(Edit, PrintsItsAddressAndEndsBySignalsInGoodOrder)
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_EQ(result.err, "");
         expectUntouched();
+    }
+}
+
+// What answers were made with went before the server did.
+TEST_F(Edit, EndsInGoodOrderWhileItIsAsked)
+{
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::thread> visitors;
+        Result const result = runEdit(arguments(), [&visitors](EditSession const& session) {
+            for (int visitor = 0; visitor < 4; ++visitor) {
+                visitors.emplace_back([session, visitor] {
+                    try {
+                        for (int frame = 1; frame <= 200; ++frame) {
+                            std::string const number = std::to_string(1 + (frame * 7 + visitor) % 10);
+                            std::string const answer =
+                                session.ask("POST", "/api/preview", R"({"text": "{}", "frame": )" + number + "}");
+                            if (answer.empty()) {
+                                return;
+                            }
+                        }
+                    } catch (std::exception const&) {
+                        // The program has ended, as it should.
+                    }
+                });
+            }
+            EXPECT_EQ(statusOf(session.ask("GET", "/api/clip")), 200);
+        });
+        for (std::thread& visitor : visitors) {
+            visitor.join();
+        }
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
     }
 }
 
