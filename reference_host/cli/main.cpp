@@ -190,9 +190,10 @@ void addEncoding(CLI::App& command, media::EncoderChoice& encoding, std::optiona
     constexpr double kMostCrf = 63.0;
     constexpr int kMostThreads = 256;
     command
-        .add_option("--video-codec", encoding.codecName,
-                    "encoder by its FFmpeg name: libx264 (default; .webm: libvpx-vp9), libx265, ffv1, h264_nvenc, "
-                    "h264_vaapi, h264_qsv, ...")
+        .add_option(
+            "--video-codec", encoding.codecName,
+            "encoder by its FFmpeg name: libx264 (default), libvpx-vp9 (default of .webm), libx265, ffv1, h264_nvenc, "
+            "h264_vaapi, h264_qsv, ...")
         ->type_name("NAME");
     command
         .add_option("--preset", encoding.preset,
