@@ -230,6 +230,11 @@ function spliceRun(seed) {
 }
 
 export function jsonTextRows(rows) {
+    // Former bug: such numbers were rounded to those that a Number holds.
+    rows.row('long whole numbers keep their digits', () => expectSame(
+        setValue('{"a": 9007199254740993}', ['a'], 9007199254740992n), '{"a": 9007199254740992}'));
+    rows.row('the same long number changes nothing', () => expectSame(
+        setValue('{"a": 9007199254740993}', ['a'], 9007199254740993n), '{"a": 9007199254740993}'));
     for (const [name, text, edit, expected] of EDITS) {
         rows.row(name, () => expectSame(edit(text), expected));
     }

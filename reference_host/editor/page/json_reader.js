@@ -140,9 +140,32 @@ class Reader {
             this.fail('no value stands here');
         }
         this.at += word.length;
+        if (/[0-9]$/.test(word)) {
+            return {kind: 'number', value: numberOf(word)};
+        }
         const value = JSON.parse(word);
         return {kind: value === null ? 'null' : typeof value, value};
     }
+}
+
+/// The value of a JSON number. Whole numbers whose digits a Number does not hold, such as masks of 64 bits, are BigInt.
+export function numberOf(word) {
+    const value = Number(word);
+    return /^-?(0|[1-9][0-9]*)$/.test(word) && !Number.isSafeInteger(value) ? BigInt(word) : value;
+}
+
+/// JSON in one line of a value with such numbers; undefined of undefined.
+export function asJson(value) {
+    if (typeof value === 'bigint') {
+        return String(value);
+    }
+    if (Array.isArray(value)) {
+        return `[${value.map(asJson).join(',')}]`;
+    }
+    if (value !== null && typeof value === 'object') {
+        return `{${Object.entries(value).map(([name, item]) => `${JSON.stringify(name)}:${asJson(item)}`).join(',')}}`;
+    }
+    return JSON.stringify(value);
 }
 
 /// The root node; throws JsonError.
@@ -165,7 +188,7 @@ export function nodeAt(root, path) {
     }, root);
 }
 
-/// The plain value of a node, as JSON.parse gives it; undefined for none.
+/// The plain value of a node, numbers as numberOf gives them; undefined for none.
 export function valueOf(node) {
     if (node?.kind === 'array') {
         return node.items.map(valueOf);

@@ -2,14 +2,14 @@
 // like their neighbours. Every function takes the text and gives the new one; a change that changes nothing gives the
 // text itself. Paths are of names and indices: ['overlay', 0, 'position', 'x'].
 
-import {memberOf, nodeAt, readJson, valueOf} from './json_reader.js';
+import {asJson, memberOf, nodeAt, readJson, valueOf} from './json_reader.js';
 
 function splice(text, start, end, replacement) {
     return text.slice(0, start) + replacement + text.slice(end);
 }
 
 function isSame(one, other) {
-    return JSON.stringify(one) === JSON.stringify(other);
+    return asJson(one) === asJson(other);
 }
 
 /// How the text is laid out: line ending, one step of indentation, blanks behind colons and commas and inside of braces.
@@ -41,7 +41,7 @@ function written(value, style) {
             ([name, item]) => JSON.stringify(name) + style.colon + written(item, style));
         return members.length === 0 ? '{}' : `{${style.brace}${members.join(style.comma)}${style.brace}}`;
     }
-    return JSON.stringify(value);
+    return asJson(value);
 }
 
 /// An object with a line for each member.

@@ -6,6 +6,7 @@
 // and calls `onInput` after a person changed it.
 
 import {make} from './elements.js';
+import {asJson, numberOf} from './json_reader.js';
 
 export const UNFINISHED = Symbol('unfinished');
 
@@ -30,7 +31,7 @@ function textInput(attributes, onInput) {
 
 /// Any value in one line: texts as they are, all else as JSON.
 function asLine(value) {
-    return value === undefined ? '' : typeof value === 'string' ? value : JSON.stringify(value);
+    return value === undefined ? '' : typeof value === 'string' ? value : asJson(value);
 }
 
 function stringInput(placeholder, onInput, more = {}) {
@@ -61,7 +62,7 @@ function numberInput(schema, placeholder, onInput) {
         if (input.validity.badInput) {
             return UNFINISHED;
         }
-        return input.value === '' ? undefined : Number(input.value);
+        return input.value === '' ? undefined : numberOf(input.value);
     };
     return {
         element: input,
@@ -69,7 +70,7 @@ function numberInput(schema, placeholder, onInput) {
         read,
         show(value) {
             // A text where a number should be is shown as it is, not lost.
-            input.type = value === undefined || typeof value === 'number' ? 'number' : 'text';
+            input.type = ['undefined', 'number', 'bigint'].includes(typeof value) ? 'number' : 'text';
             input.value = asLine(value);
         },
     };
@@ -152,14 +153,14 @@ function anyInput(types, placeholder, onInput) {
         }
         const isNumber = /^-?(0|[1-9]\d*)(\.\d+)?([eE][-+]?\d+)?$/.test(typed) && Number.isFinite(Number(typed));
         if (isNumber && !wasQuoted && (types.includes('number') || (types.includes('integer') && /^-?\d+$/.test(typed)))) {
-            return Number(typed);
+            return numberOf(typed);
         }
         const isSwitch = typed === 'true' || typed === 'false';
         return isSwitch && !wasQuoted && types.includes('boolean') ? typed === 'true' : typed;
     };
     const showKind = () => {
         const value = read();
-        kind.textContent = value === undefined ? '' : {string: 'text', number: 'number', boolean: 'switch'}[typeof value];
+        kind.textContent = value === undefined ? '' : {string: 'text', number: 'number', bigint: 'number', boolean: 'switch'}[typeof value];
     };
     return {
         element: make('span', {class: 'any'}, input, kind),

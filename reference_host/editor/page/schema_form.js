@@ -2,7 +2,7 @@
 // the member is not there), and changes the text only for what a person set: a cleared field removes its member.
 
 import {iconButton, make, newId} from './elements.js';
-import {nodeAt, readJson, valueOf} from './json_reader.js';
+import {asJson, nodeAt, readJson, valueOf} from './json_reader.js';
 import {insertItem, removeItem, removeMember, renameMember, setValue} from './json_text.js';
 import {placeOf} from './places.js';
 import {defaultText, scalarInput, UNFINISHED} from './scalar_inputs.js';
@@ -95,7 +95,7 @@ class FieldRow {
         const isBeingTyped = document.activeElement === this.input.focus;
         const typed = this.input.read();
         // What a person is typing stays as typed, as long as it means what stands in the text.
-        if (!isBeingTyped || (typed !== UNFINISHED && JSON.stringify(typed) !== JSON.stringify(value))) {
+        if (!isBeingTyped || (typed !== UNFINISHED && asJson(typed) !== asJson(value))) {
             this.input.show(value);
         }
         this.input.refresh?.();
@@ -118,7 +118,7 @@ class UnknownRow {
         this.path = path;
         this.element.dataset.place = placeOf(path);
         this.element.path = path;
-        this.value.textContent = JSON.stringify(valueOf(node));
+        this.value.textContent = asJson(valueOf(node));
     }
 }
 
@@ -181,7 +181,7 @@ class ListPart {
             const input = this.inputs[index];
             this.rows.children[index].dataset.place = placeOf([...path, index]);
             this.rows.children[index].path = [...path, index];
-            if (document.activeElement !== input.focus || JSON.stringify(input.read()) !== JSON.stringify(valueOf(item))) {
+            if (document.activeElement !== input.focus || asJson(input.read()) !== asJson(valueOf(item))) {
                 input.show(valueOf(item));
             }
         });
@@ -232,7 +232,7 @@ class MapEntry {
         this.element.path = path;
         this.value.textContent = this.context.valueText(this.key);
         this.element.classList.toggle('unknown', !this.context.isKnownKey(this.key));
-        const set = (node?.members ?? []).map(({name, node: member}) => `${name} ${JSON.stringify(valueOf(member))}`);
+        const set = (node?.members ?? []).map(({name, node: member}) => `${name} ${asJson(valueOf(member))}`);
         this.summary.textContent = set.length === 0 ? 'nothing set' : set.join(' · ');
         this.members.show(node, path);
     }
@@ -374,7 +374,10 @@ export class ObjectPart {
         const names = (node?.members ?? []).map(({name}) => name).filter((name) => !this.parts.has(name));
         const known = this.unknown;
         this.unknown = new Map(names.map((name) => [name, known.get(name) ?? new UnknownRow(name, this.context)]));
-        this.unknownRows.replaceChildren(...[...this.unknown.values()].map(({element}) => element));
+        // Rows that stay are left in the page: taking them out and in again would lose the focus.
+        if (JSON.stringify([...known.keys()]) !== JSON.stringify([...this.unknown.keys()])) {
+            this.unknownRows.replaceChildren(...[...this.unknown.values()].map(({element}) => element));
+        }
         for (const [name, row] of this.unknown) {
             row.show(nodeAt(node, [name]), [...path, name]);
         }

@@ -3,6 +3,7 @@
 
 import {Completion} from './completion.js';
 import {make} from './elements.js';
+import {asJson} from './json_reader.js';
 import {placeholders} from './template_keys.js';
 
 export function templateInput(context, placeholder, onInput) {
@@ -37,7 +38,7 @@ export function templateInput(context, placeholder, onInput) {
         focus: area,
         read: () => (area.value === '' ? undefined : area.value),
         show(value) {
-            area.value = value === undefined ? '' : typeof value === 'string' ? value : JSON.stringify(value);
+            area.value = value === undefined ? '' : typeof value === 'string' ? value : asJson(value);
             fit();
             showUsed();
         },
