@@ -178,6 +178,11 @@ export async function latestRows(rows) {
         });
     }
     rows.row('one at a time, the newest next', () => expectSame([seen, most], [[1, 4], 1]));
+
+    const failing = new Latest(() => Promise.reject(new Error('failed')));
+    failing.next = {wanted: 1};
+    await failing.drain().catch(() => {});
+    rows.row('a run that throws is no run that goes on', () => expectSame(failing.isRunning, false));
 }
 
 export function moduleRows(rows) {

@@ -6,6 +6,7 @@ import contextlib
 import json
 import os
 import pathlib
+import resource
 import shutil
 import signal
 import subprocess
@@ -76,14 +77,16 @@ class PageTest(unittest.TestCase):
         cls.addClassCleanup(cls.driver.quit)
 
     @contextlib.contextmanager
-    def editing(self, text):
-        """A folder with a configuration of this text, opened in the page; gives the file."""
+    def editing(self, text, most_bytes=None):
+        """A folder with a configuration of this text, opened in the page; gives the file. The program can write files
+        of `most_bytes`."""
         with tempfile.TemporaryDirectory() as folder:
             config = pathlib.Path(folder) / "config" / "overlay.json"
             config.parent.mkdir()
             config.write_bytes(text.encode())
             program = subprocess.Popen([PROGRAM, "edit", self.clip, "-c", str(config), "--no-browser"],
-                                       stdout=subprocess.PIPE, text=True)
+                                       stdout=subprocess.PIPE, text=True, preexec_fn=None if most_bytes is None else
+                                       lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (most_bytes, most_bytes)))
             try:
                 self.open(program.stdout.readline().split()[-1])
                 yield config
@@ -258,6 +261,23 @@ class Fields(PageTest):
             self.assertEqual(self.text(), LASER.replace('"textSize": 30', '"textSize": 3'))
             self.assertEqual(config.read_text(), LASER)
 
+    def test_long_whole_numbers_keep_their_digits(self):
+        text = '{"overlay": [{"condition": {"key": "a", "bitmask": 1, "equals": 9223372036854775807}, "formatString": "A"}]}'
+        with self.editing(text) as config:
+            self.open_card(0)
+            self.unfold_all()
+            self.assertEqual(self.field("overlay[0].condition.equals").get_property("value"), "9223372036854775807")
+            for name, before, typed in (("bitmask", ' 1,', "9007199254740993"),
+                                        ("equals", " 9223372036854775807}", "9007199254740995")):
+                self.enter(f"overlay[0].condition.{name}", typed)
+                text = text.replace(before, f" {typed}{before[-1]}")
+                self.assertEqual(self.saved(config), text)
+            self.js("document.activeElement.blur()")
+            self.assertEqual(self.field("overlay[0].condition.bitmask").get_property("value"), "9007199254740993")
+
+    def unfold_all(self):
+        self.js("document.querySelectorAll('.card details').forEach((part) => { part.open = true; })")
+
     def test_formats_are_renamed_added_and_removed(self):
         with self.editing(LASER) as config:
             self.open_card(0)
@@ -320,7 +340,13 @@ class Fields(PageTest):
         with self.editing(text) as config:
             self.open_card(0)
             self.assertEqual(self.find("#findings h2").text, "3 findings")
+            # What has no field is shown in the text.
+            self.js("arguments[0].click()", next(one for one in self.driver.find_elements(By.CSS_SELECTOR, ".finding")
+                                                 if one.find_element(By.TAG_NAME, "code").text == "version"))
+            self.assertTrue(self.find("#text-panel").is_displayed())
+            self.js("document.querySelector('#blocks-tab').click()")
             self.js("arguments[0].click()", self.find('[data-place="overlay[0].textsize"] .note button'))
+            self.assertEqual(self.js("return document.activeElement"), self.field("overlay[0].textSize"))
             self.assertEqual(self.saved(config), text.replace("textsize", "textSize"))
 
 
@@ -438,6 +464,97 @@ class Blocks(PageTest):
             self.wait(lambda: frame() >= 25, "playing")
             self.press("Pause")
             self.rest()
+            self.assertNotIn(" of ", self.find("#time-text").text)
+            self.seek(10)
+            self.assertTrue(self.find("#time-text").text.endswith("frame 40 of 40"), self.find("#time-text").text)
+
+    def test_space_and_stops_belong_to_what_has_the_focus(self):
+        with self.editing(LASER):
+            frame = lambda: int(self.find("#time-text").text.split("frame ")[1].split()[0])
+            self.find("#show-grid").send_keys(Keys.SPACE)
+            self.assertTrue(self.find("#show-grid").is_selected())
+            self.assertEqual(self.find("#play").get_attribute("aria-label"), "Play")
+            self.find("#show-grid").send_keys(".")
+            self.rest()
+            self.find("#time").send_keys(".")
+            self.rest()
+            self.find("#save").send_keys(".")
+            self.rest()
+            self.assertEqual(frame(), 4)
+            self.find("#save").send_keys(",")
+            self.rest()
+            self.assertEqual(frame(), 3)
+            self.open_card(0)
+            self.field("overlay[0].formatString").send_keys(".")
+            self.rest()
+            self.assertEqual(frame(), 3)
+            self.js("document.activeElement.blur()")
+            self.find("body").send_keys(" ")
+            self.wait(lambda: frame() > 4, "playing")
+            self.find("body").send_keys(" ")
+            self.rest()
+
+    def test_switches_show_their_aids(self):
+        with self.editing(HUD):
+            for theme in ("light", "dark"):
+                self.js("const s = document.querySelector('#theme'); s.value = arguments[0];"
+                        "s.dispatchEvent(new Event('change'))", theme)
+                self.assertEqual(self.js("return document.documentElement.dataset.theme"), theme)
+                shade = self.js("return getComputedStyle(document.body).backgroundColor.match(/[0-9]+/g).map(Number)")
+                self.assertEqual(sum(shade[:3]) > 384, theme == "light", shade)
+            for switch, shown in (("#show-grid", "#grid"), ("#show-safe", "#safe")):
+                self.assertFalse(self.find(shown).is_displayed())
+                self.find(switch).click()
+                self.assertTrue(self.find(shown).is_displayed())
+                self.find(switch).click()
+                self.assertFalse(self.find(shown).is_displayed())
+            marked = "is-marked"
+            ActionChains(self.driver).move_to_element(self.outline(2)).perform()
+            self.assertIn(marked, self.find('.card[data-place="overlay[2]"]').get_attribute("class"))
+            ActionChains(self.driver).move_to_element(self.find('.card[data-place="overlay[1]"] header')).perform()
+            self.assertIn(marked, self.outline(1).get_attribute("class"))
+            self.assertNotIn(marked, self.outline(2).get_attribute("class"))
+
+    def test_without_snapping_nothing_takes_hold(self):
+        with self.editing('{"overlay": [{"formatString": "SNAP", "textSize": 60, "position": {"x": 0.2, "y": 0.3}}]}'):
+            self.find("#snap").click()
+            outline, stage = self.outline(0), self.find("#layer").rect
+            middle = stage["x"] + stage["width"] / 2 - (outline.rect["x"] + outline.rect["width"] / 2)
+            ActionChains(self.driver).click_and_hold(outline).move_by_offset(int(middle) - 4, 3).perform()
+            self.assertFalse(self.find(".guide.vertical").is_displayed())
+            ActionChains(self.driver).release().perform()
+
+    def test_an_outline_with_the_focus_stays_while_its_block_is_not_drawn(self):
+        with self.editing('{"overlay": [{"formatString": "A", "position": {"x": 0.5, "y": 0.5}}]}'):
+            self.js("arguments[0].focus()", self.outline(0))
+            self.js("document.querySelector('.card [aria-label=\"Hide for a moment\"]').click()")
+            self.rest()
+            self.assertEqual(self.js("return document.activeElement.className"), "outline")
+            self.js("document.activeElement.blur();"
+                    "document.querySelector('.card [aria-label=\"Hide for a moment\"]').click()")
+            self.rest()
+            self.outline(0).send_keys(Keys.ARROW_RIGHT)
+            self.rest()
+            self.assertEqual(self.position(0), (0.5031, 0.5))
+
+    def test_a_drag_ends_when_the_button_is_up(self):
+        with self.editing('{"overlay": [{"formatString": "A", "position": {"x": 0.5, "y": 0.5}}]}'):
+            before = self.text()
+            ActionChains(self.driver).click_and_hold(self.outline(0)).perform()
+            self.js("arguments[0].dispatchEvent(new PointerEvent('pointermove', {clientX: 9, clientY: 9, buttons: 0}))",
+                    self.outline(0))
+            ActionChains(self.driver).move_by_offset(40, 0).release().perform()
+            self.assertEqual(self.text(), before)
+
+    def test_tabs_by_arrow_keys(self):
+        with self.editing(LASER):
+            self.find("#blocks-tab").send_keys(Keys.ARROW_RIGHT)
+            self.assertTrue(self.find("#text-panel").is_displayed())
+            self.assertEqual(self.js("return document.activeElement.id"), "text-tab")
+            self.find("#text-tab").send_keys(Keys.ARROW_RIGHT)
+            self.assertFalse(self.find("#text-panel").is_displayed())
+            self.find("#blocks-tab").send_keys(Keys.ARROW_LEFT)
+            self.assertTrue(self.find("#text-panel").is_displayed())
 
 
 class Files(PageTest):
@@ -468,6 +585,7 @@ class Files(PageTest):
             self.rest()
             self.assertEqual(self.find(".numbers .is-wrong").text, "4")
             self.assertTrue(self.find(".text-error").text.startswith("Line 4, column 1"), self.find(".text-error").text)
+            self.assertEqual(self.find("#findings h2").text, "The text cannot be read (line 4)")
             self.assertTrue(self.find(".band").is_displayed())
             self.keys("s")
             self.wait(lambda: self.find("#alert").is_displayed(), "a refusal")
@@ -509,6 +627,76 @@ class Files(PageTest):
             self.answer("Save mine over it")
             self.wait(lambda: not self.find("#dirty").is_displayed(), "saving")
             self.assertEqual(config.read_bytes().decode(), self.TEXT.replace("20", "22"))
+
+    def test_the_column_of_an_error_counts_letters(self):
+        with self.editing('{"overlay": [{"formatString": "°°°°"x}]}'):
+            self.assertEqual(self.find("#findings h2").text, "The text cannot be read (line 1)")
+            self.js("document.querySelector('#text-tab').click()")
+            told = lambda: self.find(".text-error").text
+            self.assertTrue(told().startswith("Line 1, column 37:"), told())
+            self.find("#text-panel textarea").send_keys(Keys.CONTROL, Keys.END)
+            self.find("#text-panel textarea").send_keys(" ")
+            self.rest()
+            self.assertTrue(told().startswith("Line 1, column 37:"), told())
+            self.keys("z")
+            self.rest()
+
+    def test_a_file_that_is_gone_is_told(self):
+        mine = self.TEXT.replace("20", "21")
+        with self.editing(self.TEXT) as config:
+            self.change_size(21)
+            config.unlink()
+            self.keys("s")
+            self.wait(lambda: self.driver.find_elements(By.CSS_SELECTOR, "dialog[open]"), "the dialog")
+            self.assertEqual(self.find("#conflict-title").text, "The file is no longer there")
+            self.assertEqual([pane.text for pane in self.driver.find_elements(By.CSS_SELECTOR, "dialog pre")][1], "")
+            self.assertEqual(len(self.driver.find_elements(By.CSS_SELECTOR, "dialog .buttons button")), 2)
+            self.answer("Go on editing")
+            self.assertFalse(config.exists())
+            self.assertIn("no longer there", self.find("#alert").text)
+            self.keys("s")
+            self.answer("Save mine")
+            self.wait(lambda: not self.find("#dirty").is_displayed(), "saving")
+            self.assertEqual(config.read_bytes().decode(), mine)
+            self.assertFalse(self.find("#alert").is_displayed())
+
+    def test_a_file_that_cannot_grow_is_as_it_was(self):
+        with self.editing(self.TEXT, most_bytes=4096) as config:
+            long = self.TEXT.replace('"A"', json.dumps("A" * 6000)).replace("\r\n", "\n")
+            self.js("const area = document.querySelector('#text-panel textarea'); area.value = arguments[0];"
+                    "area.dispatchEvent(new Event('input', {bubbles: true}))", long)
+            self.keys("s")
+            self.wait(lambda: self.find("#alert").is_displayed(), "a message")
+            self.assertRegex(self.find("#alert").text, "^Not saved: .*(too large|limit)")
+            self.assertTrue(self.find("#dirty").is_displayed())
+            self.assertEqual(self.text(), long)
+            self.assertEqual(config.read_bytes().decode(), self.TEXT)
+            self.assertEqual([file.name for file in config.parent.iterdir()], [config.name])
+            # A picture that comes does not put right what was not saved.
+            self.seek(2)
+            self.assertIn("Not saved: ", self.find("#alert").text)
+
+    def test_troubles_with_pictures_pass_and_never_hide_an_unsaved_text(self):
+        with self.editing(self.TEXT) as config:
+            self.js("window.goodFetch = window.fetch; window.fetch = () => Promise.reject(new Error('away'))")
+            self.seek(2)
+            self.wait(lambda: self.find("#alert").text.startswith("No picture: "), "a message")
+            self.js("window.fetch = window.goodFetch")
+            self.seek(3)
+            self.wait(lambda: not self.find("#alert").is_displayed(), "the message to go")
+            self.change_size(21)
+            config.chmod(0o444)
+            self.keys("s")
+            self.wait(lambda: self.find("#alert").is_displayed(), "a message")
+            self.js("window.fetch = () => Promise.reject(new Error('away'))")
+            self.change_size(22)
+            self.seek(4)
+            self.assertTrue(self.find("#alert").text.startswith("Not saved: "), self.find("#alert").text)
+            self.js("window.fetch = window.goodFetch")
+            config.chmod(0o644)
+            self.change_size(23)
+            self.save()
+            self.wait(lambda: not self.find("#alert").is_displayed(), "the message to go")
 
     def answer(self, start):
         self.wait(lambda: self.driver.find_elements(By.CSS_SELECTOR, "dialog[open]"), "the dialog")

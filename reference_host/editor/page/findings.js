@@ -3,10 +3,11 @@
 import {make} from './elements.js';
 import {nodeAt, readJson, valueOf} from './json_reader.js';
 import {renameMember, setValue} from './json_text.js';
+import {placeOf} from './places.js';
 import {replaceKey} from './template_keys.js';
 
-/// The change of the text that takes the word that a finding offers: {word, edit}, undefined when there is none. `path`
-/// is that of the member that the finding's place names.
+/// The change of the text that takes the word that a finding offers: {word, edit, path}, undefined when there is none.
+/// `path` is that of the member that the finding's place names, and in the result where it stands afterwards.
 export function cureOf(finding, path) {
     const word = /did you mean "(.*)"\?$/.exec(finding.text)?.[1];
     if (word === undefined || path === undefined) {
@@ -15,15 +16,17 @@ export function cureOf(finding, path) {
     const missing = /^the input never delivers "(.*)"; did/.exec(finding.text)?.[1];
     if (missing === undefined) {
         const isName = finding.text.startsWith('unknown key');
-        return {word, edit: (text) => (isName ? renameMember(text, path, word) : setValue(text, path, word))};
+        return isName ? {word, edit: (text) => renameMember(text, path, word), path: [...path.slice(0, -1), word]}
+                      : {word, edit: (text) => setValue(text, path, word), path};
     }
     switch (path[path.length - 1]) {
     case 'formatString':
-        return {word, edit: (text) => setValue(text, path, replaceKey(valueOf(nodeAt(readJson(text), path)), missing, word))};
+        return {word, edit: (text) => setValue(text, path, replaceKey(valueOf(nodeAt(readJson(text), path)), missing, word)),
+                path};
     case 'formats':
-        return {word, edit: (text) => renameMember(text, [...path, missing], word)};
+        return {word, edit: (text) => renameMember(text, [...path, missing], word), path: [...path, word]};
     default:
-        return {word, edit: (text) => setValue(text, path, word)};
+        return {word, edit: (text) => setValue(text, path, word), path};
     }
 }
 
@@ -36,6 +39,13 @@ function elementFor(form, place) {
         }
     }
     return {};
+}
+
+function titleOf(findings, error) {
+    if (error) {
+        return `The text cannot be read (line ${error.line})`;
+    }
+    return findings.length === 0 ? 'No findings' : findings.length === 1 ? '1 finding' : `${findings.length} findings`;
 }
 
 function inputIn(element) {
@@ -52,10 +62,10 @@ export class Findings {
         this.shown = [];
     }
 
-    show(findings) {
+    /// `error` has the line at which the text ceases to be JSON: nothing can be said of the rest then.
+    show(findings, error) {
         this.shown = findings;
-        const title = findings.length === 0 ? 'No findings' : findings.length === 1 ? '1 finding' : `${findings.length} findings`;
-        this.list.replaceChildren(make('h2', {}, title), make('ul', {}, ...findings.map((finding) => make('li', {},
+        this.list.replaceChildren(make('h2', {}, titleOf(findings, error)), make('ul', {}, ...findings.map((finding) => make('li', {},
             make('button', {type: 'button', class: 'finding', onclick: () => this.goTo(finding.place)},
                  make('code', {}, finding.place), ' ', finding.text)))));
         this.place();
@@ -94,6 +104,8 @@ export class Findings {
     take(cure) {
         try {
             this.context.change(cure.edit);
+            // The button goes with its finding; who pressed it goes on in the field.
+            this.goTo(placeOf(cure.path));
         } catch (error) {
             this.context.say(error.message);
         }
@@ -103,12 +115,16 @@ export class Findings {
         this.reveal(place);
         this.place();
         const {element} = elementFor(this.form, place);
+        if (!element) {
+            this.context.showText();
+            return;
+        }
         for (let around = element; around; around = around.parentElement) {
             if (around.matches('details')) {
                 around.open = true;
             }
         }
-        (element && (inputIn(element) ?? element.querySelector('button')))?.focus();
-        element?.scrollIntoView({block: 'nearest'});
+        (inputIn(element) ?? element.querySelector('button'))?.focus();
+        element.scrollIntoView({block: 'nearest'});
     }
 }

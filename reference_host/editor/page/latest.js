@@ -17,11 +17,14 @@ export class Latest {
 
     async drain() {
         this.isRunning = true;
-        while (this.next) {
-            const {wanted} = this.next;
-            this.next = undefined;
-            await this.run(wanted);
+        try {
+            while (this.next) {
+                const {wanted} = this.next;
+                this.next = undefined;
+                await this.run(wanted);
+            }
+        } finally {
+            this.isRunning = false;
         }
-        this.isRunning = false;
     }
 }

@@ -19,6 +19,9 @@ import {Transport} from './transport.js';
 
 const find = (selector) => document.querySelector(selector);
 
+/// What an alert can be about, the worst first.
+const TROUBLES = ['saving', 'picture', 'checking'];
+
 class Editor {
     constructor({clip, schema, keys, config}) {
         this.clip = clip;
@@ -27,6 +30,7 @@ class Editor {
         this.derivable = keys.derivable;
         this.known = new Set([...keys.keys, ...keys.derivable]);
         this.values = {};
+        this.troubles = {};
         this.history = new History(config.text, () => this.onText());
         this.setUpPicture();
         this.setUpForm(schema);
@@ -34,7 +38,7 @@ class Editor {
         this.checker = new Latest((text) => this.check(text));
         find('#clip-name').textContent = clip.name;
         find('#config-name').textContent = config.path;
-        this.findings.show(config.findings ?? []);
+        this.findings.show(config.findings ?? [], read(config.text).error ?? config.error);
         this.onText();
         if (this.cards.cards.length > 0 && this.cards.cards.length <= 2) {
             this.cards.setOpen(0, true);
@@ -44,7 +48,7 @@ class Editor {
     setUpPicture() {
         this.player = new Player(store, find('#picture'),
             () => ({text: this.history.text, hidden: this.cards.hiddenBlocks}),
-            (facts) => this.onPicture(facts), (message) => this.alert(`No picture: ${message}`));
+            (facts) => this.onPicture(facts), (message) => this.alert('picture', `No picture: ${message}`));
         this.transport = new Transport(this.player, this.clip, find);
         this.layer = new PictureLayer(find('#layer'), {
             setPosition: (block, place, step) => this.setPosition(block, place, step),
@@ -74,6 +78,7 @@ class Editor {
             refresh: () => this.onText(),
             say: (text) => this.say(text),
             focusSoon: (place) => this.focusPlace(place),
+            showText: () => this.showText(),
             onHover: (block) => this.hover(block),
             isKnownKey: (key) => this.known.has(key),
             valueText: (key) => this.valueText(key),
@@ -139,17 +144,23 @@ class Editor {
     async check(text) {
         try {
             const {error, findings} = await store.check(text);
+            this.alert('checking', '');
             if (text === this.history.text) {
-                this.findings.show(findings);
+                const own = read(text).error;
+                this.findings.show(findings, own ?? error);
                 this.cards.showCounts(findings);
-                this.textView.showError(error);
+                // The page's own place is in letters, the program's in bytes.
+                if (!own) {
+                    this.textView.showError(error);
+                }
             }
         } catch (error) {
-            this.alert(`Not checked: ${error.message}`);
+            this.alert('checking', `Not checked: ${error.message}`);
         }
     }
 
     onPicture(facts) {
+        this.alert('picture', '');
         this.values = facts.values;
         this.layer.show(facts.boxes, facts);
         this.transport.show(facts);
@@ -183,7 +194,14 @@ class Editor {
 
     openBlock(block) {
         this.chooseTab(find('#blocks-tab'));
-        this.cards.reveal(block);
+        if (this.cards.cards[block]) {
+            this.cards.reveal(block);
+        }
+    }
+
+    showText() {
+        this.chooseTab(find('#text-tab'));
+        this.textView.area.focus();
     }
 
     revealPlace(place) {
@@ -201,16 +219,18 @@ class Editor {
     onKey(event) {
         const isCommand = event.ctrlKey || event.metaKey;
         const key = event.key.toLowerCase();
-        const isInField = event.target.matches?.('input:not([type=checkbox]), textarea, select, button, summary');
+        // The space bar belongs to whatever it presses or writes into, a comma only to what it can be written into.
+        const takesSpace = event.target.matches?.('input, textarea, select, button, summary');
+        const takesLetters = event.target.matches?.('input:not([type=checkbox]):not([type=range]), textarea, select');
         const act = isCommand ? {
             s: () => this.save(),
             z: () => (event.shiftKey ? this.history.redo() : this.history.undo()),
             y: () => this.history.redo(),
-        }[key] : !isInField && !event.altKey ? {
-            ' ': () => this.transport.playOrStop(),
-            ',': () => this.player.step(-1),
-            '.': () => this.player.step(1),
-        }[key] : undefined;
+        }[key] : event.altKey ? undefined : {
+            ' ': takesSpace ? undefined : () => this.transport.playOrStop(),
+            ',': takesLetters ? undefined : () => this.player.step(-1),
+            '.': takesLetters ? undefined : () => this.player.step(1),
+        }[key];
         if (act && !find('dialog[open]')) {
             event.preventDefault();
             act();
@@ -233,30 +253,32 @@ class Editor {
         try {
             this.config.etag = (await store.save(text, etag)).etag;
             this.history.markSaved(text);
-            this.alert('');
+            this.alert('saving', '');
             this.say(`Saved ${this.config.path}`);
         } catch (error) {
             if (error.status === 412) {
                 await this.settle(text, error.answer);
             } else {
-                this.alert(`Not saved: ${error.message}`);
+                this.alert('saving', `Not saved: ${error.message}`);
             }
         }
     }
 
     /// The file is not the one that was read: the person chooses.
     async settle(text, onDisk) {
-        const choice = await askAboutConflict(text, onDisk.text);
+        const isGone = onDisk.etag === '';
+        const choice = await askAboutConflict(text, isGone ? undefined : onDisk.text);
         if (choice === 'mine') {
             await this.saveText(text, onDisk.etag);
         } else if (choice === 'theirs') {
             this.config.etag = onDisk.etag;
             this.history.change(onDisk.text);
             this.history.markSaved(onDisk.text);
-            this.alert('');
+            this.alert('saving', '');
             this.say('This is the text on the disk. Undo brings yours back.');
         } else {
-            this.alert('Not saved: the file has changed on the disk. Your text is still here.');
+            const what = isGone ? 'is no longer there' : 'has changed on the disk';
+            this.alert('saving', `Not saved: the file ${what}. Your text is still here.`);
         }
     }
 
@@ -268,11 +290,20 @@ class Editor {
         }, 6000);
     }
 
-    /// What must not be overlooked stays until it is put right or closed.
-    alert(text) {
+    /// What must not be overlooked stays until it is put right or closed; `text` is '' when it is. Of several troubles
+    /// the one shown is the first of TROUBLES.
+    alert(about, text) {
+        this.troubles[about] = text;
+        const worst = TROUBLES.find((trouble) => this.troubles[trouble]);
+        const shown = this.troubles[worst] ?? '';
+        // What stands there unchanged is not said again because of another trouble.
+        if (shown === this.alerted && shown !== text) {
+            return;
+        }
+        this.alerted = shown;
         const place = find('#alert');
-        place.hidden = text === '';
-        place.replaceChildren(text, ' ', make('button', {type: 'button', class: 'small', onclick: () => this.alert('')}, 'Close'));
+        place.hidden = shown === '';
+        place.replaceChildren(shown, ' ', make('button', {type: 'button', class: 'small', onclick: () => this.alert(worst, '')}, 'Close'));
     }
 }
 
@@ -294,6 +325,8 @@ async function start() {
         const place = find('#alert');
         place.hidden = false;
         place.textContent = `The editor cannot start: ${error.message}`;
+    } finally {
+        find('#status').textContent = '';
     }
 }
 

@@ -30,7 +30,7 @@ export class PictureLayer {
         const present = new Set(boxes.map(({block}) => block));
         for (const [block, outline] of this.outlines) {
             // What has the focus or is being dragged stays until it is let go.
-            if (!present.has(block)) {
+            if (!present.has(block) && this.drag?.block !== block && outline !== document.activeElement) {
                 outline.remove();
                 this.outlines.delete(block);
             }
@@ -87,7 +87,7 @@ export class PictureLayer {
     }
 
     start(event, block) {
-        if (event.button !== 0) {
+        if (event.button !== 0 || !this.boxOf(block)) {
             return;
         }
         event.currentTarget.setPointerCapture(event.pointerId);
@@ -99,6 +99,11 @@ export class PictureLayer {
     move(event) {
         const {drag} = this;
         if (!drag) {
+            return;
+        }
+        // The button was let go where nobody told the page.
+        if (event.buttons === 0) {
+            this.end();
             return;
         }
         const [byX, byY] = [event.clientX - drag.startX, event.clientY - drag.startY];

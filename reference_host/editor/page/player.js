@@ -78,6 +78,7 @@ export class Player {
 
     /// The next picture, where the clock is by then, but not more often than ten times a second.
     playOn() {
+        clearTimeout(this.timer);
         if (this.facts.last) {
             this.stop();
             return;
@@ -93,7 +94,9 @@ export class Player {
         clearTimeout(this.timer);
         if (this.isPlaying) {
             this.isPlaying = false;
-            this.onShown(this.facts);
+            if (this.facts) {
+                this.onShown(this.facts);
+            }
         }
     }
 }

@@ -56,6 +56,9 @@ export class Transport {
         if (facts.last || facts.seconds > Number(this.slider.max)) {
             this.slider.max = String(facts.seconds);
         }
+        if (facts.last) {
+            this.clip.frames = facts.frame;
+        }
         if (!this.isHeld) {
             this.slider.value = String(facts.seconds);
         }
