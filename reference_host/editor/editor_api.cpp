@@ -159,7 +159,7 @@ Response EditorApi::saveConfig_(SwJsonObject const& body)
         std::string const place = read.fault->place ? "line " + std::to_string(read.fault->place->line) + ", column " +
                                                           std::to_string(read.fault->place->column) + ": "
                                                     : "";
-        throw RequestFailure(422, "not saved: " + place + read.fault->text);
+        throw RequestFailure(422, place + read.fault->text);
     }
     try {
         std::optional<StoredText> const other = store_->save(text, etag);

@@ -166,9 +166,9 @@ TEST_F(EditorApi, ShowsBothWhenTheFileWasChangedMeanwhile)
 TEST_F(EditorApi, SavesNothingThatIsNoConfiguration)
 {
     EXPECT_EQ(askJson(422, "PUT", "/api/config", save("{\"overlay\": [", ""))["error"].toString(),
-              "not saved: line 1, column 14: Unterminated JSON array; mend the JSON there");
+              "line 1, column 14: Unterminated JSON array; mend the JSON there");
     EXPECT_EQ(askJson(422, "PUT", "/api/config", save("{}", ""))["error"].toString(),
-              "not saved: \"overlay\" is missing; write {\"overlay\": [ ... ]}");
+              "\"overlay\" is missing; write {\"overlay\": [ ... ]}");
     EXPECT_EQ(askJson(400, "PUT", "/api/config", R"({"text": "{\"overlay\":[]}"})")["error"].toString(),
               "\"etag\" is a text");
     EXPECT_EQ(askJson(400, "PUT", "/api/config", R"({"text": 5, "etag": ""})")["error"].toString(),
