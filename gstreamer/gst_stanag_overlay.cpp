@@ -2,7 +2,7 @@
 // them; what is drawn stands in picture_overlay.h, what telemetry they wait for in telemetry_inbox.h.
 #include "gst_stanag_overlay.h"
 
-#include "config_text.h"
+#include "check/config_text.h"
 #include "picture_overlay.h"
 #include "telemetry_inbox.h"
 
@@ -14,7 +14,9 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 GST_DEBUG_CATEGORY_STATIC(stanag_overlay_debug);
 #define GST_CAT_DEFAULT stanag_overlay_debug
@@ -174,8 +176,8 @@ void useConfig(GstStanagOverlay* self, std::string config, std::string file)
 void setConfig(GstStanagOverlay* self, char const* config)
 {
     std::string const text = config == nullptr ? R"({"overlay":[]})" : config;
-    if (std::string const fault = gst_overlay::faultOf(text); !fault.empty()) {
-        warnOfSetting(self, "config: " + fault);
+    if (check::ConfigText const read = check::readConfigText(text); read.fault) {
+        warnOfSetting(self, "config: " + check::lineOf(*read.fault));
         return;
     }
     useConfig(self, text, "");
@@ -187,7 +189,11 @@ void setConfigFile(GstStanagOverlay* self, char const* path)
         return;
     }
     try {
-        useConfig(self, gst_overlay::readConfigFile(path), path);
+        std::string text = check::readConfigFile(path);
+        if (check::ConfigText const read = check::readConfigText(text); read.fault) {
+            throw std::runtime_error(std::string(path) + ": " + check::lineOf(*read.fault));
+        }
+        useConfig(self, std::move(text), path);
     } catch (std::exception const& failure) {
         warnOfSetting(self, failure.what());
     }

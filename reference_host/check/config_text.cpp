@@ -4,9 +4,14 @@
 #include "sw_text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace check {
@@ -49,6 +54,30 @@ TextPlace placeIn(std::string const& text, std::size_t index)
     auto const line = std::count(text.begin(), end, '\n') + 1;
     auto const lineStart = std::find(std::make_reverse_iterator(end), text.rend(), '\n').base();
     return {static_cast<std::size_t>(line), static_cast<std::size_t>(end - lineStart) + 1};
+}
+
+std::string lineOf(TextFault const& fault)
+{
+    return fault.place ? "line " + std::to_string(fault.place->line) + ", column " +
+                             std::to_string(fault.place->column) + ": " + fault.text
+                       : fault.text;
+}
+
+std::string readConfigFile(std::string const& path)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) {
+        throw std::runtime_error(path + ": is a folder; give a configuration file");
+    }
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (!file.is_open() || file.bad()) {
+        int const reason = errno == 0 ? EIO : errno;
+        throw std::runtime_error(path + ": cannot be read: " + std::strerror(reason) +
+                                 (reason == EACCES ? "; make it readable" : "; check the path"));
+    }
+    return text;
 }
 
 ConfigText readConfigText(std::string const& text)

@@ -1,4 +1,5 @@
-// What makes a text no configuration at all, with its place: the plugin silently takes such a text for an empty one.
+// A configuration's file and what makes its text no configuration at all, with its place: the plugin silently takes
+// such a text for an empty one.
 #pragma once
 
 #include "SwJson.h"
@@ -24,10 +25,17 @@ struct TextFault {
     std::string text;  ///< "Expected ',' or '}' in object; mend the JSON there"
 };
 
+/// The fault in one line: "line 3, column 7: Expected ',' or '}' in object; mend the JSON there".
+std::string lineOf(TextFault const& fault);
+
 struct ConfigText {
     SwJsonObject root;               ///< empty with a fault
     std::optional<TextFault> fault;  ///< none: an object with an array "overlay"
 };
+
+/// The bytes of a configuration's file, whatever they are. Throws std::runtime_error with one line that names the path
+/// and the cure when it is a folder or cannot be read.
+std::string readConfigFile(std::string const& path);
 
 /// Reads a configuration's text as the plugin does: {"overlay":[],} is one, "{}" is none.
 ConfigText readConfigText(std::string const& text);

@@ -156,10 +156,7 @@ Response EditorApi::saveConfig_(SwJsonObject const& body)
     std::string const& text = textMember(body, "text");
     std::string const& etag = textMember(body, "etag");
     if (check::ConfigText const read = check::readConfigText(text); read.fault) {
-        std::string const place = read.fault->place ? "line " + std::to_string(read.fault->place->line) + ", column " +
-                                                          std::to_string(read.fault->place->column) + ": "
-                                                    : "";
-        throw RequestFailure(422, place + read.fault->text);
+        throw RequestFailure(422, check::lineOf(*read.fault));
     }
     try {
         std::optional<StoredText> const other = store_->save(text, etag);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -43,6 +44,27 @@ TEST(PlaceIn, CountsLinesAndColumnsFromOne)
     EXPECT_EQ(place(6), "3:1");
     EXPECT_EQ(place(8), "4:2");
     EXPECT_EQ(place(999), "4:2");
+}
+
+TEST(LineOf, IsOneLineWithItsPlaceIfItHasOne)
+{
+    EXPECT_EQ(check::lineOf({check::TextPlace{3, 7}, "wrong"}), "line 3, column 7: wrong");
+    EXPECT_EQ(check::lineOf({{}, "wrong"}), "wrong");
+}
+
+TEST(ReadConfigFile, AFileThatCannotBeReadIsNamedWithACure)
+{
+    auto const messageFor = [](char const* path) -> std::string {
+        try {
+            check::readConfigFile(path);
+            return "read";
+        } catch (std::runtime_error const& failure) {
+            return failure.what();
+        }
+    };
+    EXPECT_EQ(messageFor("/"), "/: is a folder; give a configuration file");
+    EXPECT_EQ(messageFor("/no/such/c.json"),
+              "/no/such/c.json: cannot be read: No such file or directory; check the path");
 }
 
 }  // namespace
