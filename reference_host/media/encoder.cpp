@@ -1,6 +1,8 @@
 // Encoding; between annotated picture and muxer.
 #include "media/encoder.h"
 
+#include "media/nv12_strides.h"
+
 extern "C" {
 #include <libavutil/buffer.h>
 }
@@ -56,7 +58,7 @@ void copyRows(std::uint8_t const* from, int fromStride, std::uint8_t* to, int to
 /// An odd picture in even planes: the last column and row are repeated. Chroma has that size already.
 void extendToEven(MappedNV12 const& planes, AVFrame& even)
 {
-    copyRows(planes.y, planes.yStride, even.data[0], even.linesize[0], planes.width, planes.height);
+    copyRows(planes.y, lumaStride(planes), even.data[0], even.linesize[0], planes.width, planes.height);
     if (even.width > planes.width) {
         for (int row = 0; row < planes.height; ++row) {
             std::uint8_t* const line = even.data[0] + static_cast<std::ptrdiff_t>(row) * even.linesize[0];
@@ -67,7 +69,7 @@ void extendToEven(MappedNV12 const& planes, AVFrame& even)
         std::uint8_t* const last = even.data[0] + static_cast<std::ptrdiff_t>(planes.height) * even.linesize[0];
         std::memcpy(last, last - even.linesize[0], static_cast<std::size_t>(even.width));
     }
-    copyRows(planes.uv, planes.uvStride, even.data[1], even.linesize[1], even.width, even.height / 2);
+    copyRows(planes.uv, chromaStride(planes), even.data[1], even.linesize[1], even.width, even.height / 2);
 }
 
 FramePtr makePlanes(AVPixelFormat format, int width, int height)
@@ -115,8 +117,8 @@ FramePtr borrowPlanes(MappedNV12 const& planes, std::shared_ptr<void const> cons
     frame->height = planes.height;
     frame->data[0] = planes.y;
     frame->data[1] = planes.uv;
-    frame->linesize[0] = planes.yStride == 0 ? planes.width : planes.yStride;
-    frame->linesize[1] = planes.uvStride == 0 ? evenUp(planes.width) : planes.uvStride;
+    frame->linesize[0] = lumaStride(planes);
+    frame->linesize[1] = chromaStride(planes);
     frame->buf[0] = borrowPlane(planes.y, frame->linesize[0], planes.height, owner);
     frame->buf[1] = borrowPlane(planes.uv, frame->linesize[1], evenUp(planes.height) / 2, owner);
     return frame;
@@ -204,8 +206,8 @@ FramePtr Encoder::makePlain_(MappedNV12 const& planes, std::shared_ptr<void cons
     if (extended_) {
         extendToEven(planes, *frame);
     } else {
-        copyRows(planes.y, planes.yStride, frame->data[0], frame->linesize[0], planes.width, planes.height);
-        copyRows(planes.uv, planes.uvStride, frame->data[1], frame->linesize[1], evenUp(planes.width),
+        copyRows(planes.y, lumaStride(planes), frame->data[0], frame->linesize[0], planes.width, planes.height);
+        copyRows(planes.uv, chromaStride(planes), frame->data[1], frame->linesize[1], evenUp(planes.width),
                  evenUp(planes.height) / 2);
     }
     if (takesNv12_()) {

@@ -1,6 +1,8 @@
 // Bars around pictures whose shape is not the output's; used for live pictures that change their size.
 #include "media/fitted_picture.h"
 
+#include "media/nv12_strides.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -41,11 +43,6 @@ void copyRows(std::uint8_t* to, int toStride, std::uint8_t const* from, int from
     }
 }
 
-int strideOr(int stride, int fallback)
-{
-    return stride == 0 ? fallback : stride;
-}
-
 }  // namespace
 
 FittedBox fitInto(int outerWidth, int outerHeight, AVRational outerPixel, int width, int height, AVRational pixel)
@@ -64,14 +61,14 @@ void placeInto(MappedNV12 const& outer, FittedBox const& box, MappedNV12 const& 
     constexpr int kBlackLimited = 16;
     constexpr int kNoColor = 128;
     int const evenWidth = (outer.width + 1) / 2 * 2;
-    int const yStride = strideOr(outer.yStride, outer.width);
-    int const uvStride = strideOr(outer.uvStride, evenWidth);
+    int const yStride = lumaStride(outer);
+    int const uvStride = chromaStride(outer);
     fillRows(outer.y, yStride, outer.height, outer.width, color.fullRange ? 0 : kBlackLimited);
     fillRows(outer.uv, uvStride, (outer.height + 1) / 2, evenWidth, kNoColor);
-    copyRows(outer.y + std::ptrdiff_t{box.y} * yStride + box.x, yStride, inner.y, strideOr(inner.yStride, inner.width),
-             box.height, box.width);
-    copyRows(outer.uv + std::ptrdiff_t{box.y / 2} * uvStride + box.x, uvStride, inner.uv,
-             strideOr(inner.uvStride, inner.width), box.height / 2, box.width);
+    copyRows(outer.y + std::ptrdiff_t{box.y} * yStride + box.x, yStride, inner.y, lumaStride(inner), box.height,
+             box.width);
+    copyRows(outer.uv + std::ptrdiff_t{box.y / 2} * uvStride + box.x, uvStride, inner.uv, chromaStride(inner),
+             box.height / 2, box.width);
 }
 
 }  // namespace media

@@ -1,6 +1,8 @@
 // Pixel format conversion by libswscale; between decoder and picture, and between picture and encoder.
 #include "media/frame_converter.h"
 
+#include "media/nv12_strides.h"
+
 extern "C" {
 #include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
@@ -57,11 +59,6 @@ int matrixOf(ColorFormat color)
     return color.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601;
 }
 
-int strideOr(int stride, int fallback)
-{
-    return stride == 0 ? fallback : stride;
-}
-
 struct Planes {
     std::array<std::uint8_t*, 4> data{};
     std::array<int, 4> strides{};
@@ -71,7 +68,7 @@ Planes planesOf(MappedNV12 const& nv12)
 {
     Planes planes;
     planes.data = {nv12.y, nv12.uv, nullptr, nullptr};
-    planes.strides = {strideOr(nv12.yStride, nv12.width), strideOr(nv12.uvStride, (nv12.width + 1) / 2 * 2), 0, 0};
+    planes.strides = {lumaStride(nv12), chromaStride(nv12), 0, 0};
     return planes;
 }
 

@@ -1,6 +1,8 @@
 // Quarter turns and flips of NV12 pictures; between the decoder's picture and the one that is drawn on.
 #include "media/orientation.h"
 
+#include "media/nv12_strides.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -19,13 +21,13 @@ struct Plane {
 
 Plane lumaOf(MappedNV12 const& nv12)
 {
-    return {nv12.y, nv12.yStride == 0 ? nv12.width : nv12.yStride, nv12.width, nv12.height};
+    return {nv12.y, lumaStride(nv12), nv12.width, nv12.height};
 }
 
 Plane chromaOf(MappedNV12 const& nv12)
 {
     int const width = (nv12.width + 1) / 2;
-    return {nv12.uv, nv12.uvStride == 0 ? width * 2 : nv12.uvStride, width, (nv12.height + 1) / 2};
+    return {nv12.uv, chromaStride(nv12), width, (nv12.height + 1) / 2};
 }
 
 /// Rows are written one after the other; columns are read in blocks, so that the lines of the cache that one of them
