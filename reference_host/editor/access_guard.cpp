@@ -1,6 +1,8 @@
 // The checks of a request's head, before anything else looks at it.
 #include "editor/access_guard.h"
 
+#include "editor/hex_text.h"
+
 #include <openssl/crypto.h>
 #include <openssl/rand.h>
 
@@ -59,13 +61,7 @@ std::string randomToken()
     if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
         throw std::runtime_error("the system gives no random bytes for the address of the page");
     }
-    constexpr char const* kDigits = "0123456789abcdef";
-    std::string token;
-    for (unsigned char const byte : bytes) {
-        token += kDigits[byte >> 4U];
-        token += kDigits[byte & 0xFU];
-    }
-    return token;
+    return hexText(bytes);
 }
 
 // Browsers send a host's cookies to all of its ports: with the port in its name, the cookies of two editors stand side

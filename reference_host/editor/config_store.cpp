@@ -2,6 +2,7 @@
 #include "editor/config_store.h"
 
 #include "editor/access_guard.h"
+#include "editor/hex_text.h"
 #include "sw_utf8.h"
 
 #include <array>
@@ -269,13 +270,7 @@ std::string etagOf(std::string const& text)
 {
     std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
     SHA256(reinterpret_cast<unsigned char const*>(text.data()), text.size(), digest.data());
-    constexpr char const* kDigits = "0123456789abcdef";
-    std::string etag;
-    for (unsigned char const byte : digest) {
-        etag += kDigits[byte >> 4U];
-        etag += kDigits[byte & 0xFU];
-    }
-    return etag;
+    return hexText(digest);
 }
 
 ConfigStore::ConfigStore(std::string path) : path_(std::move(path)), absolute_(fs::absolute(path_).string()) {}
