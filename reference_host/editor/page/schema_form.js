@@ -27,6 +27,12 @@ function clearMember(text, path, isGroupMember) {
     return isGroupMember && isEmpty ? removeMember(removed, parent) : removed;
 }
 
+/// Findings are shown at the element of the member that they name.
+function standAt(element, path) {
+    element.dataset.place = placeOf(path);
+    element.path = path;
+}
+
 /// The row of one member: label, input, a button that clears it, its hint, and a place for findings.
 class FieldRow {
     constructor(name, schema, context, owner) {
@@ -84,8 +90,7 @@ class FieldRow {
     show(node, path) {
         this.node = node;
         this.path = path;
-        this.element.dataset.place = placeOf(path);
-        this.element.path = path;
+        standAt(this.element, path);
         this.element.classList.toggle('is-set', node !== undefined);
         this.clear.hidden = node === undefined;
         if (this.empty) {
@@ -116,8 +121,7 @@ class UnknownRow {
 
     show(node, path) {
         this.path = path;
-        this.element.dataset.place = placeOf(path);
-        this.element.path = path;
+        standAt(this.element, path);
         this.value.textContent = asJson(valueOf(node));
     }
 }
@@ -168,8 +172,7 @@ class ListPart {
     show(node, path) {
         this.node = node;
         this.path = path;
-        this.element.dataset.place = placeOf(path);
-        this.element.path = path;
+        standAt(this.element, path);
         this.element.classList.toggle('is-set', node !== undefined);
         const items = node?.kind === 'array' ? node.items : [];
         if (items.length !== this.inputs.length) {
@@ -179,8 +182,7 @@ class ListPart {
         }
         items.forEach((item, index) => {
             const input = this.inputs[index];
-            this.rows.children[index].dataset.place = placeOf([...path, index]);
-            this.rows.children[index].path = [...path, index];
+            standAt(this.rows.children[index], [...path, index]);
             if (document.activeElement !== input.focus || asJson(input.read()) !== asJson(valueOf(item))) {
                 input.show(valueOf(item));
             }
@@ -228,8 +230,7 @@ class MapEntry {
 
     show(node, path) {
         this.path = path;
-        this.element.dataset.place = placeOf(path);
-        this.element.path = path;
+        standAt(this.element, path);
         this.value.textContent = this.context.valueText(this.key);
         this.element.classList.toggle('unknown', !this.context.isKnownKey(this.key));
         const set = (node?.members ?? []).map(({name, node: member}) => `${name} ${asJson(valueOf(member))}`);
@@ -306,8 +307,7 @@ class FoldedPart {
     }
 
     show(node, path) {
-        this.element.dataset.place = placeOf(path);
-        this.element.path = path;
+        standAt(this.element, path);
         this.element.classList.toggle('is-set', node !== undefined);
         this.count.textContent = node?.members?.length ? String(node.members.length) : '';
         if (!this.wasShown) {
@@ -327,8 +327,7 @@ class GroupPart {
     }
 
     show(node, path) {
-        this.element.dataset.place = placeOf(path);
-        this.element.path = path;
+        standAt(this.element, path);
         this.inner.show(node, path);
     }
 }
