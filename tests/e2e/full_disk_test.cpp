@@ -49,14 +49,23 @@ private:
     int error_ = 0;
 };
 
-TEST(FullDisk, LeavesNoHalfFile)
-{
-    media_test::TempFolder const folder;
-    SmallDisk const disk(folder.file("disk"));
-    if (disk.error() != 0) {
-        GTEST_SKIP() << "no small disk can be mounted here: " << std::strerror(disk.error())
-                     << "; run as root. A file that may not grow is tested in e2e_hard_files_test all the same.";
+/// Mounting needs root and a machine that lets it; elsewhere files that may not grow stand for the full disk, in
+/// e2e_hard_files_test and e2e_edit_test.
+class FullDisk : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (disk.error() != 0) {
+            GTEST_SKIP() << "no small disk can be mounted here: " << std::strerror(disk.error()) << "; run as root";
+        }
     }
+
+    media_test::TempFolder const folder;
+    SmallDisk const disk{folder.file("disk")};
+};
+
+TEST_F(FullDisk, LeavesNoHalfFile)
+{
     clip_test::makeClip({folder.file("a.ts"), 320, 240, 200, "mpeg2video"});
     e2e::writeFile(folder.file("c.json"), R"({"overlay":[]})");
     for (char const* const name : {"o.ts", "o.mp4", "o.mkv"}) {
@@ -72,14 +81,8 @@ TEST(FullDisk, LeavesNoHalfFile)
     }
 }
 
-TEST(FullDisk, KeepsTheConfigurationThatIsThere)
+TEST_F(FullDisk, KeepsTheConfigurationThatIsThere)
 {
-    media_test::TempFolder const folder;
-    SmallDisk const disk(folder.file("disk"));
-    if (disk.error() != 0) {
-        GTEST_SKIP() << "no small disk can be mounted here: " << std::strerror(disk.error())
-                     << "; run as root. A file that may not grow is tested in e2e_edit_test all the same.";
-    }
     clip_test::makeClip({folder.file("a.ts"), 320, 240, 10, "mpeg2video"});
     std::string const config = disk.file("c.json");
     std::string const text = R"({"overlay":[]})";

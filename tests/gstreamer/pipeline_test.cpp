@@ -34,6 +34,16 @@ void initGStreamer()
     static_cast<void>(done);
 }
 
+constexpr int kFlightPictures = 150;
+
+/// Five seconds with telemetry for every picture.
+std::string madeFlight(media_test::TempFolder const& folder)
+{
+    std::string path = folder.file("flight.ts");
+    EXPECT_EQ(e2e::run({"sample", path, "--seconds", "5", "--fps", "30", "--size", "320x240"}).exitCode, 0);
+    return path;
+}
+
 /// A pipeline as it is described to gst-launch-1.0.
 class Pipeline {
 public:
@@ -126,7 +136,7 @@ TEST_P(RecordedClip, LooksAsTheProgramBurnsIt)
     Clip const& clip = GetParam();
     std::string const input = e2e::recordedClip(clip.name);
     if (!std::filesystem::exists(input)) {
-        GTEST_SKIP() << input << " is missing";
+        GTEST_SKIP() << "recorded data is missing: " << input << " (set OVERLAY_RECORDED_DATA)";
     }
     media_test::TempFolder const folder;
     std::string const burnt = folder.file("burnt.nut");
@@ -159,11 +169,8 @@ INSTANTIATE_TEST_SUITE_P(Clips, RecordedClip,
 
 TEST(Pipeline, GoesFromFileToFileWithoutQueueBeforeTheElement)
 {
-    std::string const input = e2e::recordedClip("mux_car_768x432_osh_klv_30hz.ts");
-    if (!std::filesystem::exists(input)) {
-        GTEST_SKIP() << input << " is missing";
-    }
     media_test::TempFolder const folder;
+    std::string const input = madeFlight(folder);
     std::string const output = folder.file("out.mkv");
     {
         Pipeline pipeline("filesrc location=" + input +
@@ -176,7 +183,7 @@ TEST(Pipeline, GoesFromFileToFileWithoutQueueBeforeTheElement)
         g_object_get(pipeline.element("o"), "frames-drawn", &drawn, nullptr);
         EXPECT_GT(drawn, 100U);
     }
-    EXPECT_EQ(clip_test::packetsOf(output).video, 115);
+    EXPECT_EQ(clip_test::packetsOf(output).video, kFlightPictures);
 }
 
 TEST(Pipeline, TelemetryThatNeverComesAndNeverEndsDoesNotStall)
@@ -216,15 +223,12 @@ TEST(Pipeline, GoesUpAndDownAgainAndAgain)
 
 TEST(Pipeline, SeeksWhileItPlays)
 {
-    std::string const input = e2e::recordedClip("osh_sim_640x480_h264_klv06.ts");
-    if (!std::filesystem::exists(input)) {
-        GTEST_SKIP() << input << " is missing";
-    }
-    Pipeline pipeline("filesrc location=" + input +
+    media_test::TempFolder const folder;
+    Pipeline pipeline("filesrc location=" + madeFlight(folder) +
                       " ! tsdemux name=d  d. ! queue ! h264parse ! avdec_h264 ! videoconvert ! stanagoverlay name=o "
                       "config-file=" +
                       kConfig + " ! fakesink sync=true  d. ! meta/x-klv ! queue ! o.");
-    for (gint64 const time : {4 * GST_SECOND, GST_SECOND, 8 * GST_SECOND}) {
+    for (gint64 const time : {2 * GST_SECOND, GST_SECOND, 4 * GST_SECOND}) {
         EXPECT_EQ(gst_element_get_state(pipeline.get(), nullptr, nullptr, 20 * GST_SECOND), GST_STATE_CHANGE_SUCCESS);
         EXPECT_TRUE(gst_element_seek_simple(pipeline.get(), GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, time));
     }
