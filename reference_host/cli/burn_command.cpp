@@ -1,6 +1,7 @@
 // burn: draws the telemetry into every picture of a clip and writes a new clip, with the telemetry
 // streams and the sound copied beside it.
 #include "cli/address_check.h"
+#include "cli/burn_summary.h"
 #include "cli/commands.h"
 #include "cli/config_file.h"
 #include "cli/messages.h"
@@ -19,17 +20,20 @@ namespace cli {
 namespace {
 
 /// Draws and writes every picture of the range; gives the place of the last one.
-media::FramePlace burnPictures(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWriter& writer)
+media::FramePlace burnPictures(BurnOptions const& options, clip::AnnotatedClip& clip, clip::ClipWriter& writer,
+                               BurnReport& report)
 {
+    double const shownSeconds = 1.0 / av_q2d(clip.demuxer().frameRate());
     media::Progress progress(!options.noProgress, clip::secondsOf(options.range, clip));
     media::FramePlace last;
     std::optional<double> first;
-    std::uint64_t frames = 0;
     while (std::optional<clip::ClipFrame> const frame = clip::nextOf(clip, options.range)) {
         writer.addPicture(*frame, clip.annotate(*frame));
         first = first.value_or(frame->seconds);
         last = *frame;
-        progress.update(++frames, frame->seconds - *first);
+        report.videoSeconds = frame->seconds - *first + shownSeconds;
+        report.telemetry = clip.telemetryCounts();
+        progress.update(++report.frames, frame->seconds - *first);
     }
     return last;
 }
@@ -66,7 +70,7 @@ void refuseSidecars(BurnOptions const& options, media::Demuxer const& demuxer)
 
 }  // namespace
 
-void runBurn(BurnOptions const& options)
+void runBurn(BurnOptions const& options, BurnReport& report)
 {
     media::requirePossible(options.encoding, media::containerFor(options.output));
     refuseToReplace(options.output, options.input, options.config, options.telemetry.file);
@@ -77,14 +81,14 @@ void runBurn(BurnOptions const& options)
     clip::ClipWriter writer(options.output, options.encoding, *clip, {options.sidecar, options.range.to});
     refuseSidecars(options, clip->demuxer());
     clip->setSideObserver([&writer](media::SideUnit& unit) { writer.addSide(unit); });
-    media::FramePlace const last = burnPictures(options, *clip, writer);
+    media::FramePlace const last = burnPictures(options, *clip, writer, report);
     if (!clip->demuxer().isLive()) {
         refuseWhenTerminated(options.output);
     }
     finish(options, *clip, writer);
-    noteWhenInterrupted(options.output, clip->sinceFirst(last));
-    noteAll(writer.remarks());
-    noteAll(clip->remarks());
+    warnAll(report, interruptRemark(options.output, clip->sinceFirst(last)));
+    warnAll(report, writer.remarks());
+    warnAll(report, clip->remarks());
 }
 
 }  // namespace cli

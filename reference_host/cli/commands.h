@@ -22,6 +22,7 @@ struct BurnOptions {
     frame::Look look;
     media::EncoderChoice encoding;
     bool sidecar = false;  ///< telemetry that the output cannot carry goes into a file beside it
+    std::string summary;   ///< what was done goes into this file, "-" is standard output; empty: nowhere
     bool noProgress = false;
     bool live = false;
     double telemetryWaitMs = 100.0;  ///< how long a live picture waits for its telemetry
@@ -83,8 +84,11 @@ struct SampleOptions {
     std::string videoCodec;
 };
 
-void runBurn(BurnOptions const& options);
-void runLiveBurn(BurnOptions const& options);
+struct BurnReport;
+
+/// Both fill the report as they go, so that it tells of failures too.
+void runBurn(BurnOptions const& options, BurnReport& report);
+void runLiveBurn(BurnOptions const& options, BurnReport& report);
 void runFrame(FrameOptions const& options);
 void runKeys(KeysOptions const& options);
 void runText(TextOptions const& options);

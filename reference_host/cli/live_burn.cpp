@@ -1,6 +1,7 @@
 // burn --live: draws the telemetry into live pictures as they come and sends them on, until it is told to stop or
 // nothing comes any more.
 #include "cli/address_check.h"
+#include "cli/burn_summary.h"
 #include "cli/commands.h"
 #include "cli/config_file.h"
 #include "cli/live_counters.h"
@@ -15,7 +16,9 @@
 
 #include <chrono>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace cli {
 namespace {
@@ -45,18 +48,26 @@ void refuseWhatIsNotLive(BurnOptions const& options)
 /// Reports every ten seconds, and what has to be known at once.
 class Reporter {
 public:
-    explicit Reporter(std::string input) : input_(std::move(input)), reports_(Clock::now()) {}
-
-    void written(clip::LiveFrame const& frame)
+    Reporter(std::string input, BurnReport& report) : input_(std::move(input)), report_(report), reports_(Clock::now())
     {
-        if (frame.picture) {
-            reports_.sent(std::chrono::duration<double>(Clock::now() - frame.arrival).count());
+    }
+
+    void written(clip::LiveFrame const& frame, AVRational frameRate)
+    {
+        if (!frame.picture) {
+            return;
         }
+        reports_.sent(std::chrono::duration<double>(Clock::now() - frame.arrival).count());
+        first_ = first_.value_or(frame.seconds);
+        ++report_.frames;
+        report_.videoSeconds = frame.seconds - *first_ + 1.0 / av_q2d(frameRate);
     }
     void look(clip::LiveClip& clip, clip::LiveWriter& writer)
     {
-        noteAll(clip.takeRemarks());
-        noteAll(writer.takeRemarks());
+        report_.live = clip.counts();
+        report_.telemetry = clip.telemetryCounts();
+        warnAll(report_, clip.takeRemarks());
+        warnAll(report_, writer.takeRemarks());
         if (reports_.isDue(Clock::now())) {
             say(clip);
         }
@@ -65,7 +76,9 @@ public:
 
 private:
     std::string input_;
+    BurnReport& report_;
     LiveReports reports_;
+    std::optional<double> first_;  ///< when the first picture is shown
 };
 
 void burnUntilTheEnd(media::LiveInput& input, clip::LiveClip& clip, clip::LiveWriter& writer, Reporter& reporter)
@@ -73,7 +86,7 @@ void burnUntilTheEnd(media::LiveInput& input, clip::LiveClip& clip, clip::LiveWr
     for (;;) {
         if (std::optional<clip::LiveFrame> const frame = clip.next(Clock::now() + kLookEvery)) {
             writer.addPicture(*frame, clip);
-            reporter.written(*frame);
+            reporter.written(*frame, clip.frameRate());
         } else if (input.queue().ended()) {
             return;  // a signal ends reading, what has been read is still drawn
         }
@@ -88,8 +101,9 @@ bool isTransportStream(AVOutputFormat const& container)
 
 }  // namespace
 
-void runLiveBurn(BurnOptions const& options)
+void runLiveBurn(BurnOptions const& options, BurnReport& report)
 {
+    report.live.emplace();
     refuseWhatIsNotLive(options);
     AVOutputFormat const& container = media::containerFor(options.output);
     media::requirePossible(options.encoding, container);
@@ -103,7 +117,7 @@ void runLiveBurn(BurnOptions const& options)
                                         options.encoding.threads, options.look});
     clip.setSideObserver(
         [&writer](media::SideUnit& unit, media::LiveProgram const& program) { writer.addSide(unit, program); });
-    Reporter reporter(options.input);
+    Reporter reporter(options.input, report);
     burnUntilTheEnd(input, clip, writer, reporter);
     writer.finish();
     reporter.look(clip, writer);

@@ -4,9 +4,11 @@
 #include "SwAny.h"
 #include "check/suggestion.h"
 #include "cli/address_check.h"
+#include "cli/burn_summary.h"
 #include "cli/clip_time.h"
 #include "cli/commands.h"
 #include "cli/messages.h"
+#include "cli/program_end.h"
 #include "cli/silent_cerr.h"
 #include "media/encoder_choice.h"
 #include "media/ffmpeg_types.h"
@@ -31,20 +33,6 @@
 
 namespace cli {
 namespace {
-
-constexpr int kDone = 0;
-constexpr int kUnusable = 1;
-constexpr int kFound = 1;
-constexpr int kUsage = 2;
-
-/// How shells number the end by a signal.
-constexpr int kSignalBase = 128;
-
-/// The exit code of a command that ended early or not; after a signal it tells which.
-int codeAfter(int code)
-{
-    return media::interrupted() ? kSignalBase + media::interruptSignal() : code;
-}
 
 /// What the chosen command will do; gives the exit code.
 using Action = std::function<int()>;
@@ -247,21 +235,27 @@ void addBurn(CLI::App& app, Action& action)
     addEncoding(*command, options->encoding, *bitRate);
     command->add_flag("--sidecar", options->sidecar,
                       "write telemetry that OUTPUT cannot carry to a .klv file beside it");
+    command
+        ->add_option("--summary", options->summary,
+                     "write what was done, or why not, as JSON to a file; - is standard output")
+        ->type_name("FILE.json");
     command->add_flag("--no-progress", options->noProgress, "no progress line on the terminal");
     auto const range = addRange(*command);
     addLive(*command, *options);
     command->callback([&action, options, bitRate, range] {
         action = [options, bitRate, range] {
-            options->range = rangeOf(*range);
-            if (*bitRate) {
-                options->encoding.bitRate = parseBitRate(**bitRate);
-            }
-            if (options->live) {
-                runLiveBurn(*options);
-                return kDone;  // a signal is how live work ends
-            }
-            runBurn(*options);
-            return codeAfter(kDone);
+            return summarised(*options, [options, bitRate, range](BurnReport& report) {
+                options->range = rangeOf(*range);
+                if (*bitRate) {
+                    options->encoding.bitRate = parseBitRate(**bitRate);
+                }
+                if (options->live) {
+                    runLiveBurn(*options, report);
+                    return kDone;  // a signal is how live work ends
+                }
+                runBurn(*options, report);
+                return codeAfter(kDone);
+            });
         };
     });
 }
@@ -510,19 +504,11 @@ int main(int argc, char** argv)
     try {
         cli::prepareProcess();
         return cli::run(argc, argv);
-    } catch (cli::ReaderGone const&) {
-        return cli::kDone;
-    } catch (cli::WrongUsage const& failure) {
-        cli::note(failure.what());
-        return cli::kUsage;
-    } catch (media::UnknownChoice const& failure) {
-        cli::note(failure.what());
-        return cli::kUsage;
-    } catch (std::bad_alloc const&) {
-        cli::note("there is not enough memory; use smaller pictures");
-        return cli::kUnusable;
-    } catch (std::exception const& failure) {
-        cli::note(failure.what());
-        return cli::codeAfter(cli::kUnusable);
+    } catch (...) {
+        cli::Failure const failure = cli::currentFailure();
+        if (!failure.text.empty()) {
+            cli::note(failure.text);
+        }
+        return failure.exitCode;
     }
 }

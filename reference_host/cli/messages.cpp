@@ -28,11 +28,12 @@ void refuseWhenTerminated(std::string const& output)
     }
 }
 
-void noteWhenInterrupted(std::string const& output, double seconds)
+std::vector<std::string> interruptRemark(std::string const& output, double seconds)
 {
-    if (media::interrupted()) {
-        note(output + ": interrupted; the file was finished up to " + sw_text::secondsText(seconds));
+    if (!media::interrupted()) {
+        return {};
     }
+    return {output + ": interrupted; the file was finished up to " + sw_text::secondsText(seconds)};
 }
 
 void note(std::string const& text)

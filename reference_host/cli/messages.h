@@ -20,8 +20,9 @@ struct ReaderGone : std::runtime_error {
 /// Called when a file has all that will be in it, before it is finished: after SIGTERM throws std::runtime_error with
 /// one line, so that no cut file is taken for a whole one.
 void refuseWhenTerminated(std::string const& output);
-/// After Ctrl-C, or when the terminal has gone, says up to which second the finished file goes.
-void noteWhenInterrupted(std::string const& output, double seconds);
+/// After Ctrl-C, or when the terminal has gone: a line that says up to which second the finished file goes. Empty when
+/// there was no interrupt.
+std::vector<std::string> interruptRemark(std::string const& output, double seconds);
 
 /// Writes "stanag-overlay: " and the text as one line.
 void note(std::string const& text);

@@ -31,4 +31,17 @@ void refuseToReplace(std::string const& output, std::string const& input, std::s
     refuseSame(output, telemetry, "telemetry file");
 }
 
+void refuseSameOutputs(std::string const& summary, std::string const& output)
+{
+    if (media::isAddress(summary) || media::isAddress(output)) {
+        return;
+    }
+    refuseSame(summary, output, "output");
+    std::error_code ignored;
+    auto const name = std::filesystem::weakly_canonical(summary, ignored);
+    if (!name.empty() && name == std::filesystem::weakly_canonical(output, ignored)) {
+        throw std::runtime_error(summary + ": is the output itself; give another name for the summary");
+    }
+}
+
 }  // namespace cli

@@ -10,4 +10,7 @@ namespace cli {
 void refuseToReplace(std::string const& output, std::string const& input, std::string const& config,
                      std::string const& telemetry);
 
+/// Throws std::runtime_error when both name one file, be it there already or not.
+void refuseSameOutputs(std::string const& summary, std::string const& output);
+
 }  // namespace cli

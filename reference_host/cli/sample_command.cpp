@@ -65,7 +65,7 @@ void runSample(SampleOptions const& options)
         media::settleInterrupts();
         refuseWhenTerminated(options.output);
     });
-    noteWhenInterrupted(options.output, seconds);
+    noteAll(interruptRemark(options.output, seconds));
 }
 
 }  // namespace cli

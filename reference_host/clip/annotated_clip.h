@@ -84,6 +84,7 @@ public:
     /// Of the first picture; valid once next() has given one.
     media::PictureTraits const& traits() const { return traits_; }
 
+    TelemetryCounts telemetryCounts() const { return telemetry_.counts(); }
     /// Remarks about telemetry, damage and size changes, for the end of a command.
     std::vector<std::string> remarks() const;
 

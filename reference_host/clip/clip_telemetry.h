@@ -16,13 +16,21 @@ namespace clip {
 /// What was found, for the remarks that people read.
 struct TelemetrySummary {
     telemetry::KlvCounts counts;
-    std::uint64_t usable = 0;  ///< packets that held at least one key
-    bool anyStream = false;    ///< whether there was a telemetry stream or file at all
-    bool fromFile = false;     ///< whether it was a telemetry file, not a clip
-    bool mayBeOld = false;     ///< whether it came from JSON Lines, whose first line may hold constants for all time
-    std::string readError;     ///< what ended reading early; empty when the input simply ended
+    std::uint64_t packets = 0;  ///< in any form
+    std::uint64_t usable = 0;   ///< packets that held at least one key
+    bool anyStream = false;     ///< whether there was a telemetry stream or file at all
+    bool fromFile = false;      ///< whether it was a telemetry file, not a clip
+    bool mayBeOld = false;      ///< whether it came from JSON Lines, whose first line may hold constants for all time
+    std::string readError;      ///< what ended reading early; empty when the input simply ended
     std::vector<std::string> streams;  ///< names of the streams in the order in which they win
     double startSeconds = 0.0;         ///< of a clip: when its first picture is shown, on its own axis
+};
+
+/// How much telemetry has been read so far.
+struct TelemetryCounts {
+    std::uint64_t streams = 0;  ///< that could deliver; a telemetry file counts as one, or as those that it lists
+    std::uint64_t packets = 0;  ///< in any form, wrong checksums included
+    telemetry::KlvCounts klv;   ///< all zero for telemetry that is no KLV
 };
 
 class KlvStreams {

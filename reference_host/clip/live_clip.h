@@ -63,6 +63,7 @@ public:
     /// Pictures per second, by the stream, else by the container, else 25.
     AVRational frameRate() const;
     LiveCounts counts() const;
+    TelemetryCounts telemetryCounts() const { return telemetry_.counts(); }
     /// Whether pictures carry captions, which nobody draws.
     bool hasCaptions() const { return captions_; }
     std::optional<double> telemetryAge() const { return telemetry_.ageSeconds(); }

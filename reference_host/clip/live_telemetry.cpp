@@ -44,6 +44,7 @@ void LiveTelemetry::add(media::SideUnit const& unit, media::LiveProgram const& p
     auto const producer = static_cast<std::size_t>(program.numberAmongKind(unit.stream));
     double const seconds = unit.seconds + options_.offsetSeconds;
     for (telemetry::Packet& packet : klv_.decode(unit.stream, *unit.packet, unit.seconds)) {
+        ++packets_;
         timeline_.add(producer, seconds, std::move(packet.payload));
         waits_[producer].arrived(seconds);
     }

@@ -39,6 +39,7 @@ public:
     /// What each producer delivers for the next picture, with the host's own keys once there has been telemetry.
     std::vector<frame::Choice> choose(double seconds, std::uint64_t frameNumber);
     std::vector<std::string> const& producers() const { return producers_; }
+    TelemetryCounts counts() const { return {timeline_.producers().size(), packets_, klv_.counts()}; }
     /// How much older the newest telemetry was than the last picture; empty when there has been none.
     std::optional<double> ageSeconds() const { return age_; }
 
@@ -51,6 +52,7 @@ private:
     frame::TelemetryTimeline timeline_;
     std::vector<TelemetryWait> waits_;  ///< per telemetry producer
     std::vector<std::string> producers_;
+    std::uint64_t packets_ = 0;
     std::optional<double> firstSeconds_;
     std::optional<double> age_;
 };

@@ -155,6 +155,7 @@ void TelemetryFeed::add(media::SideUnit const& unit)
     }
     std::size_t const producer = producerOf_(unit.stream);
     for (telemetry::Packet& packet : klv_.decode(unit.stream, *unit.packet, unit.seconds)) {
+        ++summary_.packets;
         summary_.usable += packet.payload.empty() ? 0U : 1U;
         timeline_.add(producer, unit.seconds + options_.offsetSeconds, std::move(packet.payload));
     }
@@ -183,12 +184,15 @@ std::vector<frame::Choice> TelemetryFeed::choose(double seconds, std::uint64_t f
     return choices;
 }
 
+TelemetryCounts TelemetryFeed::counts() const
+{
+    return {timeline_.producers().size(), summary_.packets, readsFile_() ? summary_.counts : klv_.counts()};
+}
+
 std::vector<std::string> TelemetryFeed::remarks() const
 {
     TelemetrySummary summary = summary_;
-    if (!readsFile_()) {
-        summary.counts = klv_.counts();
-    }
+    summary.counts = counts().klv;
     std::vector<std::string> remarks = telemetryRemarks(readsFile_() ? options_.file : demuxer_.name(), summary);
     remarks.insert(remarks.end(), placementRemarks_.begin(), placementRemarks_.end());
     return remarks;

@@ -56,6 +56,7 @@ public:
     /// All that could deliver, in the order in which they win.
     std::vector<std::string> const& producers() const { return producers_; }
 
+    TelemetryCounts counts() const;
     /// Remarks about the telemetry, for the end of a command.
     std::vector<std::string> remarks() const;
 

@@ -29,6 +29,7 @@ public:
 
     void deliver(FoundPacket found, TelemetrySummary& summary) const
     {
+        ++summary.packets;
         summary.usable += found.packet.payload.empty() ? 0U : 1U;
         if (found.packet.timeSeconds) {
             *found.packet.timeSeconds += offsetSeconds_;
