@@ -9,6 +9,7 @@
 #include "stanag_overlay_condition.h"
 
 #include "SwJson.h"
+#include "sw_extended.h"
 
 #include <cmath>
 #include <cstddef>
@@ -36,7 +37,7 @@ bool wholeNumber(std::string const& text, long double& out)
 {
     try {
         std::size_t used = 0;
-        out = std::stold(text, &used);
+        out = sw_detail::extended(std::stold(text, &used));
         return used == text.size();
     } catch (std::exception const&) {
         return false;
@@ -145,8 +146,8 @@ bool holds(ConditionCfg const& condition, SwJsonObject const* root)
         return true;
     case ConditionOp::Equals:
     case ConditionOp::NotEquals: {
-        bool const equal =
-            bothNumbers ? static_cast<double>(std::fabs(left - right)) < 1e-9 : value.toString() == condition.value;
+        bool const equal = bothNumbers ? static_cast<double>(std::fabs(sw_detail::extended(left - right))) < 1e-9
+                                       : value.toString() == condition.value;
         return equal == (condition.op == ConditionOp::Equals);
     }
     default:

@@ -1,6 +1,7 @@
 // The reading rules of the configuration's values.
 #include "check/reading_rules.h"
 
+#include "sw_extended.h"
 #include "sw_numbers.h"
 #include "sw_text.h"
 
@@ -94,7 +95,7 @@ std::optional<std::uint64_t> maskOfText(std::string const& text)
         return integer.isWhole ? std::optional(integer.number) : std::nullopt;
     }
     char const* end = nullptr;
-    std::optional<long double> const number = leadingNumber(text, strtold_l, end);
+    std::optional<long double> const number = leadingNumber(text, sw_detail::readExtended, end);
     bool const isUsable =
         number && end == text.c_str() + text.size() && *number >= 0.0L && std::isfinite(static_cast<double>(*number));
     if (!isUsable) {

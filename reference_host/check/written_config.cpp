@@ -1,6 +1,7 @@
 // Reads a configuration a second time, with a mark in front of every scalar, so that the reader keeps it as a text.
 #include "check/written_config.h"
 
+#include "sw_extended.h"
 #include "sw_text.h"
 #include "sw_utf8.h"
 
@@ -170,14 +171,15 @@ std::optional<double> literalNumber(SwJsonValue const& written)
 
 std::optional<long double> literalLongNumber(SwJsonValue const& written)
 {
-    return wholeNumber(literalText(written), strtold_l);
+    return wholeNumber(literalText(written), sw_detail::readExtended);
 }
 
 bool meansTheSame(SwJsonValue const& written, std::string const& held)
 {
     std::string const literal = literalText(written);
-    std::optional<long double> const number = wholeNumber(held, strtold_l);
-    return written.isString() && (literal == held || (number && wholeNumber(literal, strtold_l) == number));
+    std::optional<long double> const number = wholeNumber(held, sw_detail::readExtended);
+    return written.isString() &&
+           (literal == held || (number && wholeNumber(literal, sw_detail::readExtended) == number));
 }
 
 std::string shown(SwJsonValue const& written)

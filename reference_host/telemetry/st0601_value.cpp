@@ -1,6 +1,7 @@
 // Value rules of MISB ST 0601 and ST 1201, both ways. Stands between the table and the mapping.
 #include "telemetry/st0601_value.h"
 
+#include "sw_extended.h"
 #include "sw_utf8.h"
 #include "telemetry/wide_text.h"
 
@@ -87,7 +88,8 @@ std::int64_t roundToCode(double value, std::int64_t low, std::int64_t high)
 }
 
 /// The scale of an Imapb item of `length` bytes (MISB ST 1201): codes per unit, and the fraction that makes
-/// zero an exact code. Held in long double, since eight bytes are more than a double's 53 bits.
+/// zero an exact code. Held in extended precision, since eight bytes are more than a double's 53 bits; the scale is a
+/// power of two, so that scaling rounds nothing.
 struct ImapbScale {
     long double codesPerUnit = 1.0L;
     long double zeroOffset = 0.0L;
@@ -116,8 +118,9 @@ SwJsonValue decodeImapb(TableRow const& row, std::span<std::uint8_t const> data)
         return {};  // infinities, not-a-number and what the sender marked as out of range
     }
     ImapbScale const scale = imapbScale(row, data.size());
-    double const value = static_cast<double>((static_cast<long double>(code) - scale.zeroOffset) / scale.codesPerUnit +
-                                             static_cast<long double>(row.low));
+    long double const units =
+        sw_detail::extended(static_cast<long double>(code) - scale.zeroOffset) / scale.codesPerUnit;
+    auto const value = static_cast<double>(sw_detail::extended(units + static_cast<long double>(row.low)));
     // The codes reach to the next power of two; above the item's range they mean nothing.
     return value < row.low || value > row.high ? SwJsonValue() : SwJsonValue(value + 0.0);
 }
@@ -126,7 +129,8 @@ std::vector<std::uint8_t> encodeImapb(TableRow const& row, double wanted, std::s
 {
     ImapbScale const scale = imapbScale(row, length);
     auto const value = static_cast<long double>(std::clamp(wanted, row.low, row.high));
-    long double const code = (value - static_cast<long double>(row.low)) * scale.codesPerUnit + scale.zeroOffset;
+    long double const above = sw_detail::extended(value - static_cast<long double>(row.low));
+    long double const code = sw_detail::extended(above * scale.codesPerUnit + scale.zeroOffset);
     return writeInteger(static_cast<std::uint64_t>(std::max(std::round(code), 0.0L)), length);
 }
 

@@ -2,6 +2,8 @@
 // days, and any other global locale, go through the locale's facet.
 #include "overlay_date_text.h"
 
+#include "sw_extended.h"
+
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -25,7 +27,7 @@ std::int64_t roundToMicroseconds(long double value)
     if (std::isnan(value)) {
         return 0;
     }
-    // Compared before the call: where long double has no 64-bit significand the limit is 2^63 itself.
+    // Compared before the call, whose result beyond 64 bits is undefined.
     if (value >= kLimit) {
         return std::numeric_limits<std::int64_t>::max();
     }
@@ -47,9 +49,9 @@ long double toMicroseconds(long double number, TimestampUnit unit)
 {
     switch (unit) {
     case TimestampUnit::Seconds:
-        return number * 1000000.0L;
+        return sw_detail::extended(number * 1000000.0L);
     case TimestampUnit::Milliseconds:
-        return number * 1000.0L;
+        return sw_detail::extended(number * 1000.0L);
     case TimestampUnit::Microseconds:
         break;
     }

@@ -2,6 +2,7 @@
 // and the formatter, so that one text means the same number in all three.
 #include "overlay_numbers.h"
 
+#include "sw_extended.h"
 #include "sw_text.h"
 
 #include <algorithm>
@@ -116,8 +117,7 @@ bool parseWholeNumber(std::string const& text, long double& out)
     }
     char* end = nullptr;
     int const savedErrno = errno;
-    errno = 0;
-    long double const number = strtold_l(text.c_str(), &end, sw_detail::classicLocale());
+    long double const number = sw_detail::readExtended(text.c_str(), &end, sw_detail::classicLocale());
     // Overflow and underflow both count as unreadable.
     bool const inRange = errno != ERANGE;
     errno = savedErrno;
@@ -162,7 +162,7 @@ bool tryParseNumber(SwJsonValue const& value, long double& out)
 
 bool numbersEqual(long double a, long double b)
 {
-    return static_cast<double>(std::fabs(a - b)) < kEqualityTolerance;
+    return static_cast<double>(std::fabs(sw_detail::extended(a - b))) < kEqualityTolerance;
 }
 
 bool tryParseUnsignedValue(SwJsonValue const& value, unsigned long& out)

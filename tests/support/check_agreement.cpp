@@ -7,6 +7,7 @@
 #include "check/written_config.h"
 #include "stanag_overlay_config.h"
 #include "stanag_overlay_format.h"
+#include "sw_extended.h"
 
 #include <algorithm>
 #include <array>
@@ -44,7 +45,7 @@ bool startsOrEndsSentence(std::string_view rest)
 std::optional<long double> numberOf(std::string const& text)
 {
     char* end = nullptr;
-    long double const number = std::strtold(text.c_str(), &end);
+    long double const number = sw_detail::extended(std::strtold(text.c_str(), &end));
     bool const isWhole = !text.empty() && end == text.c_str() + text.size();
     return isWhole && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
@@ -65,7 +66,7 @@ double readAs(double /*type*/, char const* text, char** end)
 }
 long double readAs(long double /*type*/, char const* text, char** end)
 {
-    return std::strtold(text, end);
+    return sw_detail::extended(std::strtold(text, end));
 }
 
 class Comparison {

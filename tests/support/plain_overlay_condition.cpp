@@ -3,6 +3,8 @@
 
 #include "plain_overlay_number.h"
 
+#include "sw_extended.h"
+
 #include <cmath>
 #include <exception>
 #include <limits>
@@ -103,7 +105,7 @@ bool equal(SwJsonValue const& value, std::string const& expected)
     long double number = 0.0L;
     long double other = 0.0L;
     if (parseNumber(value, number) && parseWhole(expected, other)) {
-        return static_cast<double>(std::fabs(number - other)) < 1e-9;
+        return static_cast<double>(std::fabs(sw_detail::extended(number - other))) < 1e-9;
     }
     return value.toString() == expected;
 }

@@ -3,6 +3,8 @@
 
 #include "plain_overlay_number.h"
 
+#include "sw_extended.h"
+
 #include <cmath>
 #include <ctime>
 #include <iomanip>
@@ -38,7 +40,7 @@ std::string formatDate(long double number, FormatSpec const& spec)
                               : spec.timestampUnit == TimestampUnit::Milliseconds ? 1000.0L
                                                                                   : 1.0L;
     long double const limit = 9223372036854775807.0L;
-    long double microseconds = number * scale;
+    long double microseconds = sw_detail::extended(number * scale);
     if (std::isnan(microseconds)) {
         microseconds = 0.0L;
     }
@@ -64,7 +66,7 @@ bool isInvalid(SwJsonValue const& value, FormatSpec const& spec)
         long double number = 0.0L;
         long double other = 0.0L;
         if (parseNumber(value, number) && parseWhole(invalid, other)) {
-            if (static_cast<double>(std::fabs(number - other)) < 1e-9) {
+            if (static_cast<double>(std::fabs(sw_detail::extended(number - other))) < 1e-9) {
                 return true;
             }
         } else if (value.toString() == invalid) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "SwJson.h"
+#include "sw_extended.h"
 
 #include <exception>
 #include <string>
@@ -12,7 +13,7 @@ inline bool parseWhole(std::string const& text, long double& out)
 {
     try {
         std::size_t used = 0;
-        out = std::stold(text, &used);
+        out = sw_detail::extended(std::stold(text, &used));
         return used == text.size();
     } catch (std::exception const&) {
         return false;
