@@ -105,7 +105,7 @@ ElementHarness::~ElementHarness()
 GstBuffer* ElementHarness::draw(GstClockTime time)
 {
     gst_harness_push(video_, greyPicture(kWidth, kHeight, time));
-    return gst_harness_try_pull(video_);
+    return gst_harness_pull(video_);
 }
 
 std::string ElementHarness::textsAt(GstClockTime time)

@@ -39,7 +39,7 @@ public:
     GstHarness* video() { return video_; }
     GstHarness* klv(std::size_t number = 0) { return klv_[number]; }
 
-    /// A grey picture in, and the one that comes out; null when none does. To be unreferenced.
+    /// A grey picture in, and the one that comes out; null when none does in a minute. To be unreferenced.
     GstBuffer* draw(GstClockTime time);
     /// The same, and the texts on it, parted by "|".
     std::string textsAt(GstClockTime time);

@@ -45,7 +45,7 @@ private:
     void picture()
     {
         gst_harness_push(harness_.video(), gst_test::greyPicture(64, 48, now_));
-        GstBuffer* const picture = gst_harness_try_pull(harness_.video());
+        GstBuffer* const picture = gst_harness_pull(harness_.video());
         ASSERT_NE(picture, nullptr);
         EXPECT_EQ(GST_BUFFER_PTS(picture), now_);
         gst_buffer_unref(picture);

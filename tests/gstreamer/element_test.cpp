@@ -2,6 +2,7 @@
 #include "element_harness.h"
 #include "temp_folder.h"
 
+#include <gst/base/gstaggregator.h>
 #include <gst/video/video.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,16 +23,47 @@ using gst_test::ElementHarness;
 using gst_test::Feed;
 using gst_test::kFrame;
 
+/// In the order of the alphabet.
 std::string padNames(GstElement* element)
 {
-    std::string names;
+    std::set<std::string> names;
     gst_element_foreach_pad(
         element,
-        [](GstElement*, GstPad* pad, gpointer text) -> gboolean {
-            *static_cast<std::string*>(text) += std::string(GST_PAD_NAME(pad)) + " ";
+        [](GstElement*, GstPad* pad, gpointer data) -> gboolean {
+            static_cast<std::set<std::string>*>(data)->insert(GST_PAD_NAME(pad));
             return TRUE;
         },
         &names);
+    std::string text;
+    for (std::string const& name : names) {
+        text += name + " ";
+    }
+    return text;
+}
+
+std::string contentOf(GstEvent* event)
+{
+    GstStructure const* const structure = gst_event_get_structure(event);
+    char* const text = structure == nullptr ? g_strdup("") : gst_structure_to_string(structure);
+    std::string content = text;
+    g_free(text);
+    return content;
+}
+
+/// The events behind the element up to the first of this type, by their names.
+std::string eventsUpTo(ElementHarness& harness, GstEventType last)
+{
+    std::string names;
+    bool more = true;
+    while (more) {
+        GstEvent* const event = gst_harness_pull_event(harness.video());
+        if (event == nullptr) {
+            return names + "nothing";
+        }
+        more = GST_EVENT_TYPE(event) != last;
+        names += std::string(GST_EVENT_TYPE_NAME(event)) + " ";
+        gst_event_unref(event);
+    }
     return names;
 }
 
@@ -39,15 +72,15 @@ std::string padNames(GstElement* element)
 TEST(Element, HasAPadForEachTelemetryStreamThatIsAskedFor)
 {
     ElementHarness harness(Feed::Live, 2);
-    EXPECT_EQ(padNames(harness.element()), "sink src klv_0 klv_1 ");
+    EXPECT_EQ(padNames(harness.element()), "klv_0 klv_1 sink src ");
     GstPad* const named = gst_element_request_pad_simple(harness.element(), "klv_7");
     GstPad* const next = gst_element_request_pad_simple(harness.element(), "klv_%u");
-    EXPECT_EQ(padNames(harness.element()), "sink src klv_0 klv_1 klv_7 klv_8 ");
+    EXPECT_EQ(padNames(harness.element()), "klv_0 klv_1 klv_7 klv_8 sink src ");
     for (GstPad* const pad : {named, next}) {
         gst_element_release_request_pad(harness.element(), pad);
         gst_object_unref(pad);
     }
-    EXPECT_EQ(padNames(harness.element()), "sink src klv_0 klv_1 ");
+    EXPECT_EQ(padNames(harness.element()), "klv_0 klv_1 sink src ");
 }
 
 TEST(Element, GivesOnTheCapsThatItGets)
@@ -161,6 +194,124 @@ TEST(Element, WithoutTelemetryAPictureIsGivenOnAsItIs)
     EXPECT_EQ(harness.number("frames-drawn"), 0U);
     gst_buffer_unref(same);
     gst_buffer_unref(picture);
+}
+
+// What passes beside pictures
+
+TEST(Element, IsAnAggregatorWhoseTelemetryPadsAreAggregatorPadsToo)
+{
+    ElementHarness harness;
+    EXPECT_TRUE(GST_IS_AGGREGATOR(harness.element()));
+    GstPad* const pad = gst_element_get_static_pad(harness.element(), "klv_0");
+    EXPECT_TRUE(GST_IS_AGGREGATOR_PAD(pad));
+    gst_object_unref(pad);
+}
+
+TEST(Element, TheVideosEventsPassAsTheyAreAndInTheirOrder)
+{
+    ElementHarness harness;
+    EXPECT_EQ(harness.textsAt(0), "");
+    EXPECT_EQ(eventsUpTo(harness, GST_EVENT_SEGMENT), "stream-start caps segment ");
+    GstHarness* const video = harness.video();
+    GstSegment segment;
+    gst_segment_init(&segment, GST_FORMAT_TIME);
+    segment.rate = 2.0;
+    segment.applied_rate = 0.5;
+    segment.base = 7 * GST_SECOND;
+    segment.start = segment.time = segment.position = 3 * GST_SECOND;
+    segment.stop = 9 * GST_SECOND;
+    std::vector<GstEvent*> const events = {
+        gst_event_new_custom(GST_EVENT_CUSTOM_DOWNSTREAM, gst_structure_new_empty("before")),
+        gst_event_new_segment(&segment),
+        gst_event_new_custom(GST_EVENT_CUSTOM_DOWNSTREAM, gst_structure_new_empty("after")),
+        gst_event_new_tag(gst_tag_list_new(GST_TAG_TITLE, "flight", nullptr)),
+        gst_event_new_custom(GST_EVENT_CUSTOM_DOWNSTREAM_STICKY, gst_structure_new_empty("sticky")),
+        gst_event_new_gap(3 * GST_SECOND, kFrame),
+    };
+    for (GstEvent* const event : events) {
+        gst_harness_push_event(video, gst_event_ref(event));
+    }
+    GstBuffer* const picture = harness.draw(4 * GST_SECOND);
+    EXPECT_EQ(GST_BUFFER_PTS(picture), 4 * GST_SECOND);
+    gst_buffer_unref(picture);
+    for (GstEvent* const sent : events) {
+        GstEvent* const come = gst_harness_try_pull_event(video);
+        ASSERT_NE(come, nullptr) << GST_EVENT_TYPE_NAME(sent);
+        EXPECT_EQ(GST_EVENT_TYPE(come), GST_EVENT_TYPE(sent));
+        EXPECT_EQ(gst_event_get_seqnum(come), gst_event_get_seqnum(sent));
+        EXPECT_EQ(contentOf(come), contentOf(sent));
+        gst_event_unref(come);
+        gst_event_unref(sent);
+    }
+    EXPECT_EQ(gst_harness_events_in_queue(video), 0U);
+    GstEvent* const kept = gst_pad_get_sticky_event(video->sinkpad, GST_EVENT_SEGMENT, 0);
+    GstSegment const* come = nullptr;
+    gst_event_parse_segment(kept, &come);
+    EXPECT_TRUE(gst_segment_is_equal(come, &segment));
+    gst_event_unref(kept);
+}
+
+TEST(Element, TheStreamKeepsItsName)
+{
+    ElementHarness harness(Feed::Live, 0);
+    EXPECT_EQ(harness.textsAt(0), "");
+    char* const before = gst_pad_get_stream_id(harness.video()->srcpad);
+    char* const behind = gst_pad_get_stream_id(harness.video()->sinkpad);
+    GstPad* const src = gst_element_get_static_pad(harness.element(), "src");
+    char* const at = gst_pad_get_stream_id(src);
+    EXPECT_STREQ(behind, before);
+    EXPECT_STREQ(at, before);
+    gst_object_unref(src);
+    g_free(before);
+    g_free(behind);
+    g_free(at);
+}
+
+TEST(Element, APictureKeepsWhatItCarries)
+{
+    ElementHarness harness;
+    harness.pushHeading(10, 0);
+    GstBuffer* const picture = gst_test::greyPicture(320, 240, 40);
+    GST_BUFFER_DTS(picture) = 30;
+    GST_BUFFER_DURATION(picture) = 50;
+    GST_BUFFER_OFFSET(picture) = 60;
+    GST_BUFFER_OFFSET_END(picture) = 70;
+    GST_BUFFER_FLAG_SET(picture, GST_BUFFER_FLAG_DISCONT | GST_BUFFER_FLAG_MARKER);
+    gst_buffer_add_video_region_of_interest_meta(picture, "tank", 1, 2, 3, 4);
+    gst_harness_push(harness.video(), picture);
+    GstBuffer* const drawn = gst_harness_pull(harness.video());
+    EXPECT_EQ(drawn, picture);  // not copied
+    EXPECT_FALSE(gst_test::isGrey(drawn));
+    EXPECT_EQ(GST_BUFFER_PTS(drawn), 40U);
+    EXPECT_EQ(GST_BUFFER_DTS(drawn), 30U);
+    EXPECT_EQ(GST_BUFFER_DURATION(drawn), 50U);
+    EXPECT_EQ(GST_BUFFER_OFFSET(drawn), 60U);
+    EXPECT_EQ(GST_BUFFER_OFFSET_END(drawn), 70U);
+    EXPECT_TRUE(GST_BUFFER_FLAG_IS_SET(drawn, GST_BUFFER_FLAG_DISCONT | GST_BUFFER_FLAG_MARKER));
+    EXPECT_NE(gst_buffer_get_video_region_of_interest_meta_id(drawn, 0), nullptr);
+    gst_buffer_unref(drawn);
+}
+
+TEST(Element, APictureWithoutTimePasses)
+{
+    ElementHarness harness;
+    harness.pushHeading(10, 0);
+    EXPECT_EQ(harness.textsAt(GST_CLOCK_TIME_NONE), "10");
+    EXPECT_EQ(harness.textsAt(GST_CLOCK_TIME_NONE), "10");
+}
+
+TEST(Element, AnAllocationIsForWhoComesBehind)
+{
+    ElementHarness harness(Feed::Live, 1);
+    GstHarness* const video = harness.video();
+    gst_harness_add_propose_allocation_meta(video, GST_VIDEO_META_API_TYPE, nullptr);
+    EXPECT_EQ(harness.textsAt(0), "");
+    GstCaps* const caps = gst_caps_from_string(ElementHarness::kCaps);
+    GstQuery* const query = gst_query_new_allocation(caps, FALSE);
+    EXPECT_TRUE(gst_pad_peer_query(video->srcpad, query));
+    EXPECT_TRUE(gst_query_find_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr));
+    gst_query_unref(query);
+    gst_caps_unref(caps);
 }
 
 // Telemetry and time
@@ -316,13 +467,8 @@ TEST(Element, TheEndOfVideoIsTheEnd)
     ElementHarness harness;
     EXPECT_EQ(harness.textsAt(0), "");
     gst_harness_push_event(harness.video(), gst_event_new_eos());
-    GstEvent* last = nullptr;
-    while (GstEvent* const event = gst_harness_try_pull_event(harness.video())) {
-        g_clear_pointer(&last, gst_event_unref);
-        last = event;
-    }
-    EXPECT_EQ(GST_EVENT_TYPE(last), GST_EVENT_EOS);
-    gst_event_unref(last);
+    EXPECT_EQ(eventsUpTo(harness, GST_EVENT_EOS), "stream-start caps segment eos ");
+    EXPECT_EQ(gst_harness_events_in_queue(harness.video()), 0U);
     EXPECT_EQ(harness.pushHeading(10, kFrame), GST_FLOW_EOS);
 }
 
@@ -374,6 +520,31 @@ TEST(Element, AFlushForgetsTelemetryAndWhatWasHeld)
     EXPECT_EQ(harness.textsAt(kFrame), "-- 1");
     harness.pushHeading(30, 2 * kFrame);
     EXPECT_EQ(harness.textsAt(2 * kFrame), "30 2");
+}
+
+TEST(Element, AFlushOfVideoPassesAndTelemetryStays)
+{
+    ElementHarness harness(Feed::Live, 2);
+    harness.pushHeading(10, 0, 1);
+    EXPECT_EQ(harness.textsAt(0), "10");
+    EXPECT_EQ(eventsUpTo(harness, GST_EVENT_SEGMENT), "stream-start caps segment ");
+    flush(harness.video());
+    EXPECT_EQ(harness.textsAt(kFrame), "10");
+    EXPECT_EQ(eventsUpTo(harness, GST_EVENT_SEGMENT), "flush-start flush-stop segment ");
+    EXPECT_EQ(gst_harness_events_in_queue(harness.video()), 0U);
+}
+
+TEST(Element, AFlushLetsAWaitingPictureGo)
+{
+    ElementHarness harness(Feed::Live, 2);
+    harness.set("telemetry-timeout", "60000000000");
+    harness.pushHeading(10, 0);
+    harness.pushHeading(20, kFrame);
+    EXPECT_EQ(harness.textsAt(kFrame), "20");
+    gst_harness_push(harness.video(), gst_test::greyPicture(320, 240, 2 * kFrame));
+    EXPECT_LT(timeOf([&] { flush(harness.video()); }), 10 * GST_SECOND);
+    EXPECT_EQ(harness.textsAt(kFrame), "20");
+    EXPECT_EQ(gst_harness_buffers_received(harness.video()), 2U);
 }
 
 TEST(Element, AFlushOfTelemetryAloneLeavesVideoGoing)

@@ -1,0 +1,11 @@
+// A picture on its way through the element.
+#pragma once
+
+#include "element.h"
+
+namespace gst_overlay {
+
+/// The base class has a picture: it waits for its telemetry, is drawn on and goes on.
+GstFlowReturn passPicture(GstAggregator* base, gboolean timeout);
+
+}  // namespace gst_overlay
