@@ -40,7 +40,7 @@ std::vector<std::string> moduleFolders()
     }
     std::error_code ignored;
     std::filesystem::path const folder = std::filesystem::absolute(info.dli_fname, ignored).parent_path();
-    return {folder.string(), (folder / "..").string()};
+    return {folder.string(), (folder / "..").string(), (folder / OVERLAY_LIBRARY_FOLDER).string()};
 }
 
 PictureOverlay::PictureOverlay(frame::Look look) : renderer_(load(std::move(look)))

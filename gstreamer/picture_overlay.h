@@ -18,7 +18,8 @@
 
 namespace gst_overlay {
 
-/// Where the plugin's library lies when this code is in a library itself: in its folder or the one above.
+/// Where the plugin's library lies when this code is in a library itself: in its folder, the one above, or that of the
+/// installed plugin.
 std::vector<std::string> moduleFolders();
 
 /// How colours become luma and chroma.
