@@ -73,8 +73,9 @@ inline void JsonBuilder::makeValue_(Waiting const& waiting, Make const& make)
     case SwJsonValue::String:
         return make(std::string_view(waiting.text, waiting.size));
     case SwJsonValue::Object:
+        return make(std::move(made_[static_cast<std::size_t>(waiting.whole)].object));
     case SwJsonValue::Array:
-        return make(std::move(made_[static_cast<std::size_t>(waiting.whole)]));
+        return make(std::move(made_[static_cast<std::size_t>(waiting.whole)].array));
     }
 }
 
@@ -93,7 +94,7 @@ void JsonBuilder::closeObject()
             SwJsonTree::append(*object, rank.member->name, std::forward<decltype(value)>(value));
         });
     }
-    close_(SwJsonValue(std::move(object)));
+    close_(SwJsonValue::Object, {std::move(object), nullptr});
 }
 
 void JsonBuilder::closeArray()
@@ -104,19 +105,19 @@ void JsonBuilder::closeArray()
         makeValue_(waiting_[i],
                    [&](auto&& value) { SwJsonTree::append(*array, std::forward<decltype(value)>(value)); });
     }
-    close_(SwJsonValue(std::move(array)));
+    close_(SwJsonValue::Array, {nullptr, std::move(array)});
 }
 
 /// The container takes the place of what it holds.
-void JsonBuilder::close_(SwJsonValue&& container)
+void JsonBuilder::close_(SwJsonValue::Type type, Made made)
 {
     Open const& open = open_.back();
     name_ = open.name;
     waiting_.erase(waiting_.begin() + static_cast<std::ptrdiff_t>(open.firstWaiting), waiting_.end());
     // What is left of these are members that a later one of their name replaced.
     made_.erase(made_.begin() + static_cast<std::ptrdiff_t>(open.firstMade), made_.end());
-    waiting_.emplace_back(name_, container.type()).whole = static_cast<std::int64_t>(made_.size());
-    made_.push_back(std::move(container));
+    waiting_.emplace_back(name_, type).whole = static_cast<std::int64_t>(made_.size());
+    made_.push_back(std::move(made));
     open_.pop_back();
 }
 

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <forward_list>
+#include <memory>
 #include <memory_resource>
 #include <string>
 #include <string_view>
@@ -80,7 +81,13 @@ private:
         Waiting const* member = nullptr;
     };
 
-    void close_(SwJsonValue&& container);
+    /// A container whose parent is open: one of them.
+    struct Made {
+        std::shared_ptr<SwJsonObject> object;
+        std::shared_ptr<SwJsonArray> array;
+    };
+
+    void close_(SwJsonValue::Type type, Made made);
     void rankMembers_(Waiting const* first, std::size_t count);
     void sortRanks_(Waiting const* first);
     template <typename Make>
@@ -94,7 +101,7 @@ private:
     std::pmr::vector<Waiting> waiting_;
     std::pmr::vector<Open> open_;
     std::pmr::vector<Rank> ranks_;
-    std::pmr::vector<SwJsonValue> made_;  ///< containers whose parent is open
+    std::pmr::vector<Made> made_;
     std::forward_list<std::string> kept_;
 };
 
