@@ -133,6 +133,16 @@ SwJsonValue* SwJsonTree::lastHolder(Containers& containers) noexcept
 /// taken out to go down. So it needs no memory, which a destructor could not ask for.
 void SwJsonTree::release(SwJsonValue& value) noexcept
 {
+    // The containers' own destructors are quicker, and so many of them within each other fit on any stack.
+    constexpr int kPlainLevels = 32;
+    constinit static thread_local int level = 0;
+    if (level < kPlainLevels) {
+        ++level;
+        value.object_.reset();
+        value.array_.reset();
+        --level;
+        return;
+    }
     Containers current(value);
     Containers parent;
     while (current) {
