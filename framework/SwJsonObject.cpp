@@ -1,11 +1,12 @@
-// The members of a JSON object: nodes that never move, linked in key order, and a sorted vector to find them.
+// The members of a JSON object: nodes that never move, linked in key order; a block of them and single ones.
 #include "SwJsonObject.h"
 
 #include "sw_json_tree.h"
 
 #include <algorithm>
-#include <functional>
+#include <iterator>
 #include <memory>
+#include <utility>
 
 SwJsonObject::SwJsonObject(std::initializer_list<std::pair<std::string_view, SwJsonValue>> members) : SwJsonObject()
 {
@@ -25,8 +26,8 @@ SwJsonObject::SwJsonObject(SwJsonObject const& other) : SwJsonObject()
 
 SwJsonObject::~SwJsonObject()
 {
-    for (Node* const node : order_) {
-        destroyNode_(node);
+    for (Node* const node : inserted_) {
+        delete node;
     }
 }
 
@@ -39,9 +40,15 @@ SwJsonValue const& SwJsonObject::operator[](std::string_view key) const
 
 SwJsonValue& SwJsonObject::operator[](std::string_view key)
 {
-    auto const place = place_(key);
-    bool const isThere = place != order_.end() && (*place)->member.first == key;
-    return (isThere ? *place : insert_(place, key))->member.second;
+    if (Node* const node = findNode_(key)) {
+        return node->member.second;
+    }
+    auto made = std::make_unique<Node>(key);
+    inserted_.insert(placeInserted_(key), made.get());
+    Node* const node = made.release();
+    node->next = std::exchange(linkTo_(key), node);
+    ++size_;
+    return node->member.second;
 }
 
 void SwJsonObject::addMissing(SwJsonObject&& other)
@@ -52,37 +59,36 @@ void SwJsonObject::addMissing(SwJsonObject&& other)
             missing.push_back(std::make_unique<Node>(key, std::move(value)));
         }
     }
-    if (missing.empty()) {
-        return;
-    }
-    Order merged;
-    merged.reserve(size() + missing.size());
-    auto old = order_.begin();
+    auto const middle = static_cast<std::ptrdiff_t>(inserted_.size());
+    inserted_.reserve(inserted_.size() + missing.size());
+    Node** link = &first_;
     for (std::unique_ptr<Node>& node : missing) {
-        for (; old != order_.end() && (*old)->member.first < node->member.first; ++old) {
-            merged.push_back(*old);
+        while (*link != nullptr && (*link)->member.first < node->member.first) {
+            link = &(*link)->next;
         }
-        merged.push_back(node.release());
+        node->next = std::exchange(*link, node.get());
+        inserted_.push_back(node.release());
     }
-    merged.insert(merged.end(), old, order_.end());
-    order_.swap(merged);
-    linkInOrder_();
+    std::inplace_merge(inserted_.begin(), inserted_.begin() + middle, inserted_.end(),
+                       [](Node const* a, Node const* b) { return a->member.first < b->member.first; });
+    size_ += missing.size();
 }
 
 std::size_t SwJsonObject::erase(std::string_view key) noexcept
 {
-    auto const place = place_(key);
-    if (place == order_.end() || (*place)->member.first != key) {
+    Node* const node = findNode_(key);
+    if (node == nullptr) {
         return 0;
     }
-    Node* const node = *place;
-    if (place != order_.begin()) {
-        (*std::prev(place))->next = node->next;
+    linkTo_(key) = std::exchange(node->next, node);
+    --size_;
+    // Goes only now that nothing leads to the member: its value may hold anything.
+    SwJsonValue const value = std::move(node->member.second);
+    auto const place = placeInserted_(key);
+    if (place != inserted_.end() && *place == node) {
+        inserted_.erase(place);
+        delete node;
     }
-    order_.erase(place);
-    // Only now that nothing leads to the member: its value may hold anything.
-    node->member.second = SwJsonValue();
-    destroyNode_(node);
     return 1;
 }
 
@@ -101,44 +107,44 @@ bool operator==(SwJsonObject const& a, SwJsonObject const& b)
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin());
 }
 
-/// The first member that does not stand before the key.
-SwJsonObject::Order::const_iterator SwJsonObject::place_(std::string_view key) const noexcept
+/// The first node that does not stand before the key.
+SwJsonObject::Block::const_iterator SwJsonObject::placeInBlock_(std::string_view key) const noexcept
 {
-    return std::partition_point(order_.begin(), order_.end(),
+    return std::partition_point(block_.begin(), block_.end(),
+                                [key](Node const& node) { return node.member.first < key; });
+}
+
+SwJsonObject::Inserted::const_iterator SwJsonObject::placeInserted_(std::string_view key) const noexcept
+{
+    return std::partition_point(inserted_.begin(), inserted_.end(),
                                 [key](Node const* node) { return node->member.first < key; });
 }
 
 SwJsonObject::Node* SwJsonObject::findNode_(std::string_view key) const noexcept
 {
-    auto const place = place_(key);
-    return place != order_.end() && (*place)->member.first == key ? *place : nullptr;
+    auto const laid = placeInBlock_(key);
+    if (laid != block_.end() && laid->member.first == key && laid->next != &*laid) {
+        // As const as the object is to the callers.
+        return const_cast<Node*>(&*laid);
+    }
+    auto const single = placeInserted_(key);
+    return single != inserted_.end() && (*single)->member.first == key ? *single : nullptr;
 }
 
-SwJsonObject::Node* SwJsonObject::insert_(Order::const_iterator place, std::string_view key)
+/// What leads to the first member that does not stand before the key.
+SwJsonObject::Node*& SwJsonObject::linkTo_(std::string_view key) noexcept
 {
-    auto made = std::make_unique<Node>(key);
-    auto const here = order_.insert(place, made.get());
-    Node* const node = made.release();
-    if (here != order_.begin()) {
-        (*std::prev(here))->next = node;
+    if (first_ == nullptr || first_->member.first >= key) {
+        return first_;
     }
-    if (std::next(here) != order_.end()) {
-        node->next = *std::next(here);
+    Node* laid = block_.data() + (placeInBlock_(key) - block_.begin());
+    while (laid != block_.data() && std::prev(laid)->next == std::prev(laid)) {
+        --laid;
     }
-    return node;
-}
-
-/// One of the block stays there until the object goes.
-void SwJsonObject::destroyNode_(Node* node) noexcept
-{
-    if (std::less<>()(node, block_.data()) || !std::less<>()(node, block_.data() + block_.size())) {
-        delete node;
+    auto const single = placeInserted_(key);
+    if (laid == block_.data() ||
+        (single != inserted_.begin() && std::prev(laid)->member.first < (*std::prev(single))->member.first)) {
+        return (*std::prev(single))->next;
     }
-}
-
-void SwJsonObject::linkInOrder_() noexcept
-{
-    for (std::size_t i = 0; i < order_.size(); ++i) {
-        order_[i]->next = i + 1 < order_.size() ? order_[i + 1] : nullptr;
-    }
+    return std::prev(laid)->next;
 }

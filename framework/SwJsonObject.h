@@ -17,9 +17,8 @@
 /// Ordered map from byte-string keys to values, in plain byte order: "B" before "a" before "b".
 ///
 /// Members never move: references and iterators stay valid until their own member is erased, through insertions and
-/// when the object itself is moved. The nodes of the members are linked in their order, and a sorted vector points at
-/// them, in which a key is found by halving. What the reader or a copy lays down stands in one block; a member
-/// inserted later has memory of its own.
+/// when the object itself is moved. The nodes of the members are linked in their order. What the reader or a copy lays
+/// down stands in one block; a member inserted later has memory of its own. A key is found by halving in both.
 ///
 /// Looking up and iterating write nothing, so that any number of threads may do it at the same time.
 class SwJsonObject {
@@ -35,7 +34,7 @@ private:
         {
         }
         value_type member;
-        Node* next = nullptr;
+        Node* next = nullptr;  ///< itself when the member was erased but its node has to stay
     };
 
     template <bool IsConst>
@@ -80,7 +79,7 @@ public:
     /// Of several members with one name the last counts.
     SwJsonObject(std::initializer_list<std::pair<std::string_view, SwJsonValue>> members);
     SwJsonObject(SwJsonObject const& other);
-    SwJsonObject(SwJsonObject&& other) noexcept = default;
+    SwJsonObject(SwJsonObject&& other) noexcept : SwJsonObject() { swap(other); }
     SwJsonObject& operator=(SwJsonObject const& other) { return *this = SwJsonObject(other); }
     SwJsonObject& operator=(SwJsonObject&& other) noexcept
     {
@@ -92,8 +91,10 @@ public:
     ~SwJsonObject();
     void swap(SwJsonObject& other) noexcept
     {
-        order_.swap(other.order_);
+        std::swap(first_, other.first_);
+        std::swap(size_, other.size_);
         block_.swap(other.block_);
+        inserted_.swap(other.inserted_);
     }
 
     /// The value under `key`, or one shared Null value when it is absent; never inserts.
@@ -109,16 +110,16 @@ public:
     const_iterator find(std::string_view key) const noexcept { return const_iterator(findNode_(key)); }
     iterator find(std::string_view key) noexcept { return iterator(findNode_(key)); }
     bool contains(std::string_view key) const noexcept { return findNode_(key) != nullptr; }
-    std::size_t size() const noexcept { return order_.size(); }
-    bool empty() const noexcept { return order_.empty(); }
-    bool isEmpty() const noexcept { return order_.empty(); }
+    std::size_t size() const noexcept { return size_; }
+    bool empty() const noexcept { return size_ == 0; }
+    bool isEmpty() const noexcept { return size_ == 0; }
     void clear() noexcept { *this = SwJsonObject(); }
     /// Removes the member of that name; returns how many there were, 0 or 1.
     std::size_t erase(std::string_view key) noexcept;
 
-    const_iterator begin() const noexcept { return const_iterator(firstNode_()); }
+    const_iterator begin() const noexcept { return const_iterator(first_); }
     const_iterator end() const noexcept { return {}; }
-    iterator begin() noexcept { return iterator(firstNode_()); }
+    iterator begin() noexcept { return iterator(first_); }
     iterator end() noexcept { return {}; }
 
     /// The member names in order.
@@ -130,16 +131,17 @@ public:
 private:
     friend class SwJsonTree;
 
-    using Order = std::vector<Node*, sw_detail::JsonAllocator<Node*>>;
+    /// In both the members stand in the order of their keys.
+    using Block = std::vector<Node, sw_detail::JsonAllocator<Node>>;
+    using Inserted = std::vector<Node*>;
 
-    Node* firstNode_() const noexcept { return order_.empty() ? nullptr : order_.front(); }
-    Order::const_iterator place_(std::string_view key) const noexcept;
+    Block::const_iterator placeInBlock_(std::string_view key) const noexcept;
+    Inserted::const_iterator placeInserted_(std::string_view key) const noexcept;
     Node* findNode_(std::string_view key) const noexcept;
-    Node* insert_(Order::const_iterator place, std::string_view key);
-    void destroyNode_(Node* node) noexcept;
-    void linkInOrder_() noexcept;
+    Node*& linkTo_(std::string_view key) noexcept;
 
-    Order order_;  ///< the nodes in the order of their keys
-    std::vector<Node, sw_detail::JsonAllocator<Node>>
-        block_;  ///< those that were laid down at once; never grows beyond its first room
+    Node* first_ = nullptr;
+    std::size_t size_ = 0;
+    Block block_;  ///< what was laid down at once; never grows beyond its first room, and erased ones stay
+    Inserted inserted_;
 };

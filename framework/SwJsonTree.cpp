@@ -95,18 +95,18 @@ bool operator==(SwJsonValue const& a, SwJsonValue const& b)
     return true;
 }
 
-/// The last value of the container, null when it is empty.
-SwJsonValue* SwJsonTree::lastValue(Containers& containers) noexcept
+/// The value of the container that is next to be let go, null when there is none.
+SwJsonValue* SwJsonTree::nextValue(Containers& containers) noexcept
 {
     if (containers.object != nullptr) {
-        return containers.object->empty() ? nullptr : &containers.object->order_.back()->member.second;
+        return containers.object->first_ == nullptr ? nullptr : &containers.object->first_->member.second;
     }
     return containers.array->empty() ? nullptr : &containers.array->items_.back();
 }
 
-/// The last value that has a container itself, null when there is none; the values behind it are dropped. A container
+/// The next value that has a container itself, null when there is none; those before it are passed over. A container
 /// that somebody else holds too is left as it is.
-SwJsonValue* SwJsonTree::lastHolder(Containers& containers) noexcept
+SwJsonValue* SwJsonTree::nextHolder(Containers& containers) noexcept
 {
     if (containers.object.use_count() + containers.array.use_count() != 1) {
         return nullptr;
@@ -120,13 +120,13 @@ SwJsonValue* SwJsonTree::lastHolder(Containers& containers) noexcept
             items.pop_back();
         }
     } else {
-        SwJsonObject& object = *containers.object;
-        while (!object.empty() && !object.order_.back()->member.second.hasContainer()) {
-            object.destroyNode_(object.order_.back());
-            object.order_.pop_back();
+        // They go with the object.
+        SwJsonObject::Node*& first = containers.object->first_;
+        while (first != nullptr && !first->member.second.hasContainer()) {
+            first = first->next;
         }
     }
-    return lastValue(containers);
+    return nextValue(containers);
 }
 
 /// Goes down the tree without a stack: the way back up is kept in the very values whose containers were
@@ -146,7 +146,7 @@ void SwJsonTree::release(SwJsonValue& value) noexcept
     Containers current(value);
     Containers parent;
     while (current) {
-        if (SwJsonValue* const child = lastHolder(current)) {
+        if (SwJsonValue* const child = nextHolder(current)) {
             Containers below(*child);
             parent.giveTo(*child);
             parent = std::exchange(current, std::move(below));
@@ -155,7 +155,7 @@ void SwJsonTree::release(SwJsonValue& value) noexcept
         current = std::move(parent);
         if (current) {
             // The value that was the way down.
-            parent = Containers(*lastValue(current));
+            parent = Containers(*nextValue(current));
         }
     }
 }

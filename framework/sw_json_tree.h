@@ -16,20 +16,14 @@ public:
     static void release(SwJsonValue& value) noexcept;
 
     /// Room in an empty object for so many members.
-    static void reserve(SwJsonObject& object, std::size_t members)
-    {
-        object.order_.reserve(members);
-        object.block_.reserve(members);
-    }
+    static void reserve(SwJsonObject& object, std::size_t members) { object.block_.reserve(members); }
     /// Adds a member in the room that was reserved; its key is greater than all before. The value is made in its place.
     template <typename... Value>
     static SwJsonValue& append(SwJsonObject& object, std::string_view key, Value&&... value)
     {
         SwJsonObject::Node& node = object.block_.emplace_back(key, std::forward<Value>(value)...);
-        if (!object.order_.empty()) {
-            object.order_.back()->next = &node;
-        }
-        object.order_.push_back(&node);
+        (object.size_ == 0 ? object.first_ : (&node - 1)->next) = &node;
+        ++object.size_;
         return node.member.second;
     }
 
@@ -44,6 +38,6 @@ private:
     struct Copy;
 
     static void copyFields(SwJsonValue const& source, SwJsonValue& target);
-    static SwJsonValue* lastValue(Containers& containers) noexcept;
-    static SwJsonValue* lastHolder(Containers& containers) noexcept;
+    static SwJsonValue* nextValue(Containers& containers) noexcept;
+    static SwJsonValue* nextHolder(Containers& containers) noexcept;
 };

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <random>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -132,6 +134,41 @@ TEST(SwJsonObjectMemory, LaidDownMembersCanBeErasedAndInserted)
                 ++expected;
             }
         }
+    }
+}
+
+TEST(SwJsonObjectMemory, ErasedLaidDownMembersStayAwayUntilTheyComeBack)
+{
+    for (std::size_t const size : kSizes) {
+        SCOPED_TRACE(size);
+        SwJsonObject object = readObject(mixedText(size));
+        std::vector<std::string> keys = object.keys();
+        std::set<std::string> model(keys.begin(), keys.end());
+        std::shuffle(keys.begin(), keys.end(), std::mt19937(static_cast<unsigned>(size)));
+        auto const expectModel = [&object, &model] {
+            EXPECT_EQ(object.keys(), std::vector<std::string>(model.begin(), model.end()));
+            EXPECT_EQ(object.size(), model.size());
+        };
+        for (std::string const& key : keys) {
+            ASSERT_EQ(object.erase(key), model.erase(key));
+            ASSERT_EQ(object.erase(key), 0U);
+            ASSERT_FALSE(object.contains(key));
+            // Every other one comes back at once, among erased ones and such that are still to go.
+            if ((key.back() - '0') % 2 == 0) {
+                object[key] = 7;
+                model.insert(key);
+                ASSERT_EQ(object.find(key)->second.toInt(), 7);
+            }
+        }
+        expectModel();
+        for (std::string const& key : keys) {
+            object.insertOrAssign(key, 8);
+            model.insert(key);
+            ASSERT_EQ(object.erase(key), model.erase(key));
+            object[key + "a"] = 9;
+            model.insert(key + "a");
+        }
+        expectModel();
     }
 }
 
