@@ -1,19 +1,21 @@
 // The signal handler behind interrupted(); reading, decoding and writing end early when it is set.
 #include "media/interrupt.h"
 
+#include <atomic>
 #include <csignal>
 #include <signal.h>
 
 namespace media {
 namespace {
 
-volatile std::sig_atomic_t gSignal = 0;
+// Set on whichever thread the signal meets, asked on all; a handler may use an atomic that needs no lock.
+std::atomic<int> gSignal = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 
 extern "C" void onInterrupt(int signal)
 {
-    if (gSignal == 0) {
-        gSignal = signal;
-    }
+    int none = 0;
+    gSignal.compare_exchange_strong(none, signal);
 }
 
 }  // namespace
