@@ -12,7 +12,7 @@ for test in $(grep -ohE '[a-z0-9_/]+_test\b' docs/quality.md docs/security.md | 
         missing=1
     fi
 done
-for script in $(grep -ohE 'scripts/[a-z-]+' docs/quality.md docs/security.md | sort -u); do
+for script in $(grep -ohE 'scripts/[a-z0-9-]+' docs/quality.md docs/security.md | sort -u); do
     if [ ! -x "$script" ]; then
         echo "no such script: $script" >&2
         missing=1
