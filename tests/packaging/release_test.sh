@@ -21,6 +21,7 @@ stand_in() {
 }
 stand_in test
 stand_in abi
+stand_in test-package
 stand_in package 'mkdir -p build/packages; echo deb >build/packages/a.deb; echo {} >build/packages/a.spdx.json'
 echo /build/ >.gitignore
 echo 'project(stanag_overlay VERSION 1.2.0 LANGUAGES CXX' >CMakeLists.txt
