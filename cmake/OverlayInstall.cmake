@@ -50,6 +50,12 @@ if(OVERLAY_HOST)
     endif()
 endif()
 
+# Recipes for many clips, beside the program.
+if(TARGET stanag-overlay)
+    install(DIRECTORY fleet/ DESTINATION ${CMAKE_INSTALL_DATADIR}/stanag-overlay/fleet
+        COMPONENT program USE_SOURCE_PERMISSIONS)
+endif()
+
 # Apart, for those who package: it needs GStreamer. With the prefix /usr this is GStreamer's own folder.
 if(TARGET gststanagoverlay)
     install(TARGETS gststanagoverlay

@@ -1,0 +1,95 @@
+# shellcheck shell=bash
+# What the scripts of this folder share; sourced, never run.
+
+# Every place of one clip follows from the output folder and the clip's file name:
+#   OUT/NAME                 the annotated clip
+#   OUT/summaries/NAME.json  what the burn told
+#   OUT/logs/NAME.log        what it said, one part for each attempt
+# NAME is the clip's own, or with FLEET_ENDING its name with that ending instead of its own, or FLEET_NAME.
+
+# fail TEXT: ends the script with exit code 2; the caller was wrong.
+fail() {
+    echo "${0##*/}: $1" >&2
+    exit 2
+}
+
+# one_line WHAT TEXT: refuses texts that would fall apart in lists and tables.
+one_line() {
+    [[ $2 != *[[:cntrl:]]* ]] || fail "$1 ${2@Q} holds a line feed or another control character; rename it"
+}
+
+# need_file WHAT PATH
+need_file() {
+    one_line "$1" "$2"
+    if [ ! -f "$2" ] || [ ! -r "$2" ]; then fail "$1 ${2@Q} is no file that can be read"; fi
+}
+
+# need_command NAME PACKAGE
+need_command() {
+    command -v "$1" >/dev/null || fail "$1 is not installed; it is in the package $2"
+}
+
+# program: the overlay program, which FLEET_PROGRAM may name.
+program() {
+    printf '%s' "${FLEET_PROGRAM:-stanag-overlay}"
+}
+
+need_program() {
+    command -v "$(program)" >/dev/null ||
+        fail "$(program) is not there; install it, or name it by FLEET_PROGRAM"
+}
+
+# absolute PATH: what names the same file wherever a job starts.
+absolute() {
+    case $1 in
+        /*) printf '%s' "$1" ;;
+        *) printf '%s/%s' "$PWD" "$1" ;;
+    esac
+}
+
+# output_name CLIP: sets REPLY to the name of its output. No process is started for it: there are many clips.
+output_name() {
+    REPLY=${FLEET_NAME:-${1##*/}}
+    if [ -n "${FLEET_ENDING:-}" ]; then
+        [[ $REPLY != ?*.* ]] || REPLY=${REPLY%.*}
+        REPLY+=.$FLEET_ENDING
+    fi
+}
+
+# read_list LIST: its lines become the array `clips`; refuses what could not be told apart.
+read_list() {
+    need_file "the list" "$1"
+    clips=()
+    local line number=0
+    local -A taken=()
+    while IFS= read -r line || [ -n "$line" ]; do
+        number=$((number + 1))
+        [ -n "$line" ] || fail "$1: line $number is empty"
+        [[ $line != *[[:cntrl:]]* ]] || fail "$1: line $number holds a control character: ${line@Q}; rename the clip"
+        output_name "$line"
+        [ -z "${taken[$REPLY]:-}" ] ||
+            fail "$1: line $number: ${line@Q} would replace the output of line ${taken[$REPLY]}; use two lists and folders"
+        taken[$REPLY]=$number
+        clips+=("$line")
+    done <"$1"
+    [ ${#clips[@]} -gt 0 ] || fail "$1: lists no clip"
+}
+
+# is_done CLIP CONFIG OUT: whether its output is there, whole, and not older than what it is made from.
+is_done() {
+    output_name "$1"
+    local output=$3/$REPLY summary=$3/summaries/$REPLY.json
+    [ -s "$output" ] && [ -s "$summary" ] && [[ $(<"$summary") == *$'\n  "exitCode": 0,\n'* ]] &&
+        [ ! "$1" -nt "$output" ] && [ ! "$2" -nt "$output" ]
+}
+
+# requeue_when_killed CODE: for a task of a job array. Killed by a signal, for want of memory or by somebody: that may go
+# well the next time. What is wrong with a clip or the command line stays wrong.
+requeue_when_killed() {
+    local most_restarts=3
+    if [ "$1" -gt 128 ] && [ "${SLURM_RESTART_COUNT:-0}" -lt "$most_restarts" ]; then
+        echo "exit code $1: queued again"
+        scontrol requeue "${SLURM_ARRAY_JOB_ID}_$SLURM_ARRAY_TASK_ID"
+        sleep 60 # the requeue ends this script
+    fi
+}

@@ -1,0 +1,87 @@
+#!/usr/bin/env bash
+# Burns one long recording on many nodes: pieces of equal length as a job array, and a job that joins them.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+if [ ! -f "$here/lib.sh" ]; then
+    echo "burn_long.sh: run it as it is, it calls sbatch itself" >&2
+    exit 2
+fi
+# shellcheck source-path=SCRIPTDIR source=../lib.sh
+. "$here/lib.sh"
+
+if [ "${1:-}" = --help ]; then
+    cat <<'HELP'
+usage: burn_long.sh [--wait] INPUT CONFIG OUTPUT PIECES [BURN_OPTION...]
+
+Cuts INPUT into PIECES parts of equal length, burns each as a task of its own and joins them to OUTPUT. The texts on every
+picture are those of one burn. The pieces stand in OUTPUT.pieces, which goes when OUTPUT is there; when one fails, they
+stay, OUTPUT is as it was, and the same command burns only what is missing. Paths must mean the same on all nodes.
+
+  --wait          return when all is done, with exit code 0 when OUTPUT is there, else 1
+  BURN_OPTION     passed on to `stanag-overlay burn`, such as --crf 28; not --from and --to
+  FLEET_PROGRAM   the program (default: stanag-overlay)
+  SBATCH_...      where and how the tasks run; FLEET_CPUS is the number of processors of a task (default: 1)
+HELP
+    exit 0
+fi
+
+wait=()
+if [ "${1:-}" = --wait ]; then
+    wait=(--wait)
+    shift
+fi
+[ $# -ge 4 ] || fail "give INPUT, CONFIG, OUTPUT and PIECES; burn_long.sh --help tells more"
+input=$1 config=$2 output=$3 pieces=$4
+shift 4
+need_file "the input" "$input"
+need_file "the configuration" "$config"
+one_line "the output" "$output"
+[[ $pieces =~ ^[1-9][0-9]{0,3}$ ]] || fail "the number of pieces ${pieces@Q}: give one from 1 to 9999"
+[[ ${output##*/} == ?*.* ]] || fail "the output ${output@Q} has no ending that names its container"
+for option in "$@"; do
+    case $option in
+        --from | --from=* | --to | --to=* | --summary | --summary=*) fail "$option: the pieces have their own" ;;
+    esac
+done
+need_command sbatch slurm-client
+need_command ffmpeg ffmpeg
+need_command ffprobe ffmpeg
+need_program
+
+input=$(absolute "$input")
+config=$(absolute "$config")
+output=$(absolute "$output")
+[ -d "${output%/*}" ] || fail "the folder ${output%/*} does not exist; create it first"
+
+# Of the pictures; where they do not say, of the whole.
+seconds() {
+    ffprobe -v error "$@" -of csv=p=0 -i "file:$input" 2>/dev/null || true
+}
+length=$(seconds -select_streams V:0 -show_entries stream=duration)
+length=${length%%$'\n'*}
+[[ $length =~ ^[0-9]+(\.[0-9]+)?$ ]] || length=$(seconds -show_entries format=duration)
+[[ $length =~ ^[0-9]+(\.[0-9]+)?$ ]] || fail "$input: does not say how long it is"
+
+folder=$output.pieces
+# Pieces of another cut are of no use.
+plan="$pieces pieces of $length s: $*"
+if [ -d "$folder" ] && [ "$(cat -- "$folder/plan" 2>/dev/null || true)" != "$plan" ]; then
+    rm -rf -- "$folder"
+fi
+mkdir -p "$folder/logs/slurm"
+printf '%s\n' "$plan" >"$folder/plan"
+printf '%s\n' "${output##*.}" >"$folder/ending"
+awk -v length_="$length" -v pieces="$pieces" \
+    'BEGIN { for (cut = 1; cut < pieces; ++cut) printf "%.3f\n", length_ * cut / pieces }' >"$folder/cuts"
+export FLEET_HOME=$here
+
+job=$(sbatch --parsable --requeue --export=ALL --job-name=burn-piece --array="1-$pieces" --ntasks=1 \
+    --cpus-per-task="${FLEET_CPUS:-1}" --output="$folder/logs/slurm/%A_%a.log" \
+    "$here/slurm/long_task.sh" "$input" "$config" "$folder" "$@")
+echo "burn_long: $pieces pieces, job ${job%%;*}"
+sbatch --parsable --requeue --export=ALL --job-name=burn-join --dependency="afterany:${job%%;*}" --ntasks=1 \
+    --output="$folder/logs/slurm/join_%j.log" "${wait[@]}" "$here/slurm/join_pieces.sh" "$folder" "$output" >/dev/null ||
+    {
+        cat -- "$folder/missing" >&2
+        exit 1
+    }
