@@ -50,10 +50,12 @@ if(OVERLAY_HOST)
     endif()
 endif()
 
-# Recipes for many clips, beside the program.
+# Recipes for many clips and for services, beside the program.
 if(TARGET stanag-overlay)
     install(DIRECTORY fleet/ DESTINATION ${CMAKE_INSTALL_DATADIR}/stanag-overlay/fleet
-        COMPONENT program USE_SOURCE_PERMISSIONS)
+        COMPONENT program USE_SOURCE_PERMISSIONS PATTERN systemd EXCLUDE)
+    configure_file(fleet/systemd/stanag-overlay@.service.in stanag-overlay@.service @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/stanag-overlay@.service DESTINATION lib/systemd/system COMPONENT program)
 endif()
 
 # Apart, for those who package: it needs GStreamer. With the prefix /usr this is GStreamer's own folder.

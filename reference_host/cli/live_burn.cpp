@@ -7,6 +7,7 @@
 #include "cli/live_counters.h"
 #include "cli/messages.h"
 #include "cli/output_check.h"
+#include "cli/service_notice.h"
 #include "clip/live_clip.h"
 #include "clip/live_writer.h"
 #include "media/interrupt.h"
@@ -50,6 +51,7 @@ class Reporter {
 public:
     Reporter(std::string input, BurnReport& report) : input_(std::move(input)), report_(report), reports_(Clock::now())
     {
+        manager_.ready();
     }
 
     void written(clip::LiveFrame const& frame, AVRational frameRate)
@@ -57,7 +59,9 @@ public:
         if (!frame.picture) {
             return;
         }
-        reports_.sent(std::chrono::duration<double>(Clock::now() - frame.arrival).count());
+        Clock::time_point const now = Clock::now();
+        manager_.alive(now);
+        reports_.sent(std::chrono::duration<double>(now - frame.arrival).count());
         first_ = first_.value_or(frame.seconds);
         ++report_.frames;
         report_.videoSeconds = frame.seconds - *first_ + 1.0 / av_q2d(frameRate);
@@ -72,12 +76,20 @@ public:
             say(clip);
         }
     }
-    void say(clip::LiveClip const& clip) { note(input_ + ": " + reports_.take(clip.counts(), clip.telemetryAge())); }
+    void say(clip::LiveClip const& clip)
+    {
+        std::string const line = reports_.take(clip.counts(), clip.telemetryAge());
+        note(input_ + ": " + line);
+        manager_.status(line);
+    }
+    /// No more pictures are read.
+    void ending() { manager_.stopping(); }
 
 private:
     std::string input_;
     BurnReport& report_;
     LiveReports reports_;
+    ServiceNotice manager_;
     std::optional<double> first_;  ///< when the first picture is shown
 };
 
@@ -119,6 +131,7 @@ void runLiveBurn(BurnOptions const& options, BurnReport& report)
         [&writer](media::SideUnit& unit, media::LiveProgram const& program) { writer.addSide(unit, program); });
     Reporter reporter(options.input, report);
     burnUntilTheEnd(input, clip, writer, reporter);
+    reporter.ending();
     writer.finish();
     reporter.look(clip, writer);
     reporter.say(clip);
