@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Reads JSON without each of the framework's quick ways in turn and writes what it costs into benchmarks/README.md. Each
 # of them is taken out of a copy of the sources; the benchmark runs with the library that is made of it.
 #   benchmarks/ablate_json.sh BUILD_DIR

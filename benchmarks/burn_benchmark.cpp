@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What `burn` adds to decoding and encoding: processor time of the program's own thread outside of the decoder and the
 // encoder, whose calls are wrapped here and whose other threads do not count.
 //   burn_benchmark CLIP CONFIG.json OUTPUT

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the editor's pictures cost where somebody works on a configuration. Prints milliseconds, medians but for the
 // first: opening the clip with a picture there, another text, another text of a configuration without bound, the next
 // picture, a jump.

@@ -1,4 +1,6 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """From a typed letter to the new picture in the editor's page, and pictures a second while it plays.
 
     benchmarks/edit_in_browser.py PROGRAM CLIP CONFIG.json

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads and writes the same JSON with the framework and with three well-known libraries in one run, so that
 // the numbers may be compared as ratios: a telemetry payload of 46 members, and a configuration of 1 MB.
 // What each library writes from its own tree of the same text is as compact as it can.

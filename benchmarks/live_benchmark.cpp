@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From packet in to packet out: sends a clip over loopback through a command at the clip's pace and measures how much
 // later each picture comes out than it went in.
 //   live_benchmark NAME CLIP SECONDS -- COMMAND...     {in} and {out} in COMMAND become addresses

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Times our painter against the usual ones: the same texts, the same pictures, one thread, one after the other.
 //   painter_benchmark FOLDER [SECONDS]
 // Each painter draws each scene for SECONDS (3). Into FOLDER go painter.md, painter.svg and one PNG of each painter.

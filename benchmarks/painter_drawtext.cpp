@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // FFmpeg's drawtext as an opponent: a filter for each block of the scene.
 #include "painter_scene.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // libass as an opponent: one event for each block; its bitmaps are blended in place, luma by coverage and chroma by
 // the mean coverage of its pixels, in plain loops as FFmpeg's ass filter has them.
 #include "painter_scene.h"

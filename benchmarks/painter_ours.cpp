@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Our painter as the render plugin uses it, and the lower limit that follows from its boxes.
 #include "painter_scene.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a benchmark run leaves behind: the table, the plot, one picture of each painter.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The scenes that all painters draw: six blocks of three lines on NV12 pictures.
 #pragma once
 

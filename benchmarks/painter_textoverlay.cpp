@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // GStreamer's textoverlay as an opponent: one element for each block, driven without a pipeline's threads by the
 // harness that GStreamer tests its elements with.
 #include "painter_scene.h"

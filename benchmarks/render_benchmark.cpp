@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin's own share of a frame: render() with a painter that does nothing, against the pass written
 // plainly and against what the common text filter costs for the same six blocks.
 //   render_benchmark [--table=FILE] [options of Google Benchmark]

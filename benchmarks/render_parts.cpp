@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Template, condition, number and date, each alone, against the plain units and the plainest use of the
 // standard streams.
 #include "render_parts.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Benchmarks of the parts of a frame: expansion, conditions, one number, one date.
 #pragma once
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Measures what `burn` adds to decoding and encoding and writes the table into benchmarks/README.md.
 #   benchmarks/run_burn.sh BUILD_DIR
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Measures the editor's pictures at 1080p against a run of `frame`, and writes the table into benchmarks/README.md.
 #   benchmarks/run_edit.sh BUILD_DIR
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Measures the GStreamer element against textoverlay and writes the table into benchmarks/README.md.
 #   benchmarks/run_gstreamer.sh BUILD_DIR [FRAMES]
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Runs the benchmark of reading and writing JSON and writes its table into benchmarks/README.md.
 #   benchmarks/run_json.sh BUILD_DIR [options of Google Benchmark]
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Measures the delay of live work against ffmpeg's drawtext and writes the table into benchmarks/README.md.
 #   benchmarks/run_live.sh BUILD_DIR [SECONDS]
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Runs the benchmark of the painter and writes its tables, plot and pictures into benchmarks/.
 #   benchmarks/run_painter.sh BUILD_DIR [SECONDS]      SECONDS for each painter and scene (3)
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Runs the benchmark of the plugin's share of a frame and writes its tables into benchmarks/README.md.
 #   benchmarks/run_render.sh BUILD_DIR [options of Google Benchmark]
 set -euo pipefail

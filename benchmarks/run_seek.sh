@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Measures `frame --at` in an hour of 1080p and writes the table into benchmarks/README.md.
 #   benchmarks/run_seek.sh BUILD_DIR [FOLDER]      FOLDER keeps the clip of some gigabytes for the next run
 set -euo pipefail

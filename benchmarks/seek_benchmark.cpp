@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What `frame --at` cannot do without: reading the clip up to a time, and decoding from the key picture before it.
 // Prints both in seconds of processor time.
 //   seek_benchmark CLIP SECONDS

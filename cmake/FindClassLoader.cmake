@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # class_loader and what it needs, without its own package configuration: that one runs a Python helper
 # which fails when another python3 comes before the system's on the path.
 #   ClassLoader::class_loader

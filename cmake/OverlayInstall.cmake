@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Install rules and the exported package StanagOverlay: what a host needs to be built (headers, framework,
 # reference imaging library) and to run (the plugin, the program). Nobody links against the plugin; the package
 # tells where its library is.

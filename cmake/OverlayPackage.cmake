@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # The Debian packages: one for every component of the install rules. scripts/package runs this and finishes what CPack
 # makes; the version is that of project(), the maintainer stands here and nowhere else.
 set(CPACK_GENERATOR DEB)

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Build settings shared by every target of the project.
 add_library(overlay_settings INTERFACE)
 target_compile_options(overlay_settings INTERFACE

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # overlay_test(NAME LABEL SOURCES file... LIBS target...): executable, test and label in one line. A test
 # in which a row was skipped counts as skipped, never as passed. What starts threads has the label "unit;threads" and
 # runs under ThreadSanitizer too.

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Builds for ARM64 on another Debian machine: its cross compiler, and a folder of ARM64 packages that
 # scripts/sysroot-arm64 fills. What is built runs in the emulator of qemu-user; the variable QEMU_CPU names the
 # processor.

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Completion of stanag-overlay for fish.
 function __stanag_overlay_command
     set -l words (commandline -opc)

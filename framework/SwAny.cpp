@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The variant: storage, typed access and conversion through the process-wide registry. Hosts hand frame
 // inputs to the plugin as such values; the rules themselves stand in SwAnyConversions.cpp.
 #include "SwAny.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The framework's variant: one value of any copyable type, the run-time name of that type, and a
 // process-wide registry of conversions. Host and plugin share it because the framework is one shared
 // library. Reading and converting are safe from several threads on different values.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The registry's contents: the framework's own types and their 26 conversions, in the order in which
 // they are listed per source type. SwAny looks them up by type name.
 #include "sw_any_registry.h"

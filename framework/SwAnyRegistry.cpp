@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Storage and look-up of the variant's registry; its built-in contents stand in SwAnyConversions.cpp.
 #include "sw_any_registry.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Text encryption over libcrypto's EVP interface: the block cipher, the key of a pass phrase, base64,
 // and the text operations made of them. SwString and, through it, the JSON reader and writer call it.
 #include "SwCrypto.h"

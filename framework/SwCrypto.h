@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // String encryption over OpenSSL's EVP interface. What it is: AES in ECB mode under the unsalted
 // SHA-256 of a pass phrase, without authentication. What it is not: protection against anybody who
 // can compare or change cipher texts: equal texts under one phrase have equal cipher texts, and nobody

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The framework's JSON: value tree, reader and writer.
 //
 // Differences from RFC 8259, all on purpose (tests/framework/json_reader*_test.cpp pin each):

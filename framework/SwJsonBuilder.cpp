@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From the reader's steps to the value tree: records while a container is open, exact memory when it closes.
 #include "sw_json_builder.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Chunks of memory that the containers of one document share.
 #include "SwJsonMemory.h"
 

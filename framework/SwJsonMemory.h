@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory of the JSON containers, which declare their vectors with it; no concern of their users. While a document is
 // read, its containers share chunks: one by one, those of a configuration of 1 MB would take and give back tens of
 // thousands of blocks.

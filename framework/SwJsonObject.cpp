@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The members of a JSON object: nodes that never move, linked in key order; a block of them and single ones.
 #include "SwJsonObject.h"
 

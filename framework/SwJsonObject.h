@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The ordered map of the JSON tree: an object, whose members stand in the order of their names.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON reader: text to value tree in one pass, with string coercion and decryption on the way. Open
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
 #include "SwCrypto.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Strings with escapes, with the exact place of a problem, and numbers that are not short.
 #include "sw_json_scan.h"
 

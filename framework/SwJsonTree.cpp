@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What goes through a whole JSON tree: deep copy, comparison, destruction. None of it recurses with the
 // depth of the tree, so that a million levels fit on the smallest thread.
 #include "sw_json_tree.h"

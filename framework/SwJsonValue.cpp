@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON value and its short text form. The reader fills trees of such values, the writer walks them,
 // configuration and payload live in them. What goes through a whole tree stands in SwJsonTree.cpp.
 #include "SwJsonValue.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One JSON value: the node of the tree that the reader builds and the writer walks.
 #pragma once
 

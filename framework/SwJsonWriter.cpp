@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON writer: value tree to text, compact or indented, in the clear or with encrypted scalars. Open
 // containers stand on a stack of its own, so that depth costs memory and never the thread's stack.
 #include "SwCrypto.h"

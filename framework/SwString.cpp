@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The byte string and its lenient number conversions. The JSON reader and the variant's conversions
 // turn text into numbers through this unit only; the writer builds its output in an SwString.
 #include "SwString.h"

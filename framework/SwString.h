@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The framework's byte string: UTF-8 by convention, never validated.
 // Its number conversions are lenient on purpose and report failure by a flag and one line on
 // standard error, never by an exception. All numbers are read in the "C" locale whatever locale

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The variable stays behind functions: one that a header declared would be another one in every library whose symbols
 // are bound locally.
 #include "SwThreadTime.h"

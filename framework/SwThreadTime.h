@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One time for each thread, kept in this library: whoever links it, host or plugin, by whatever way it was loaded,
 // reads what the other has set.
 #pragma once

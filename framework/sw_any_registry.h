@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The registry behind SwAny: operations by type name and conversions by pair of names. Internal.
 #pragma once
 

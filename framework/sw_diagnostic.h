@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One-line diagnostics of the framework on standard error. Internal: not installed, not included by
 // public headers.
 #pragma once

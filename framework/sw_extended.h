@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Extended precision: 64 bits of fraction, the long double of an x86 processor. Elsewhere a long double has 113, and
 // the same text and the same payload would be another number. Whoever computes in long double rounds here after each
 // conversion and operation, so that a configuration means the same on every processor; on x86 nothing is to be done.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Fixed notation. A frame shows dozens of such numbers, nearly all of them short: those are scaled and rounded in
 // whole-number arithmetic, the others go to the library's exact conversion.
 #include "sw_fixed_number.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Doubles in fixed notation: the one rounding behind the values on the picture, the numbers of JSON text and the text
 // form of a JSON value. Internal.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The tokens of JSON text: white space, strings and numbers of a zero-terminated text. Internal.
 // Each step takes the cursor and gives the new one, null after a problem; so it stays in a register of the processor.
 // All of them may look at the terminator, which is neither white space nor digit nor letter.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What goes through a whole JSON tree: deep copy, comparison, destruction, and how the reader lays objects down.
 // Internal.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The one handle of the "C" locale. It lives as long as the process: numbers are read until the very end.
 #include "sw_text.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What reading bytes as text needs everywhere: classes of bytes as the "C" locale has them, and that locale itself
 // for the C functions that take one. Internal to this project: not installed, not included by public headers.
 #pragma once

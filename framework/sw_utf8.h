@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // UTF-8 for everybody who reads it: any bytes are a text. Internal.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The configuration check against the plugin's parser: what the check says of any text, and what it does not say, is
 // what the records hold; and the keys that it names in any template are those that the plugin looks up.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A condition and a history of payloads against a plain model of both.
 //
 // Input: the first line is the "condition" member; each further line is one frame, the nanoseconds since the

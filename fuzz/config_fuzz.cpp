@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes as a configuration: whatever the parser makes of them stays within its bounds, every member that
 // the schema names takes any value, and the schema stays readable with any keys.
 #include "overlay_numbers.h"

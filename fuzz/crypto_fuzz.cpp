@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes as plain text, as base64 and as cipher text; the first byte says how many of the next are the
 // pass phrase. Round trips hold and decryption never throws.
 #include "SwCrypto.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes as a transport stream: through demuxer, frame reader and telemetry decoder, as the program
 // takes a clip, and its tables into an output's. Beyond not crashing: pictures are numbered without gaps, every side
 // unit has its place in time, no packet is used that was not counted, as many bytes reach the demuxer as come in, and

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any request to the editor's server. Bytes: the request's head as lines, an empty line, its body.
 //   first line: method and target, "PUT /api/config"; further lines: headers
 // Nobody without the own Host and the cookie or the token gets more than a refusal; what is refused by the head is

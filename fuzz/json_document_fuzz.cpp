@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes as a JSON document. What can be read is written, compact and indented, and read again: the same
 // tree but for doubles, which come back cut to six decimals; from then on the text stays the same.
 #include "json_fuzz_support.h"

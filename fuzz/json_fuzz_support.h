@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Shared by the JSON fuzz targets: quiet diagnostics, a failing check, the index of an error message.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes as a JSON document under a key: the first byte says how many of the next are the key. Nothing
 // throws; what can be read is written with the key and comes back as the kinds of its texts say.
 #include "json_fuzz_support.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any text as JSON Lines: it is read line by line, so that reading the lines apart gives the same packets
 // and fails at the same line. Values come as they are written: a plain tree of the same line says how.
 #include "telemetry/telemetry.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes as a stream unit: what is decoded and encoded again decodes to the same payload, and
 // what people read of it can be made.
 #include "telemetry/derived_keys.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any text at any size, pen thickness and anchor on any small picture: no byte outside the planes is touched, no
 // pixel outside the measured box changes, and drawing again looks the same.
 //

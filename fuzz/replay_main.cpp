@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs every file of the folders and files on the command line through a fuzz target, in the order of
 // their names. The ordinary tests use it where libFuzzer is not at hand.
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any template over any block and payload: the same text as the plain formatter's, and never longer than
 // the template with every percent sign replaced by the longest value.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts and boxes as GStreamer's structures.
 #include "drawn_texts.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The element as GStreamer's type: its class, its birth and death, its states. The base class queues pictures and lets
 // them leave by a thread of its own; video_pads.h has what goes beside them, telemetry_pads.h the other pads,
 // picture_pass.h the way of a picture, element_settings.h the properties.

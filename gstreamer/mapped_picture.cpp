@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // NV12 of GStreamer as the plugin's host knows it.
 #include "mapped_picture.h"
 

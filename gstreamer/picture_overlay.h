@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One element's pictures on their way through the plugin: what is drawn, how, and at what time.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Time, telemetry and drawing of a picture; the rules of waiting stand in telemetry_inbox.h, the drawing in
 // picture_overlay.h.
 #include "picture_pass.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The meeting of telemetry and pictures in a live pipeline.
 #include "telemetry_inbox.h"
 

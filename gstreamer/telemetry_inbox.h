@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the threads that bring telemetry meet the one that brings pictures. Each telemetry pad of an element is a
 // producer; a picture takes of each the newest packet that is not later, and may wait a moment for it.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From buffers and events of KLV to the inbox.
 #include "telemetry_pads.h"
 

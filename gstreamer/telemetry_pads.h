@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pads that telemetry comes through. The base class waits for data on all its pads, without an end in recordings,
 // but telemetry may be late, missing or never come. So these hand what they get to the inbox themselves, and to the
 // base class they count as pads whose stream has ended: it waits for the video alone.

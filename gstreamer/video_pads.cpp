@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Events and queries of the video. The base class would make a stream-start of its own, drop tags and answer
 // allocations itself; behind the element the stream is to be the video's, so that these go past it.
 #include "video_pads.h"

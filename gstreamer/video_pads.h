@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The video's two pads: what passes beside pictures, and what is asked. Events go through as they are.
 #pragma once
 

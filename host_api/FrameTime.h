@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The time of the frame that a host renders. Render plugins measure holds and delays by it; a host that gives none
 // leaves them the steady clock, which suits live pictures. A host that works on recordings gives each frame its
 // presentation time, so that the same clip gives the same picture however long the work takes:

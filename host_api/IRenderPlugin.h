@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The interface of a render plugin, found through class_loader under the base name "IRenderPlugin".
 #pragma once
 

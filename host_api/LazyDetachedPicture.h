@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Copy-on-write access to a frame's shared picture. The first caller that wants to draw makes a
 // private copy; every later caller of the same frame gets that same copy. Safe from several threads;
 // the copy itself is made without holding the lock, and the first copy stored wins.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The host's drawing facility: pen, measuring, boxes and text on a mapped NV12 picture. The imaging library implements
 // it.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The host's picture types as a render plugin sees them. Implemented by the imaging library
 // (libZelvoTools): the real one in the field, the reference one in reference_host/imaging here.
 #pragma once

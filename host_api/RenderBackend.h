@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The host's render backend: it makes a picture's planes reachable for the processor.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What render plugins share: input requirements and the view of a frame's inputs by producer.
 // Header-only, so that it becomes part of every plugin.
 #pragma once

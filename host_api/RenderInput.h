@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One input of a frame, and the records of the producers that deliver inputs.
 #pragma once
 

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Draws "frame,new,heap,resident" (bytes) as an SVG: MiB against frames. Called by scripts/soak.
 function x(frame) { return left + width * frame / frames }
 function y(bytes) { return top + height * (1 - bytes / (ceiling * mib)) }

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Replaces the global operator new and delete: the dynamic linker gives these to every library.
 #include "allocation_counter.h"
 

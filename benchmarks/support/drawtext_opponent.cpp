@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // buffer -> drawtext -> ... -> drawtext -> buffersink, and the pictures that pass through.
 #include "drawtext_opponent.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The common way to burn text into video, as an opponent: FFmpeg's drawtext filter, one for each block, in a graph of
 // one thread that draws on NV12 pictures in place.
 #pragma once

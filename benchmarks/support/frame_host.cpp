@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A flight in numbers, and the six blocks that show it.
 #include "frame_host.h"
 

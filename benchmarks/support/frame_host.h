@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a host keeps around a plugin, for benchmarks: one picture and its mapping, inputs, payloads, frames
 // that follow each other. And the telemetry and configuration that the benchmarks of a frame share.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Painter, picture and pool that do nothing. Not inlined into the plugin, as little as the real ones are.
 #include "null_imaging.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // An imaging library of empty calls: what is left of a frame is the plugin's own share.
 #pragma once
 

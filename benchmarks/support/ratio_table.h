@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Collects the times of a benchmark run and writes them as ratios: times differ from machine to machine,
 // ratios of one run much less. What else runs on the machine only ever adds, so the least of the repetitions counts.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The smallest host: loads the plugin and lets it draw one frame of telemetry on a grey picture.
 //   minimal_host PATH_OF_PLUGIN_LIBRARY
 #include "IRenderPlugin.h"

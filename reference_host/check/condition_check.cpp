@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // When a block is shown: its members are read only where the condition counts at all, and shortcuts overrule others.
 #include "check/condition_check.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The configuration check: the members of blocks, and the telemetry keys that blocks use.
 #include "check/config_check.h"
 

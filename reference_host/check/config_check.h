@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the plugin's forgiving parser would silently change in a configuration. Written from the rules of
 // the configuration, not from the plugin's code: the program sees the plugin only through its interface.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The first look at a configuration, before its members are compared with what the parser makes of them.
 #include "check/config_text.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A configuration's file and what makes its text no configuration at all, with its place: the plugin silently takes
 // such a text for an empty one.
 #pragma once

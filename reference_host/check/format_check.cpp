@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Formats of single keys: each member by its own rule, the two bounds together, the conversions of dates.
 #include "check/format_check.h"
 

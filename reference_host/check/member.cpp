@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Comparing one member with what its record holds, and the sentences about it.
 #include "check/member.h"
 

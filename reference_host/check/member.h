@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One value of the configuration, as the file has it and as the JSON reader gives it, and what is said about it.
 #pragma once
 

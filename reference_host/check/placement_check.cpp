@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Boxes against the picture and against each other; the check command shows what comes out.
 #include "check/placement_check.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the blocks of a configuration stand on a picture: what a person cannot read, and positions that would place a
 // block better. Knows boxes only; who draws them is not its concern.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a block's record holds for a value that the JSON reader gives: the rules of the configuration, one function
 // each. Every message of the check is made from what these return.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Suggestions for misspelt keys; used by the configuration check.
 #include "check/suggestion.h"
 

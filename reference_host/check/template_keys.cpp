@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Placeholder reading for the configuration check; the same grammar as the plugin's template expansion.
 #include "check/template_keys.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads a configuration a second time, with a mark in front of every scalar, so that the reader keeps it as a text.
 #include "check/written_config.h"
 

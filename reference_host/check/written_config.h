@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What stands in a configuration file, before the JSON reader has given quoted numbers and literals their kinds: the
 // reader makes 8 of "010" and 0 of "99999999999", and only the file still knows.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Scheme, host and port of live addresses, as far as it takes to see what cannot work.
 #include "cli/address_check.h"
 

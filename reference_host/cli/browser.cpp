@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A process that nobody has to wait for: its parent ends at once, so that init takes it over.
 #include "cli/browser.h"
 

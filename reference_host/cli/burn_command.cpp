@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // burn: draws the telemetry into every picture of a clip and writes a new clip, with the telemetry
 // streams and the sound copied beside it.
 #include "cli/address_check.h"

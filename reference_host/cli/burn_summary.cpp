@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The summary of a burn: gathered while it runs, written at its end.
 #include "cli/burn_summary.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a burn did, for those who run many: one JSON object, also when it failed.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // check: what of a configuration the plugin's forgiving parser would silently change, one line each.
 #include "check/config_check.h"
 #include "check/placement_check.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The commands of the program. Each writes its result to its output and remarks to standard error; what
 // makes it impossible is thrown: WrongUsage and media::UnknownChoice for options that cannot be meant,
 // std::runtime_error with one line for everything else.

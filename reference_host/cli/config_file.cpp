@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin's parser is forgiving and silent, which suits a running video host; somebody at a terminal
 // wants to know. This unit stands between the file and setConfig.
 #include "cli/config_file.h"

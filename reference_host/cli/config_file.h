@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads a configuration and refuses what the plugin would silently take for an empty one.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tables that spreadsheets, map programs and data tools read (RFC 4180).
 #pragma once
 

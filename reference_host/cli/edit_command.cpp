@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // edit: the configuration's editor, a page in the browser that is served from here until Ctrl-C.
 #include "cli/browser.h"
 #include "cli/commands.h"

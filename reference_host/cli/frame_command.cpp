@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // frame: one annotated picture of a clip as PNG.
 #include "cli/commands.h"
 #include "cli/config_file.h"

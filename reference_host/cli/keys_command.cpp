@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // keys: one JSON line, or row of a table, per telemetry packet.
 #include "cli/commands.h"
 #include "cli/csv_table.h"

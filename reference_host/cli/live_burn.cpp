@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // burn --live: draws the telemetry into live pictures as they come and sends them on, until it is told to stop or
 // nothing comes any more.
 #include "cli/address_check.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The program: reads the command line, runs one command, turns what went wrong into one line and an exit
 // code (0 done, 1 input or configuration unusable or something to be found by check, 2 wrong usage, 129 when the
 // terminal has gone, 130 after Ctrl-C, 143 after SIGTERM).

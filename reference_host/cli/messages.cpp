@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One line per matter on standard error, however odd the names in it.
 #include "cli/messages.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Outputs that would replace an input, whatever the names by which both are given.
 #include "cli/output_check.h"
 

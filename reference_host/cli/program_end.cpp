@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From what was thrown to an exit code and a line.
 #include "cli/program_end.h"
 

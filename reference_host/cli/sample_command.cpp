@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // sample: a made flight as a transport stream with telemetry, for trying things out and for tests.
 #include "cli/commands.h"
 #include "cli/messages.h"

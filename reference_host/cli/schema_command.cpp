@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // schema: the plugin's description of its configuration, with a clip's telemetry keys in it.
 #include "cli/commands.h"
 #include "cli/messages.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Keeps texts that the framework writes to standard error from the terminal for a while.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Checked writing to standard output: a result that is cut short must not look like a success.
 #include "cli/standard_output.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lines for standard output, with the one failure that a full disk or a closed pipe makes.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // text: what would be drawn on each picture, as JSON lines; nothing is encoded.
 #include "cli/commands.h"
 #include "cli/config_file.h"

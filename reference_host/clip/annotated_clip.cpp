@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The way of a picture through the host: reader, converter, telemetry, plugin.
 #include "clip/annotated_clip.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A clip on its way through the plugin: read, decoded, converted to NV12, joined with its telemetry and
 // drawn on, picture by picture. What burn, frame and text have in common.
 #pragma once

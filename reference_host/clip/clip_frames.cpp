@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry is chosen once for all configurations; which of its keys are made is each configuration's own matter.
 #include "clip/clip_frames.h"
 

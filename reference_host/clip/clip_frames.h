@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The frames of a clip one after the other without their pictures: where each stands, and which telemetry it gets. All
 // of it is kept, so that any of it can be looked at again with any configuration; an hour takes up to some 100 MB.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Passing over frames by their packets, and once more by decoding where packets do not tell the frames.
 #include "clip/clip_seek.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Brings a clip to any of its frames, exactly as if all pictures before had been drawn: the plugin sees every frame,
 // but as far as packets tell the frames nothing is decoded.
 #pragma once

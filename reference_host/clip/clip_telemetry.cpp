@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry decoding per stream and the remarks about it; used by every command that reads a clip.
 #include "clip/clip_telemetry.h"
 

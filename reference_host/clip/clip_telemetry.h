@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The telemetry of a clip: decodes its KLV streams and sums up what they held.
 #pragma once
 

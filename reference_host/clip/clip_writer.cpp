@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From annotated pictures and packets to a finished file; last step of burn.
 #include "clip/clip_writer.h"
 

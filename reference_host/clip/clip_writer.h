@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Writes the annotated clip: pictures as they come, telemetry and sound beside them in the order of their times.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Looks through a configuration for everything that makes a picture depend on time.
 #include "clip/config_memory.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A key that only one packet of an hour holds counts as any other: all packets are read.
 #include "clip/delivered_keys.h"
 

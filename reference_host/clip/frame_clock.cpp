@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From presentation times to the plugin's nanoseconds.
 #include "clip/frame_clock.h"
 

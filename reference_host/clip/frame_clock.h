@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The time that the plugin is given with each frame of a clip: its presentation time, so that the same clip gives the
 // same pictures however long the work takes.
 #pragma once

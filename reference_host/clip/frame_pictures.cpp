@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One open decoder, and the way of clip_seek when it stands behind the wanted frame or far before it.
 #include "clip/frame_pictures.h"
 

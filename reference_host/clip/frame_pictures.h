@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The undrawn pictures of a clip by their frames' numbers, in any order; going on costs one decoded picture.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What only the host knows about a frame, as telemetry.
 #include "clip/host_keys.h"
 

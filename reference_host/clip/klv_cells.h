@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The access unit cells in which synchronous telemetry stands (stream type 0x15 of a transport stream).
 #pragma once
 

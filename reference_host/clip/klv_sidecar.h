@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The telemetry of a stream in a file of its own, beside an output that cannot carry it.
 #pragma once
 

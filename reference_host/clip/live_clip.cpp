@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The worker's side of live work: decoding, telemetry, drawing.
 #include "clip/live_clip.h"
 

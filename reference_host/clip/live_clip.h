@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Live pictures on their way through the plugin: as they come, on one time axis that rises whatever becomes of the
 // input, each with its telemetry as far as that comes in time. Between live input and live writer.
 #pragma once

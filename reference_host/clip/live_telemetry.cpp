@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From telemetry units to what the plugin is given with a live picture.
 #include "clip/live_telemetry.h"
 

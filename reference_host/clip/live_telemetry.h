@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The telemetry of live pictures: decoded as it comes, chosen picture by picture. The n-th telemetry stream of an input
 // that comes back takes the place of the n-th one before.
 #pragma once

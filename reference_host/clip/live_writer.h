@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Writes live pictures as they come, with telemetry and sound beside them; last step of live work. The output's streams
 // and, in a transport stream, their identity are those of the input as it was first: what comes back later takes the
 // place of the same kind, in the same order.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry, sound, subtitles and data beside the pictures; used when an output is begun.
 #include "clip/output_streams.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Chooses which streams of an input go into an output beside the pictures, and says what is left out.
 #pragma once
 

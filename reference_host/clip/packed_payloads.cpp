@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A value is its type in one byte, then eight bytes of a number or a text's length, then the text.
 #include "clip/packed_payloads.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The telemetry of a whole clip in little room: an hour of thirty packets a second with sixty keys takes some 70 MB.
 #pragma once
 

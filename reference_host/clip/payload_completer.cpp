@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The order matters: nothing is derived from constants, which may hold for no packet that says where they were true.
 #include "clip/payload_completer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Used by the writers of files and of live outputs when they begin.
 #include "clip/picture_losses.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tells blocks by their text colour, which takes part in nothing but the painting: each is given its number for one.
 #include "clip/placed_blocks.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the blocks of a configuration stand on a clip's picture: the plugin draws, the painter is watched.
 #pragma once
 

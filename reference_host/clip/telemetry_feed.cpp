@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where a picture's telemetry comes from.
 #include "clip/telemetry_feed.h"
 

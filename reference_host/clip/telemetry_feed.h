@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The telemetry of a clip's pictures: from the clip's own streams or from a telemetry file, placed on the clip's
 // time axis and handed out picture by picture. Between demuxer and frame renderer.
 #pragma once

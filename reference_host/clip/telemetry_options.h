@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which telemetry a clip is shown with, as a person says it on the command line.
 #pragma once
 

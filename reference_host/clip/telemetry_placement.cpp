@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Times for telemetry that comes without a clip of its own.
 #include "clip/telemetry_placement.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the packets of a telemetry file stand on the clip's time axis: by times of their own, by their precision
 // time stamps, or spread over the clip.
 #pragma once

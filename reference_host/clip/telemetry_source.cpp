@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry without pictures: what the commands list that show keys, and what a telemetry file gives to a clip.
 #include "clip/telemetry_source.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // All telemetry packets of a clip or a telemetry file, in stream order; no picture is decoded.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The expectation behind the bounded wait for telemetry; used by the live telemetry.
 #include "clip/telemetry_wait.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Whether a live picture is worth waiting with: its telemetry may come a little after it, or not at all.
 #pragma once
 

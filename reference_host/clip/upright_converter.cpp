@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Conversion first, then turning, which is only for whole NV12 pictures.
 #include "clip/upright_converter.h"
 

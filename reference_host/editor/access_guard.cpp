@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The checks of a request's head, before anything else looks at it.
 #include "editor/access_guard.h"
 

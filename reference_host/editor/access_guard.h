@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Who may ask: only the browser to which the printed address was given, and only pages of this server.
 //
 // A page of another site can make a browser send requests here, under any name that its owner makes point to

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Plain POSIX calls: what matters here is which of them failed, and why.
 #include "editor/config_store.h"
 

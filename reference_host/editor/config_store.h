@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The configuration's file, read and replaced as a whole. Nobody ever sees half of it, and what somebody else has
 // written to it meanwhile is not lost.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Each address is one short function: ask preview, store or check, and write what they say as JSON.
 #include "editor/editor_api.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the page can ask: the clip, the schema, the configuration's file, what is to be said about a text, and
 // pictures. docs/editor.md lists the addresses.
 #pragma once

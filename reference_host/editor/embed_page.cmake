@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Writes a unit that holds the bytes of the page's files:
 #   cmake -D OUTPUT=page_files.cpp -D FOLDER=page -D "FILES=index.html;app.js" -P embed_page.cmake
 set(type_html "text/html; charset=utf-8")

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Looking things up in requests, and the two shapes of answers.
 #include "editor/http_message.h"
 

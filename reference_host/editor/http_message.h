@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A request and its answer as plain records, so that everything but the sockets can be tested without them.
 #pragma once
 

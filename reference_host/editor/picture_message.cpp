@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Questions are checked member by member; whatever a page sends gets an answer.
 #include "editor/picture_message.h"
 

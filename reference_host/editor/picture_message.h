@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The preview's answer and the questions that lead to it, as they travel between page and program.
 #pragma once
 

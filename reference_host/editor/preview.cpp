@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What is asked for is looked up in the clip's frames; the plugin is brought there, and draws on a copy of the picture.
 #include "editor/preview.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pictures that the editor shows: any frame of a clip with any configuration, as the command that makes one
 // annotated picture would give it.
 #pragma once

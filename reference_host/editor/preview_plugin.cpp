@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Holds, delays and counted frames come out right because the plugin sees again what came before.
 #include "editor/preview_plugin.h"
 

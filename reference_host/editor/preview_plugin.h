@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin behind the preview: brought to any frame with any configuration, it draws and tells where.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From a request to its answer: who may ask, which way it goes, what its body says. Knows no socket, no clip and no
 // file.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The library's callbacks gather a request into the record of http_message.h and send the answer.
 #include "editor/server.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The sockets of the editor, on 127.0.0.1 only. HTTP is spoken by libmicrohttpd: Debian maintains it with its security
 // fixes, it is C with hardly any dependencies, and it has the threads, limits and time-outs that are needed here.
 #pragma once

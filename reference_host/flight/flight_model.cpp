@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The made flight's telemetry: what a drone on flight_path.cpp's orbit would send. Used by the sample
 // command, which encodes it as KLV beside the picture of ground_picture.cpp.
 #include "flight/flight_model.h"

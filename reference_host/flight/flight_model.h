@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A made flight for the sample command: a drone circles over a farmed valley with its camera on a target.
 // Telemetry and picture come from one model, so what the text says is what the picture shows. Everything
 // is a pure function of the time: the same second gives the same values and the same pixels.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The made flight's orbit and camera. flight_model.cpp turns it into telemetry, ground_picture.cpp into
 // pixels.
 #include "flight/flight_path.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the made flight's drone is and where its camera looks, as a pure function of the time. Both the
 // telemetry and the picture are made from it.
 #pragma once

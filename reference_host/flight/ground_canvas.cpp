@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Draws faces and crowns with soft edges into both planes. ground_picture.cpp calls it from far to near.
 #include "flight/ground_canvas.h"
 

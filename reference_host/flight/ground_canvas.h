@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The picture under work, and the shapes that are drawn over the map: flat faces and crowns of trees.
 #pragma once
 

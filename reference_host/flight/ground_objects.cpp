@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Houses and cars as lit faces. ground_picture.cpp draws them over the map.
 #include "flight/ground_objects.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What stands up from the made flight's ground: houses, and cars on the paved road.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Paints fields, water, roads, yards and trees texel by texel. ground_texture.cpp calls the brushes in the
 // order of their layers and turns the map into samples.
 #include "flight/ground_paint.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The made flight's picture: the map seen in perspective, row by row, and what stands on it. The camera's
 // horizon is level, so a row of the picture lies at one distance and is a straight line on the map.
 #include "flight/flight_model.h"

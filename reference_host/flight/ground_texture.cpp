@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Paints the map of the made flight's ground. Every shape repeats after the map's 1024 m, so that it has no
 // seam. Used by ground_picture.cpp.
 #include "flight/ground_texture.h"

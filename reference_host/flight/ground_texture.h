@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The made flight's ground: a map of fields, roads, a river and a village, painted once and then sampled by
 // every picture.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One frame through the plugin: context, telemetry as inputs, picture, painter.
 #include "frame/frame_renderer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The host's side of a frame: builds the render context, calls the plugin, gives back the picture.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Mapping of render targets for the plugin: the planes of our own pictures.
 #include "frame/mapped_backend.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Loading of the plugin through class_loader, as any host does it.
 #include "frame/plugin_loader.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Finds the render plugin's library and keeps one instance of the plugin alive.
 #pragma once
 

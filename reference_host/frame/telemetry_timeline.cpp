@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The association of telemetry and pictures by presentation time.
 #include "frame/telemetry_timeline.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which telemetry belongs to which picture: per producer the newest packet at or before the picture's
 // time. Between the telemetry decoder and the frame renderer.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Finds the runs of a line by FriBidi; only lines with letters beyond the left-to-right alphabets come here.
 #include "imaging/bidi.h"
 

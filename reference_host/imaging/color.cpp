@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // RGB to YCbCr after ITU-R BT.601 and BT.709; used once for each draw.
 #include "imaging/color.h"
 

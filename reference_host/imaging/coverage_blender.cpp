@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Finds a coverage picture's place in both planes; between the text renderer and the pixel loops.
 #include "imaging/coverage_blender.h"
 

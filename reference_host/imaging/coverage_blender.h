@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Coverage into the picture: one colour through a coverage picture, cut where the target ends.
 #pragma once
 

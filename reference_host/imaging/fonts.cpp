@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Opens fonts and finds the one for a character; between the shaper and the font files.
 #include "imaging/fonts.h"
 

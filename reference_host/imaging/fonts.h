@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The fonts of a painter: the one it was told to use, and those that fontconfig offers for what it lacks.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Boxes in 64 bits, in which neither far anchors nor long texts overflow.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rasterised glyphs, kept by font, glyph, size, pen thickness and position between pixels.
 #pragma once
 

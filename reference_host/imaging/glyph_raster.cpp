@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Loads and fills a glyph's outline with FreeType and strokes it; the glyph cache keeps what comes out.
 #include "imaging/glyph_raster.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the reference host may do with the reference imaging library beyond the plugin interface: reach a
 // picture's planes, name its colours, watch what is drawn.
 #pragma once

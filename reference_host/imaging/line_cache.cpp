@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lines by text and style; between the layout and the renderer on one side and the bounded caches on the other.
 #include "imaging/line_cache.h"
 

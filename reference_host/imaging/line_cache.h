@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What is remembered of lines: their measures, and their coverage once they are drawn a second time.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Composes the coverage of lines from their glyphs; between the text renderer and the pixel loops.
 #include "imaging/line_composer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lines as one coverage picture: glyphs laid over each other, and the chroma coverage that follows.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A cache bounded in bytes and entries that forgets what was not used for longest.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pixel loops in vector form. This unit is compiled once for each vector instruction set that Highway
 // knows for the processor family; the form to run is chosen at run time.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pixel loops: blending one colour into NV12 planes by coverage, and the arithmetic on coverage itself.
 // Each loop exists twice with the same result to the bit: here chosen at run time for the processor's vector
 // unit, and in `plain` as the few lines that define it.

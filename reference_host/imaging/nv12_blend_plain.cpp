@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pixel loops as they are defined; the vector forms in nv12_blend.cpp are tested against these.
 #include "imaging/nv12_blend.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Flattens an outline and measures the pixels around each of its segments; used to stroke glyphs.
 #include "imaging/outline_distance.h"
 

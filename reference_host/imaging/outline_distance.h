@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How far pixels are from an outline: what a pen of any width needs to know.
 #pragma once
 

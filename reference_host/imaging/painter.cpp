@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The painter as plugins and hosts see it: the pen, checks on what comes in, and the way to the renderers.
 #include "Painter.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The host's picture: NV12 planes in memory with padded rows, and the render target through which a backend
 // reaches them.
 #include "Picture.h"

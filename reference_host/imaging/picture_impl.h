@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What stands behind the opaque picture and pool of the imaging library: one block of memory with padded
 // rows for each picture, and the pool's list of pictures that were let go.
 #pragma once

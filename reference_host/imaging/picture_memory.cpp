@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory of pictures. A full-HD picture covers some 800 ordinary pages, and a block of text touches a new one on nearly
 // every row: more than the processor remembers the places of. In huge pages it is two.
 #include "imaging/picture_impl.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The pool: pictures that were let go are kept on a shelf and handed out again for the same size.
 #include "imaging/imaging_access.h"
 #include "imaging/picture_impl.h"

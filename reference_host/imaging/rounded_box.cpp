@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Draws background boxes: the straight inside as rectangles, corners and odd edges by coverage.
 #include "imaging/rounded_box.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Splits a word by font and script and lets HarfBuzz shape each part; between the typesetter and the fonts.
 #include "imaging/shaper.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Splits a text into lines, has them set where their measures are unknown, and groups them for drawing.
 #include "imaging/text_layout.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The layout of a text: its lines, their places, and which of them are drawn as one.
 #pragma once
 

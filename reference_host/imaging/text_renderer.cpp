@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Draws laid out texts, from remembered coverage where there is some; the painter's texts end up here.
 #include "imaging/text_renderer.h"
 

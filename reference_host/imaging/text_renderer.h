@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts of one or more lines: measured, drawn, and remembered as long as they stay the same.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Cuts a line into words and places their glyphs; between the text renderer and the shaper.
 #include "imaging/typesetter.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // When each byte of a live input came: demuxers hold what they have read until more comes, so that the time at which
 // they give out a packet says little about the sender.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Decoding; between frame reader and NV12 conversion.
 #include "media/decoder.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Turns compressed video packets into pictures; damaged packets are counted and passed over.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Opening inputs and naming the role of each stream; the first step of a clip.
 #include "media/demuxer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Opens a clip, a device or an address and hands out its packets, each with the role it plays here.
 // First step of the flow: demuxer -> frame reader -> decoder -> NV12.
 #pragma once

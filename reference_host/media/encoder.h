@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Compresses NV12 pictures with any video encoder of the FFmpeg libraries.
 #pragma once
 

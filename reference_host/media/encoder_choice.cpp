@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Encoders by name and by container, their presets and qualities; between the command line and the encoder.
 #include "media/encoder_choice.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which encoder is taken and how it is set up, as somebody asks for it on the command line. Used by the encoder.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Small helpers around the FFmpeg libraries' handles; used by every unit of this folder.
 #include "media/ffmpeg_types.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Owners for the handles of the FFmpeg libraries, so that no unit frees one by hand.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bars around pictures whose shape is not the output's; used for live pictures that change their size.
 #include "media/fitted_picture.h"
 

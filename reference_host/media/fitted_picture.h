@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures of one shape in those of another: as large as they fit, in the middle, with black bars.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pixel format conversion by libswscale; between decoder and picture, and between picture and encoder.
 #include "media/frame_converter.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Converts pictures between pixel formats and sizes; colour range and matrix change only when asked to.
 #pragma once
 

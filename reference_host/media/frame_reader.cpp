@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The reading loop: packets in stream order in, pictures in presentation order out. Compressed packets
 // wait here, not pictures, so that reading ahead costs little memory.
 #include "media/frame_reader.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads a clip picture by picture and runs ahead in the stream, so that telemetry which arrives a little
 // after its picture is there in time. Between demuxer and the commands.
 #pragma once

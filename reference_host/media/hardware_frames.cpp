@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Devices and their picture memory, by what the libraries know of each encoder.
 #include "media/hardware_frames.h"
 

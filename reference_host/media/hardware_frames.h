@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures in a device's own memory, for encoders that take no others. Used by the encoder.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The signal handler behind interrupted(); reading, decoding and writing end early when it is set.
 #include "media/interrupt.h"
 

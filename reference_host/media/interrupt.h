@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Ctrl-C, termination requests and terminals that go away: long work looks here between two steps and then ends in good
 // order.
 #pragma once

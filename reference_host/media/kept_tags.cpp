@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Titles, chapters and time code on their way into another container.
 #include "media/kept_tags.h"
 

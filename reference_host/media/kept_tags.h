@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a container says beside its streams: titles and other tags, chapters, time code. Copied as far as the output
 // takes it. Used when an output is begun.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The reading loop of a clip of which only the telemetry is wanted.
 #include "media/klv_unit_reader.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads the telemetry of a clip with its places on the clip's time axis, the same that it has beside the pictures;
 // no picture is decoded.
 #pragma once

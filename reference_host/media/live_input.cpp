@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The reading thread: opens, reads, notices silence, opens again.
 #include "media/live_input.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A live address that is read by a thread of its own and opened again whenever nothing comes from it any more.
 // First step of live work: live input -> live clip -> live writer.
 #pragma once

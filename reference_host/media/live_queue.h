@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Packets of a live input on their way from the thread that reads them to the one that draws. Bounded: who draws too
 // slowly loses pictures, not time.
 #pragma once

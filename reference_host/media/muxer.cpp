@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Container writing with the atomic output file; the last step of a clip.
 #include "media/muxer.h"
 

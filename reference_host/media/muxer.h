@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Writes the encoded video with the copied telemetry and sound into a container. Last step of the flow.
 #pragma once
 

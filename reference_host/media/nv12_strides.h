@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bytes from row to row of a mapped picture: 0 in the record means that rows follow each other without a gap.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Quarter turns and flips of NV12 pictures; between the decoder's picture and the one that is drawn on.
 #include "media/orientation.h"
 

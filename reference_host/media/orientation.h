@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Turns pictures upright: cameras store them as their sensor lies and say beside them how they are to be shown.
 #pragma once
 

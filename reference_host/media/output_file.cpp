@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Atomic output; the muxer and the PNG writer write through it.
 #include "media/output_file.h"
 

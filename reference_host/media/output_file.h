@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A file that appears under its name only when it is whole: it is written beside its place and renamed
 // at the end. Devices, pipes and addresses are written straight to.
 #pragma once

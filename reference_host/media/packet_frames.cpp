@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Brings packets into the order in which a decoder gives out their pictures.
 #include "media/packet_frames.h"
 

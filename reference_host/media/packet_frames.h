@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tells a video stream's frames from its packets, without decoding: when each is shown, in which order, and where
 // decoding can begin. Where that is not certain it says why, and whoever needs the frames has to decode.
 #pragma once

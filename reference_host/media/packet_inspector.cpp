@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The units at the head of a packet: parameters and the first piece of the picture. What follows is not looked at, so
 // that a packet costs about a microsecond, whatever its size.
 #include "media/packet_inspector.h"

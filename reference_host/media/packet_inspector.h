@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Looks into a packet of compressed video as far as it takes to tell what a decoder will make of it. Used by
 // PacketFrames.
 #pragma once

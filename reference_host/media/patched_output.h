@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // An output whose bytes go through a ProgramTablePatch before they are written.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // From a decoded picture to what the encoder is told; the pictures themselves go through the frame converter.
 #include "media/picture_traits.h"
 

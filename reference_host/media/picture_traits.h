@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What is to be known of a clip's pictures beside their contents: what a decoder gives and an encoder takes.
 #pragma once
 

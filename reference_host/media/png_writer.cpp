@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // PNG output through libpng; used by the command that makes one annotated picture.
 #include "media/png_writer.h"
 

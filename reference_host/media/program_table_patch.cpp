@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tables rewritten on their way to the file; between muxer and output.
 #include "media/program_table_patch.h"
 

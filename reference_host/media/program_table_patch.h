@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Gives a written transport stream the identity of the one that it was made from: the muxer knows neither the
 // descriptors of its streams nor their types, and has its own numbers and names.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The tables of a transport stream that say what it holds (ISO/IEC 13818-1, 2.4.4): read from sections, written as
 // sections. Used on the way in by TransportTap, on the way out by ProgramTablePatch.
 #pragma once

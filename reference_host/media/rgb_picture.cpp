@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The one way from NV12 to what people look at: files and the editor show the same.
 #include "media/rgb_picture.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The places of what goes beside the pictures: by its own time, or by its place in the byte stream.
 #include "media/side_placer.h"
 

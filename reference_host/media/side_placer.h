@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Gives telemetry and sound their places on the clip's time axis, beside the pictures. Between demuxer and
 // whoever reads a clip.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The identity of a transport stream, on its way from an input to an output that is made from it: PIDs, programs,
 // names, and what only the tables themselves say. Used by the muxer.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading and seeking through the tap; between protocol and demuxer.
 #include "media/tapped_input.h"
 

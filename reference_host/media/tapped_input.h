@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // An input whose bytes go through a TransportTap before the demuxer sees them.
 #pragma once
 

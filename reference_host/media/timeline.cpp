@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Mends clock jumps and gives untimed telemetry its place; used by the frame reader.
 #include "media/timeline.h"
 

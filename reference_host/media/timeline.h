@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One rising time axis for a clip: transport streams may start their clocks anew in mid-stream (clips
 // joined together, a sender that restarted), and telemetry may come without any time.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Following the packets of a transport stream; between the input's bytes and the demuxer.
 #include "media/transport_tap.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Looks into a transport stream on its way to the demuxer: keeps what its tables say, which FFmpeg tells in part only,
 // and lets synchronous telemetry through whole. FFmpeg drops the first five bytes of every unit of stream type 0x15;
 // the same stream as type 0x06 arrives with its access unit headers.

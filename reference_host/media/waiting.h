@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A person who has given a live address to which nobody sends wants to know that this is what the program waits for.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which derived keys there can be, and how they come into a payload; derived_table.cpp computes them.
 #include "telemetry/derived_keys.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Keys that are computed from others because people read them so: feet and knots, degrees with minutes and seconds,
 // MGRS, compass points, dates, the direction of north in the picture. One table drives them.
 #pragma once

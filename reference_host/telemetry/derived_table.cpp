@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The table of derived keys and its computations: one row per key, one short function per computation.
 #include "telemetry/derived_keys.h"
 #include "telemetry/position_text.h"

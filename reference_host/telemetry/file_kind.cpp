@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Settles by which reader a telemetry file is read.
 #include "telemetry/file_kind.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // JSON output of the program. The framework's own writer rounds doubles to six decimals, which is right
 // for configurations and too coarse for telemetry.
 #include "telemetry/json_line.h"

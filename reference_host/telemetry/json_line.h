@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Writes the program's JSON output: one line per record, numbers with all digits that a double needs.
 #pragma once
 

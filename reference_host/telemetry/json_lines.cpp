@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry from JSON Lines, the form people write by hand and other programs produce.
 #include "telemetry/json_text.h"
 #include "telemetry/telemetry.h"

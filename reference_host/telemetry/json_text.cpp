@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The library's events become the framework's tree. Its reader keeps a stack of its own, as does this one, so that
 // no depth of nesting reaches the thread's stack.
 #include "telemetry/json_text.h"

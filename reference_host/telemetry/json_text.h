@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // JSON text as it is written: texts stay texts. The framework's reader turns texts that look like numbers into
 // numbers, which suits configurations and would spoil a tail number.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Looks through a configuration for what may be names of keys, without knowing the rules of templates and conditions.
 #include "telemetry/key_selection.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The framing of KLV (SMPTE ST 336, MISB ST 0107) in the direction of writing.
 #include "telemetry/klv_bytes_writer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tags, lengths and items of KLV as bytes; the counterpart of klv_reader.h.
 #pragma once
 

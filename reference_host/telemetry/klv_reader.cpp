@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Framing of KLV (SMPTE ST 336, MISB ST 0601): universal keys, BER lengths, BER-OID tags, checksum.
 // Feeds mapping.cpp; every access is bounded by the unit's span.
 #include "telemetry/klv_reader.h"

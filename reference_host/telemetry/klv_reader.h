@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Cuts the bytes of one stream unit into ST 0601 packets and a packet into its items. First step of the
 // telemetry: no meaning is given to an item's bytes here. Nothing is copied; spans point into the input.
 #pragma once

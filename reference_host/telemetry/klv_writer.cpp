@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Payload keys to an ST 0601 packet: the mapping of mapping.cpp in the other direction. Used by the sample
 // command and by tests.
 #include "telemetry/klv_bytes_writer.h"

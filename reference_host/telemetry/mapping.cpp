@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Items to payload: the table's rules, and the few keys that two tags share or one tag doubles.
 #include "telemetry/mapping.h"
 

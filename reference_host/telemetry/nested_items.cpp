@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Walks a packet's items for those that hold several values.
 #include "telemetry/nested_items.h"
 

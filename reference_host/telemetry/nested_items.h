@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The items of a stream's packets that hold several values. They are read apart from the others, and only when
 // somebody wants their keys.
 #pragma once

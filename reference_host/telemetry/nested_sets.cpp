@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Nested items to keys: sets by their table, packs by one function each.
 #include "telemetry/nested_sets.h"
 

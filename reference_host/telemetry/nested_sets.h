@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Items of ST 0601 that hold several values: sets with tags of their own, and packs without.
 #pragma once
 

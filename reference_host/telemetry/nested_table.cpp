@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The keys of nested items: ranges and widths from MISB ST 0601 and the standards named below.
 #include "telemetry/nested_sets.h"
 

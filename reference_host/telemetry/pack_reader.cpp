@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The parts of a pack, each bounded by the pack's bytes.
 #include "telemetry/pack_reader.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts of positions, by GeographicLib: its datum is WGS 84, as that of ST 0601.
 #include "telemetry/position_text.h"
 

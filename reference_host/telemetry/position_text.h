@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Positions as people say them. Empty for what is no position on the earth: latitudes beyond 90 degrees, longitudes
 // beyond 180, not-a-number.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Names, flags and corners from the keys of one packet.
 #include "telemetry/second_keys.h"
 

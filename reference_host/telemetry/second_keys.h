@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Keys that a packet's own keys give: names of codes, single flags, corners of the picture on the ground.
 #pragma once
 

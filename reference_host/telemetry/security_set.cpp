@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Items of ST 0102 to keys and back, and the marking line made of them.
 #include "telemetry/security_set.h"
 

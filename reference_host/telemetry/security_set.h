@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The security metadata set of MISB ST 0102: how the video and its metadata are marked. It comes inside of ST 0601
 // packets (tag 48) or under a universal key of its own.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The table of ST 0601 items. mapping.cpp and klv_writer.cpp walk it in opposite directions.
 #include "telemetry/st0601_table.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The items of MISB ST 0601 that become payload keys: one flat table for reading, writing and the docs.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Value rules of MISB ST 0601 and ST 1201, both ways. Stands between the table and the mapping.
 #include "telemetry/st0601_value.h"
 

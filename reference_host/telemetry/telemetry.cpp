@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The telemetry library's front: the decoder of stream units and the telemetry files.
 #include "telemetry/telemetry.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry as the reference host sees it: packets of keys and values with a time, from KLV (MISB
 // ST 0601) or from JSON Lines.
 #pragma once

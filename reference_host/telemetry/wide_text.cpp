@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // UTF-16 and back, for the one item of ST 0102 that has it.
 #include "telemetry/wide_text.h"
 

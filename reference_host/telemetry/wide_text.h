@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts of two bytes a character, as the object country codes of a security set are sent.
 #pragma once
 

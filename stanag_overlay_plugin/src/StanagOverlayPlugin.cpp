@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin's entry points and the way of a frame: telemetry, picture, blocks. What a block shows is
 // decided in stanag_overlay_condition and written by stanag_overlay_format; here it is measured and drawn.
 #include "StanagOverlayPlugin.h"

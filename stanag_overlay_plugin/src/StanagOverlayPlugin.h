@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin: selects the frame's telemetry, decides which blocks are shown, expands their texts and
 // draws them. The way of a frame is render() in StanagOverlayPlugin.cpp.
 #pragma once

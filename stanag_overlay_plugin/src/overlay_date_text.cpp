@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A time stamp as date and time. The default pattern and its like are written digit by digit; patterns with names of
 // days, and any other global locale, go through the locale's facet.
 #include "overlay_date_text.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where a block's text and box stand in the picture, in pixels. Everything is computed in single
 // precision and scaled by the picture's height.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A value as a number's text. Runs for most placeholders of every frame: a stream is built only where the global locale
 // writes numbers in a way of its own.
 #include "overlay_number_text.h"

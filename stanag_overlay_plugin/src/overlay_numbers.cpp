@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Number readings of configuration and payload values. Used by the configuration parser, the conditions
 // and the formatter, so that one text means the same number in all three.
 #include "overlay_numbers.h"

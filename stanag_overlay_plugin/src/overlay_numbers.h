@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How numbers of a configuration or payload are read: every deliberate narrowing and rounding of the
 // plugin's data path, one named helper each. Texts are read in the "C" locale.
 #pragma once

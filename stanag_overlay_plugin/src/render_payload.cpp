@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Payload to JSON object. Called by the selection in StanagOverlayPlugin.cpp once per input and frame; the
 // conversions themselves are registered with SwAny by whoever owns the payload's type. No value is put into an
 // SwAny here: the registry would keep this library's operations for its type after the library is unloaded.

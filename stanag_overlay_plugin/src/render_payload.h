@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Turns an input's payload into a flat JSON object: the first step of a frame, before the producers'
 // objects are merged.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Display conditions: read once per configuration, evaluated once per block and frame before any text is
 // expanded.
 #include "stanag_overlay_condition.h"

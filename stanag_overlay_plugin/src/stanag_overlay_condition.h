@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Decides when a block is shown: reads the "condition" member of a block and evaluates it per frame.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads the configuration text into block records. It runs once per configuration and is forgiving by
 // design: every odd piece is ignored, clamped or read as a neutral value, and nothing is reported.
 #include "stanag_overlay_config.h"

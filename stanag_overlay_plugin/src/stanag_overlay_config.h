@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The configuration as a whole: the parser that turns its text into records and never fails loudly, with the records
 // and the published schema.
 #pragma once

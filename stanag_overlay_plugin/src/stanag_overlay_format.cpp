@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Turns templates and telemetry values into text, with the memory that holds values over gaps and slows
 // their changes. Runs for every placeholder of every frame, so everything is appended to the block's text
 // in place.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What one block of the configuration becomes: its look, its condition and the formats of its keys. Read by every later
 // step, written only by the parser.
 #pragma once

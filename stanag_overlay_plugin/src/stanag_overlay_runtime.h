@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What one block carries from frame to frame. Reset by replacing the record with a default one.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The published JSON Schema of the configuration: a fixed text around the list of keys seen so far. Hosts
 // build their editing form from it; nothing in the plugin checks a configuration against it.
 #include "stanag_overlay_schema.h"

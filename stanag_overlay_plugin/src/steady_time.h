@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The clock of frames to which the host gives no time; tests replace it at link time.
 #pragma once
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # What docs/developing.md says in backquotes exists: a path as a file or folder, any other name as a word of the sources.
 # It names every script, and README links to it.
 #   check_developing_page.sh SOURCE_DIR

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Holds the arrows between the folders: framework <- host_api <- plugin, framework, host_api <- reference host <-
 # gstreamer, and those between the rooms of the reference host. Reads the #include lines; a quoted header belongs to
 # the folder in which it lies.

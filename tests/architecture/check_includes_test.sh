@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # The check itself: on a small tree every forbidden include is found, and a good tree passes.
 #   check_includes_test.sh CHECK WORK_DIR
 set -eu

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Every test and script that docs/quality.md and docs/security.md name exists, and every fuzz target has its row of
 # figures.
 #   check_quality_page.sh SOURCE_DIR

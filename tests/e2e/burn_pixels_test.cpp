@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The whole way proved in the pixels: a made flight is burnt losslessly and decoded again. Text stands
 // where the configuration says, looks as the painter draws it, and nothing outside the boxes has changed.
 #include "clips.h"

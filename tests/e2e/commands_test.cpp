@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Each command as a person types it: what it gives, what it says, its exit code.
 #include "clips.h"
 #include "run_program.h"

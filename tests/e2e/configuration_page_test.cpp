@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // docs/configuration.md against the program: every configuration on the page is rendered on a picture of the made
 // flight and compared with the pictures that stand below it. With the environment variable OVERLAY_UPDATE_GOLDENS the
 // pictures are written instead.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The program's standard output is a pipe with a name: reading it waits for the address, or for the program's end.
 #include "edit_session.h"
 

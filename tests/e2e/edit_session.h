@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // `stanag-overlay edit` while it runs: what it prints, requests of a browser that was given the address, and its end.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The editor as a program: its address, its end, who is refused, what is saved and what is not.
 #include "clips.h"
 #include "edit_session.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A picture anywhere in a clip is the one that a full run draws there: holds, delays, frame numbers and all.
 #include "clips.h"
 #include "recorded_clips.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The shipped configurations on the made flight: nothing that check finds fault with, and crosshairs in the middle.
 #include "clips.h"
 #include "rgb_picture.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A disk that fills up while a clip or a configuration is written: one line that names place and cure, and nothing left
 // on the disk. A program of its own, so that it is seen when it was skipped.
 #include "clips.h"

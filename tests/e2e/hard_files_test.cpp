@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Places that cannot be read or written, outputs that would replace an input, fonts that are not there: one line
 // that names the place and the cure, exit code 1, and every file as it was.
 #include "clips.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Inputs and circumstances that go wrong: one clear line at most, the right exit code, never a half file.
 #include "clips.h"
 #include "run_program.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What goes through burn comes out as the same recording: streams, tags, times, PIDs, descriptors and bytes of all that
 // is copied, field by field, as ffprobe and a reader of transport streams of our own tell them.
 #include "clips.h"

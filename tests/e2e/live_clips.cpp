@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Made with the host's own muxer, and once more through the libraries for other PIDs.
 #include "live_clips.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A live address runs by media time as a file does: the same texts, however fast the packets come, and files that are
 // finished when somebody ends the program.
 #include "clips.h"

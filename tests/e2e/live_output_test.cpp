@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What live work writes and says: from standard input, which needs no real time, but where a silence is the matter.
 #include "clips.h"
 #include "imaging/imaging_access.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // As much of the two protocols as it takes to bring a transport stream to who asks for it.
 #include "live_relays.h"
 

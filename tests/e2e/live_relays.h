@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Hand on to other protocols what a sender sends to a port of this machine, so that its pace and its clips serve them
 // too.
 #pragma once

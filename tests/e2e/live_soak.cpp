@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Live work for a long time: the sender dies, comes back with another clock, size or program, and packets are damaged,
 // again and again. The program's memory must not grow.
 //   live_soak SECONDS     writes "seconds,resident bytes" lines; ends with 1 when memory grew or times did not rise

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Live work from servers and callers instead of datagrams, and from senders whose telemetry comes late.
 #include "clips.h"
 #include "imaging/imaging_access.h"

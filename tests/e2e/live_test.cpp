@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Live work over loopback addresses: what comes in goes out with text in it, at once, whatever becomes of the input.
 #include "clips.h"
 #include "imaging/imaging_access.h"

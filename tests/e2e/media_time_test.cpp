@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Holds, delays and limits run by the clip's own time: the same clip gives the same texts and the same pictures
 // whatever else the machine does.
 #include "clips.h"

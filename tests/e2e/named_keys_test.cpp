@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry that a configuration does not name is not decoded; nobody must see that.
 #include "run_program.h"
 #include "temp_folder.h"

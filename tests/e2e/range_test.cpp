@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Parts of a clip: burnt one by one and joined they are the whole, picture by picture and packet by packet.
 #include "clips.h"
 #include "recorded_clips.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Recorded clips and telemetry for those that bring none.
 #include "recorded_clips.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The recorded clips through the program. Rows that need them name the folder when it is not there.
 #include "clips.h"
 #include "run_program.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // burn --summary: what was done, or why not, for those who run many.
 #include "clips.h"
 #include "run_program.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry that stands where it belongs: files by their stamps, offsets, greatest age, several streams.
 #include "clips.h"
 #include "run_program.h"

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """One headless browser, and a server of the page's modules for tests of single modules."""
 
 import contextlib

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The text edits: exact rows, then random edits of random texts against JSON.parse and a plain model.
 
 import {JsonError, nodeAt, readJson, valueOf} from '/page/json_reader.js';

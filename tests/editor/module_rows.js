@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rows for the page's small modules: templates, placing, the text area's line ends, line differences, card states,
 // history, bitmaps.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 import {Rows} from '/tests/test_rows.js';
 import {jsonTextRows} from '/tests/json_text_rows.js';
 import {latestRows, moduleRows} from '/tests/module_rows.js';

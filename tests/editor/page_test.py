@@ -1,4 +1,6 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The editor as a person uses it: the built program, its page in a real browser, and the files that come out."""
 
 import base64

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rows of tests for the page's modules, run in the browser: each row is a name and a function that throws.
 
 export class Rows {

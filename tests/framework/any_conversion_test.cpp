@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The 26 built-in conversions of the variant, by their number.
 #include "SwAny.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Values of the framework's types outlive the module that made them, and the module can be loaded again.
 #include "SwAny.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A module like a plugin, hidden but for three functions: it makes values of the framework's types and one
 // of its own, with whatever operations this module compiles.
 #include "SwAny.h"

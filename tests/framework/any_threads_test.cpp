@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A program of its own, since the registry is filled once per process: eight threads ask for it at once.
 #include "SwAny.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers are read and written with a point in a process whose C library writes a comma.
 #include "SwAny.h"
 #include "SwJson.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // No block of memory that the encryption gives back still holds a key or a plain text, whichever way a call ends,
 // and no message names one. This program looks into every block on its way through operator delete, and breaks
 // single functions of libcrypto after they have done their work.

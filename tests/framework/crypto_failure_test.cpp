@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The failures of libcrypto, made to happen: this program defines some of its functions itself, which takes
 // their place for the framework, and lets the real ones through but for the one that a test breaks.
 #include "SwCrypto.h"

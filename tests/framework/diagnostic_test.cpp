@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every line on standard error is flushed with its end: a host that is killed has said what it had to say.
 #include "SwAny.h"
 #include "SwCrypto.h"

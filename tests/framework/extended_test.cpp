@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Rounding to 64 bits of fraction. On x86, where long double has no more, the way of the wider ones is taken here by a
 // type of 113 bits and must end where the processor and the C library end with 64.
 #include "sw_extended.h"

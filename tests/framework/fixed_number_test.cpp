@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Doubles in fixed notation: the roundings by name, and everything against the C library's "%.*f".
 #include "sw_fixed_number.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The grammar of RFC 8259, production by production: what the reader accepts, what it rejects, and where it
 // differs on purpose. Rows are written from the grammar itself.
 #include "SwJson.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What JSON trees cost in memory, and what is left when there is none.
 #include "SwJson.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bare numbers against the C library: the same double, bit by bit, and the same refusals.
 #include "SwJson.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How an object keeps its members: laid down at once by the reader and by copies, one by one when they are
 // inserted, and changed in between. What leaks or is used too late shows under the sanitizers.
 #include "SwJson.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading with a key: what is decrypted, what stays, and what comes of texts that are no cipher text.
 #include "SwJson.h"
 

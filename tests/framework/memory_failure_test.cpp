@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory that runs out at any single allocation of strings, variant, registry and encryption: std::bad_alloc comes
 // through, nothing leaks, and whatever was there before still works.
 #include "SwAny.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The small members that hosts use and the framework itself does not.
 #include "SwAny.h"
 #include "SwJson.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A program of its own: it defines newlocale itself, and the "C" locale is made once per process.
 #include "sw_text.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any bytes are a text: the replacement character stands for what is malformed.
 #include "sw_utf8.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The element driven by hand: pictures and telemetry in, pictures and texts out.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Whatever comes in whatever order: the element does not crash, stall or lose a picture, and what it shows is what
 // came last. Seeds are fixed; under the sanitizers it is the search for wrong memory.
 #include "element_harness.h"

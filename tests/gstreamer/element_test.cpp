@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The element by itself, driven by hand.
 #include "element_harness.h"
 #include "temp_folder.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The element in real pipelines, beside the plugins of the system: recorded clips file to file, equal to what the
 // program burns.
 #include "Picture.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Copy on write of a frame's picture, alone and from several threads.
 #include "LazyDetachedPicture.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where a virtual operation stands in its class's table: host and plugin are built apart and call each other by it.
 #pragma once
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # The ABI check lets a new function pass and finds a changed class: SwString with one member more, and with one function less.
 #   abi_test.sh SOURCE_DIR CXX
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Runs inside of the bare Debian that scripts/test-package makes: /packages has the packages, /results is kept.
 set -euo pipefail
 

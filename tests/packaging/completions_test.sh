@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # What bash, zsh and fish offer is what the program takes: its commands, and for each command its options.
 #   completions_test.sh PROGRAM FOLDER_OF_COMPLETIONS
 set -euo pipefail

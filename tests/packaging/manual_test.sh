@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # The manual page names every command and every option of the program, and no others; scdoc and man take it.
 #   manual_test.sh PROGRAM PAGE.scd
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # For the tests beside this, which source it: what a program says of itself that it takes.
 
 # program_commands PROGRAM: one a line

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # The release script, on a small repository with stand-ins for the long steps: what it refuses, what --dry-run says and
 # leaves alone, and what a release holds.
 #   release_test.sh SOURCE_DIR

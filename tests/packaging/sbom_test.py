@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The bill of materials of two small packages, made of programs of this machine: what it lists and how, and that it is SPDX 2.3.
 
     sbom_test.py SOURCE_DIR CXX

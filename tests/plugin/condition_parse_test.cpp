@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading of a block's "condition". A row gives the condition member and the fields that must differ from
 // a default record afterwards.
 #include "stanag_overlay_condition.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Evaluation of conditions: the test of one value, and the two delays around it.
 #include "stanag_overlay_condition.h"
 #include "stanag_overlay_config.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The records a configuration is read into: their defaults, which stand nowhere else.
 #include "stanag_overlay_records.h"
 

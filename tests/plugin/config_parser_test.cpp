@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The forgiving reader of configurations. A row gives one block's members and the fields that must differ
 // from a default record afterwards; everything else must be as if the row were empty.
 #include "stanag_overlay_config.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // README's tables of the configuration and the reference in docs/configuration.md against the parser: every member has
 // its row and its section, every default is what the parser takes without the member, every range is where it clamps,
 // every example has an effect.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The published schema: its bytes, its list of keys, and the places where it and the parser differ.
 //
 // After a wanted change of the text: OVERLAY_UPDATE_GOLDEN=1 <build>/bin/config_schema_test writes the

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // JSON nested far deeper than any stack reaches, at every place where JSON comes in, on a thread of 256 kB: read,
 // merged, copied, looked at, drawn past and destroyed.
 #include "StanagOverlayPlugin.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers read, compared, shown and dated with 64 bits of fraction: a golden of exact results, the same on every
 // processor. More than half of its cases come out otherwise with 113 bits.
 #include "overlay_numbers.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The line that tells of frames without telemetry: its text, and how seldom it is written.
 #include "StanagOverlayPlugin.h"
 

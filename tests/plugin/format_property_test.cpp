@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The formatter against its plain version: random configurations, payloads and times, side by side, every
 // text and every remembered value equal.
 #include "stanag_overlay_format.h"

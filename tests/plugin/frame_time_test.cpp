@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The frame's time as the host gives it: durations run by it, and the clock is not even asked.
 #include "FrameTime.h"
 #include "StanagOverlayPlugin.h"

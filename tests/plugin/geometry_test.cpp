@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Scaling and rounding of sizes and positions.
 #include "overlay_geometry.h"
 

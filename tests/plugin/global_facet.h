@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The global locale of a test: one facet differs from the classic one for as long as an object lives.
 #pragma once
 

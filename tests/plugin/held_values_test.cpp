@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Values held over gaps and values whose changes are slowed: both bounds, and what is written when.
 #include "stanag_overlay_format.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A host that fails at every single call, and payloads that are not what they should be: the failure
 // reaches the host, nothing leaks, and the next good frame draws as if nothing had happened.
 #include "StanagOverlayPlugin.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The built plugin library, opened as a host does: through class_loader, with the plugin's own code nowhere
 // in this program. The imaging calls of the plugin meet the recording library that this program exports.
 #include "FrameTime.h"

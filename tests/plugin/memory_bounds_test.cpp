@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a block remembers is bounded by its configuration: one entry at most for each key of "formats", and none
 // for a key that only the telemetry brings, however many of those come.
 #include "overlay_numbers.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Memory that runs out at any single allocation: the host gets std::bad_alloc, but for a payload that cannot be taken,
 // which counts as empty; nothing leaks, and with memory again the next frame is drawn as if nothing had happened.
 #include "StanagOverlayPlugin.h"

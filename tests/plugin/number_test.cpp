@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Readings and narrowings of numbers, against named rows and against the standard conversions.
 #include "overlay_numbers.h"
 

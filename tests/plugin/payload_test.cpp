@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Payload to object: what a payload holds, converts to, or spells.
 #include "render_payload.h"
 

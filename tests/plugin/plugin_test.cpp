@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin's shell: identity, registration and the configuration entry points.
 #include "StanagOverlayPlugin.h"
 

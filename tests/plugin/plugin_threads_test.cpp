@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Instances of the plugin on threads of their own: nothing is shared between them but the payload that the host
 // hands to all. Made to be run under the thread sanitizer.
 #include "StanagOverlayPlugin.h"

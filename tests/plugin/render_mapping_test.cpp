@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The mapping of a frame's picture: reused, made anew, given up.
 #include "StanagOverlayPlugin.h"
 

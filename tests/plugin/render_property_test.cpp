@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin against the pass written plainly: random configurations, hosts, payloads and times, frame by
 // frame, every host call, every message and every field of the state equal.
 #include "StanagOverlayPlugin.h"

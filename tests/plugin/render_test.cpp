@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The way of a frame, compared as text: every host call with its arguments, in order.
 #include "StanagOverlayPlugin.h"
 

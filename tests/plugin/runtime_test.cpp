@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a block carries from frame to frame starts empty and belongs to that block alone.
 #include "stanag_overlay_runtime.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Selection of a frame's telemetry: grouping by producer, merging, and the counters of the fallback line.
 // Seen from outside: a block with an empty template lists the merged keys and values.
 #include "StanagOverlayPlugin.h"

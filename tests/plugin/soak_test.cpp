@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Many frames with keys that never come twice, through the library as it is shipped: what it holds afterwards is
 // to the byte what it held after the first thousand.
 #include "IRenderPlugin.h"

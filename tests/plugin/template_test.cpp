@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Template expansion: which bytes are names, which are copied, and that every placeholder is one lookup.
 #include "stanag_overlay_format.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Dates at their worst: every conversion that a pattern can name, patterns without end, and times at both ends of
 // every kind of number. What must come out is what the standard library's own stream writes.
 #include "stanag_overlay_format.h"

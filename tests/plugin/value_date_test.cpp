@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The text of a key that is a time: units, rounding, patterns, time zones and the locale's names.
 #include "stanag_overlay_format.h"
 

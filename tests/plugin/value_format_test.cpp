@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The text of one key: plain and fixed numbers, the checks before them, and what locales change.
 #include "stanag_overlay_format.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A configuration with every kind of state and telemetry whose keys are new in every frame: what a plugin that
 // remembers too much would choke on. Texts have the same length in every frame, so that memory can be compared
 // exactly.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One function per kind of member, each written from what a person would expect of the text. The only thing that is
 // taken from the check, beside its findings, is the text of each scalar.
 #include "check_agreement.h"

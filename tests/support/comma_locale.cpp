@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Sets the locale that localedef made in the build folder, and in the end the one that was set before.
 #include "comma_locale.h"
 

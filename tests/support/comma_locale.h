@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The process under a language that writes "2,5": what a desktop host may set before it loads the plugin.
 #pragma once
 

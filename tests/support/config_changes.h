@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Writes configuration records as text for whole-text comparison: only the fields that differ from a
 // default record appear, so a row also proves that nothing else has changed.
 #pragma once

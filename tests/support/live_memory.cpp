@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Replaces the global operator new and delete: the dynamic linker gives these to every library. The size that was
 // asked for stands before each block: what the heap sets aside for it varies with its neighbours.
 #include "live_memory.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How much memory a process holds, for tests that look for growth, and memory that runs out, for tests that
 // look for leaks. Linking this unit replaces operator new and delete.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Sockets, the pace by the stream's own clock, and as much of a transport stream as it takes to see pictures pass.
 #include "live_stream.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A sender and a receiver of transport streams over loopback, for tests and measurements of live work. Both work on
 // threads of their own and note when each picture passed.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A payload as one line for comparing whole: "heading_deg=90 mission_id='M'". Numbers with the digits that
 // a double needs.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plain conditions: each rule where it is asked for, every text read anew.
 #include "plain_overlay_condition.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The display conditions written the plain way, by the standard library's own number conversions. Shares no
 // code with the plugin's evaluator: the opponent of property tests and benchmarks.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plain formatter: correct by looking at it, slow without regret.
 #include "plain_overlay_format.h"
 

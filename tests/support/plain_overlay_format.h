@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The formatter written the plain way: every number and date through a stream of the global locale, every
 // template byte by byte. It shares no code with the plugin's formatter, so that the two check each other in
 // tests/plugin/format_property_test.cpp and race each other in benchmarks.

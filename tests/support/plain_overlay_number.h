@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How the plain pass reads a number: as the standard library does, and only a text that is one from end to end.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plain pass: the steps of a frame in their order, nothing saved from one to the next.
 #include "plain_overlay_pass.h"
 

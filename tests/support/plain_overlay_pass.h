@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A whole frame written the plain way: objects copied at every step, the inputs grouped anew each frame,
 // conditions and texts by the plain units. Shares no code with the plugin but the configuration parser, the
 // records and the clock: the plugin is held against it call by call, and races it in benchmarks.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Numbers and texts come from lists of known troubles as often as from chance.
 #include "random_overlays.h"
 

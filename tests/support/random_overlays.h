@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Random configurations, telemetry and times for property tests: ordinary values mixed with every awkward one
 // we know, few keys and hundreds of them. One seed, one sequence.
 #pragma once

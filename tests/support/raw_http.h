@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A client that sends any bytes to a port of this machine and reads whatever comes back.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures, pool and painter of the host interface as lines of a text; what a test has told to fail fails here.
 #include "recording_imaging.h"
 

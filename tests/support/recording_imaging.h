@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A second implementation of the imaging library: it draws nothing and writes down every call with its
 // arguments, one line each, so that a frame can be compared as text. Controls make single calls fail.
 #pragma once

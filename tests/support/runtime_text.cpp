@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One line a field, held and refreshed values in the order of their keys.
 #include "runtime_text.h"
 

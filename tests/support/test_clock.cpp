@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Counts how often the plugin asks for the time, beside giving it.
 #include "test_clock.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin's clock in tests: it stands still until a test moves it. Linked in place of steady_time.cpp.
 #pragma once
 

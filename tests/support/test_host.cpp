@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Builds the render context that a test describes; what the frame leaves behind stands in the journal.
 #include "test_host.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A host of one picture, one painter and one backend, for tests that render frames with a plugin.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // For tests of any folder: captured diagnostics, a global locale for one scope, a small thread.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A JSON tree as text that shows every kind: null, true, i12, d1.5 (the shortest digits that read back), 'text',
 // {a:i1,b:[]}.
 #pragma once

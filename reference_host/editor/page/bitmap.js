@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads an uncompressed bitmap of 24 bits a pixel. The browser's own reader takes four times as long for a large picture,
 // which one notices while dragging.
 

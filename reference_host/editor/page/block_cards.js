@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The blocks as cards, one open or many, in the order in which they are drawn.
 
 import {carryOver, fresh} from './block_states.js';

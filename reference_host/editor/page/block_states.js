@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the page knows of each block beside the text: whether its card is open and whether it is hidden for the moment.
 // It follows the blocks when they are moved, added, removed, undone or written by hand.
 

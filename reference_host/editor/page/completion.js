@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A list of telemetry keys below a text area, opened by "%" or Ctrl-Space, closed by Escape. For screen
 // readers the area stays a text box of many lines; the focus stays in it, aria-activedescendant names the chosen row.
 

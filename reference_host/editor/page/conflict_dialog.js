@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The file has changed on the disk since it was read, or is gone: both texts side by side, and a choice that loses neither.
 
 import {make} from './elements.js';

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Making elements in a line. Texts are always set as texts, never as markup.
 
 /// make('button', {class: 'x', type: 'button', onclick: f, 'aria-label': 'Y'}, child, 'text'). Attributes whose value is

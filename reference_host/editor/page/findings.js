@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the checker says of the text: at the fields concerned, and as a list. Where it names a near word, a button takes it.
 
 import {make} from './elements.js';

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The text of the configuration with all its earlier and undone forms.
 
 const MAX_STEPS = 1000;

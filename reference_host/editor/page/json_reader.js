@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads JSON and keeps where every value stands, so that an edit can leave all other characters as they are.
 //
 // It accepts what the plugin's reader accepts beyond the standard and a person may have written: a comma after the last

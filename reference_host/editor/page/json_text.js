@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Changes of a JSON text that leave every character alone which does not belong to the change. New parts are laid out
 // like their neighbours. Every function takes the text and gives the new one; a change that changes nothing gives the
 // text itself. Paths are of names and indices: ['overlay', 0, 'position', 'x'].

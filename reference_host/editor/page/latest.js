@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One thing at a time, and always the newest: what is wanted while one run goes on replaces what was wanted before.
 
 export class Latest {

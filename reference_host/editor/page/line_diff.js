@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which lines of two texts differ: a longest common subsequence of lines, after equal lines at start and end are set aside.
 
 /// Longer middles are marked whole: the table would take too much memory.

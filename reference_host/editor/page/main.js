@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Puts the page together. The configuration's text, in the history, is the one state; everything else shows it.
 
 import {BlockCards} from './block_cards.js';

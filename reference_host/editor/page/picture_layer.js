@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The blocks' outlines over the picture: hover shows them, dragging and arrow keys move the block under them.
 
 import {make} from './elements.js';

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How findings name a member: overlay[0].position.x for the path ['overlay', 0, 'position', 'x'].
 
 export function placeOf(path) {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where a dragged block goes: whole pixels that the plugin can show, snapping, and the fractions that are written.
 // Boxes are {left, top, right, bottom, anchorX, anchorY} in pixels of the picture.
 

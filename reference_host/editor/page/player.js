@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The picture: asks for it whenever the text, the time or what is hidden changes, and plays.
 
 import {Latest} from './latest.js';

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One input for one scalar of the schema. Each has
 //   element   what stands in the form
 //   focus     the input that gets the label and the focus

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The schema's objects as form parts. Every part has `element`, `show(node, path)` for the present text (node undefined:
 // the member is not there), and changes the text only for what a person set: a cleared field removes its member.
 

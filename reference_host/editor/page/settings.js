@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the page remembers for a person from one visit to the next: the theme and the aids over the picture.
 
 function remembered(name) {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the page asks of the program that serves it.
 
 import {readBitmap} from './bitmap.js';

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Two or more panels of which one is shown, by the tab pattern: arrow keys go from tab to tab.
 
 export function setUpTabs(tabs, onChoose) {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The text area of a template: completes keys and shows those in use with their present values. An input as in
 // scalar_inputs.js.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Placeholders in a template, "%name" and "%{any name}", as the plugin reads them.
 
 /// A bare name ends before one of these.

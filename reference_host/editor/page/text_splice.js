@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A text area shows every line ending as a line feed. This brings what was changed there back into the text, whose other
 // line endings stay as they are.
 

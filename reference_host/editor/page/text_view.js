@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The configuration as text, with line numbers; the line of an error is marked.
 
 import {make} from './elements.js';

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The check and the plugin's parser on the same hostile configurations: they never disagree.
 #include "check/format_check.h"
 #include "check_agreement.h"

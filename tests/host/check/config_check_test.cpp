@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the check command reports, each rule and each member by name.
 #include "check/config_check.h"
 #include "check/suggestion.h"

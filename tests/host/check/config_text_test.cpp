@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts that are no configuration, and where they go wrong. Every message of the command line stands in
 // config_file_test.
 #include "check/config_text.h"

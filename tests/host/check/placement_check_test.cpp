@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Blocks on a picture: what is told of their boxes, and what is wrong with their places.
 #include "check/placement_check.h"
 

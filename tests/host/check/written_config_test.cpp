@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What stands in a file, before anything is made of it.
 #include "check/written_config.h"
 #include "sw_number_text.h"

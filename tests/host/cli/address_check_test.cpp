@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Ports that are none, and outputs that would come back as the input.
 #include "cli/address_check.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The text of a burn's summary, and which warnings it keeps.
 #include "cli/burn_summary.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the program says about configurations that the plugin would silently take for empty ones.
 #include "cli/config_file.h"
 

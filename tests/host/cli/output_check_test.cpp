@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Outputs that would replace what is read, by whatever name.
 #include "cli/output_check.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The remarks about a clip's telemetry.
 #include "clip/clip_telemetry.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures with their telemetry and sound on the way into a file: order, what is left out, and how it ends.
 #include "clip/clip_writer.h"
 

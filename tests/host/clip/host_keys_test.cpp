@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The keys that the host adds to a frame's telemetry.
 #include "clip/host_keys.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry beside an output: names of the files, and what stands in them.
 #include "clip/klv_sidecar.h"
 

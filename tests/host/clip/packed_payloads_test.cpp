@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Payloads come out of their packing as they went in.
 #include "clip/packed_payloads.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Derived keys and constants on their way into a packet's payload.
 #include "clip/payload_completer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the packets of a telemetry file stand after the clip's first picture.
 #include "clip/telemetry_placement.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Telemetry without pictures: raw KLV by its ending and by its contents, clips, telemetry files, and what is refused.
 #include "clip/telemetry_source.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The configuration's file: what is opened, what is saved, and what is left when it cannot be.
 #include "editor/config_store.h"
 

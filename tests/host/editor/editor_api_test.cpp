@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The page's questions to a real clip, as far as they go beyond what the parts below answer: shapes and statuses.
 #include "editor/editor_api.h"
 

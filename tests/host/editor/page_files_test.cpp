@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The page as it is built in: everything that it names is served, and nothing comes from elsewhere or stands inline,
 // which the content security policy would forbid.
 #include "editor/page_files.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The editor's pictures against those of the command that makes one annotated picture, at any place and in any order.
 #include "editor/preview.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the editor is told of a clip and its frames; preview_anywhere_test compares the pictures.
 #include "editor/preview.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Who may ask the editor's server and what is answered to the others, request by request.
 #include "editor/request_handler.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The server over real connections: half requests, slow clients, many clients, long bodies.
 #include "editor/server.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The made flight: values that agree with each other and with the picture, and survive the way through KLV.
 #include "flight/flight_model.h"
 #include "flight/flight_path.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The plugin's library found and loaded, and frames through it, as the program does it.
 #include "frame/frame_renderer.h"
 #include "imaging/imaging_access.h"

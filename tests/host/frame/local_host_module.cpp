@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A host in a library of its own, as players and editors have their filters: it loads the plugin and gives it the
 // frames' times. Opened with local binding by its test.
 #include "FrameTime.h"

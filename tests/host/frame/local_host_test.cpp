@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The frame's time reaches the plugin also where no symbol of the loading code is visible to it.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A long run of the whole way of a frame: telemetry by time, shipped plugin, reference painter and picture pool,
 // with telemetry keys that never come twice. Prints how much memory the process holds as it goes on.
 //   soak FRAMES    prints "frame,new,heap,resident" in bytes, a hundred lines

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which telemetry belongs to which frame.
 #include "frame/telemetry_timeline.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The order of a line's parts: which lines are looked at closely, their runs from left to right, and what is
 // remembered.
 #include "imaging/bidi.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Coverage pictures blended whole and cut: every pixel of both planes.
 #include "imaging/coverage_blender.h"
 

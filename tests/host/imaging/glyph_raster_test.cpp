@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Outlines become coverage: trimmed, padded, shifted, stroked.
 #include "imaging/glyph_cache.h"
 #include "imaging/shaper.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What is remembered of lines: told apart by text, style and parity, and kept within bounds.
 #include "imaging/line_cache.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Glyphs laid over each other in windows of any parity, the chroma that follows, and the packed copy.
 #include "imaging/line_composer.h"
 

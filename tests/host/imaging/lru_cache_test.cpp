@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The bounded cache: what it holds, what it forgets and when.
 #include "imaging/lru_cache.h"
 

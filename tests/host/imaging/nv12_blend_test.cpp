@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The vector form of each pixel loop against its plain form: every width, every alignment, every instruction set
 // of this processor, with guard bytes around both planes.
 #include "imaging/nv12_blend.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Distances from outlines: straight edges exactly, curves within the closeness of their segments.
 #include "imaging/outline_distance.h"
 

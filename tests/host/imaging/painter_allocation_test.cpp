@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A frame allocates nothing once its words, glyphs and lines are known. Counted by replacing operator new and, where no
 // sanitizer has done so, the C library's allocation, which the text libraries use.
 #include "Painter.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The painter's looks, held against pictures that somebody has looked at. docs/painter.md shows them.
 #include "Painter.h"
 #include "golden_picture.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The painter as its callers see it: what is measured is what is drawn, at every place, size and thickness.
 #include "Painter.h"
 #include "imaging/imaging_access.h"

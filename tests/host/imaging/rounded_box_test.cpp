@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Background boxes: every pixel and every chroma sample against a plain model.
 #include "imaging/rounded_box.h"
 

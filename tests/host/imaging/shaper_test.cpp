@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Words to positioned glyphs, in the units of DejaVu Sans: 2048 to the em, of which each is 32 of ours.
 #include "imaging/shaper.h"
 

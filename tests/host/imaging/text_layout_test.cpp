@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lines, boxes and groups of a text in DejaVu Sans at 20 pixels: 19 above the baseline and 5 below it.
 #include "imaging/text_layout.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where pictures of another shape stand, and that all around them is black.
 #include "media/fitted_picture.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Conversion to and from NV12: every family of pixel formats, odd and tiny sizes, colours kept.
 #include "media/frame_converter.h"
 #include "planes.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Time codes of parts; what else is kept of a container is compared in whole files.
 #include "media/kept_tags.h"
 

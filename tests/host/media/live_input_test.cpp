@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The reading thread with a real socket: what comes stands in the queue, and its end is quick whenever it is asked for.
 #include "clips.h"
 #include "live_stream.h"

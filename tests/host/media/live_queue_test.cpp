@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The bounded way from the reading thread to the drawing one. Time is told, not measured, but where threads meet.
 #include "media/live_queue.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Pictures turned upright: which sample goes where, and what is said of the picture afterwards.
 #include "media/orientation.h"
 

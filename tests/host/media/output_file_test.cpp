@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Output that appears under its name only when it is whole.
 #include "file_bytes.h"
 #include "media/output_file.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Frames told from packets are those that a decoder gives; where that is not certain the reason is told.
 #include "clips.h"
 #include "media/demuxer.h"

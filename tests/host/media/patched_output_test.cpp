@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Bytes on their way out: all of them, and whole packets where they go out as datagrams.
 #include "media/patched_output.h"
 

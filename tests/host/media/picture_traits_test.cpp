@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What is kept of a decoded picture beside its contents.
 #include "media/picture_traits.h"
 

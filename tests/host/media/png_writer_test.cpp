@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // PNG output, read back with libpng.
 #include "media/png_writer.h"
 #include "planes.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A muxer's tables with the identity of the input's.
 #include "media/program_table_patch.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tables of recorded streams read and written, and sections taken from packets and put into them.
 #include "media/program_tables.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Encoder, muxer, demuxer and decoder together: what goes in comes out again, samples, times and bytes.
 #include "media/decoder.h"
 #include "media/demuxer.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The places of telemetry and sound beside the pictures of a clip at 25 frames per second.
 #include "media/side_placer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The one rising time axis of a clip: unbroken streams keep their ticks, joined ones continue.
 #include "media/timeline.h"
 

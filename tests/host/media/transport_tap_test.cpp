@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tap learns of a stream, and which bytes it changes: the types of synchronous telemetry, nothing else.
 #include "media/transport_tap.h"
 

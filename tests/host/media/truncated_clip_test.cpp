@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A clip cut off at every single byte: read as far as it goes or refused in one line, never more than there was.
 #include "media/demuxer.h"
 #include "media/ffmpeg_types.h"

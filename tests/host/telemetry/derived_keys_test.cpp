@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Derived keys: each computation by rows, which of them are made, what a missing one would need.
 #include "telemetry/derived_keys.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a telemetry file is, by its name and by its first bytes.
 #include "telemetry/file_kind.h"
 

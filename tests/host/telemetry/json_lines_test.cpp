@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // JSON Lines: which lines count, what the time is, how failures read.
 #include "telemetry/telemetry.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which keys a configuration can name, and what is made of packets when only these are wanted.
 #include "telemetry/key_selection.h"
 #include "telemetry/st0601_table.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Framing: BER lengths, BER-OID tags, universal keys, resynchronisation, checksum.
 #include "telemetry/klv_reader.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Stream units to payloads: key rules that go beyond one item, checksum verdicts, counts, files.
 #include "telemetry/telemetry.h"
 

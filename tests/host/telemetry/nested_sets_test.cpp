@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Nested sets and packs: worked bytes, missing parts, damage.
 #include "telemetry/nested_sets.h"
 

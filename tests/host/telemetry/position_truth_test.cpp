@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Texts of positions against those that the library's own command line tool prints for the same points.
 #include "telemetry/position_text.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Security sets: worked bytes, texts of two bytes a character, marking lines, and how long a set holds.
 #include "telemetry/security_set.h"
 

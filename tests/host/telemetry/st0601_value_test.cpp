@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Values of single items: worked examples of MISB ST 0601, boundary codes, odd lengths, and the way back.
 #include "telemetry/st0601_value.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Holds the key tables and the options of docs/telemetry.md to the code.
 #include "clip/host_keys.h"
 #include "telemetry/derived_keys.h"

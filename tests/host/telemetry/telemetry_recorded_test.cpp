@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Recorded KLV against the values that other decoders found in it.
 #include "telemetry/telemetry.h"
 

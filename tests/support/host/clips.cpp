@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Clips made with the host's own media library, and what is in clips read back.
 #include "clips.h"
 

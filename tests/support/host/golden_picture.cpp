@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads and writes PGM and PNG, and says where and by how much two pictures differ.
 #include "golden_picture.h"
 

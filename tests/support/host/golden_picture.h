@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Golden pictures: NV12 kept as a grey PGM (luma rows, then rows of interleaved chroma) for the test, and as a PNG
 // for people.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Before main: fontconfig sees only the fonts that the tests are written for, whatever else is installed.
 #include <cstdlib>
 

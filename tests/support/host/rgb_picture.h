@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // PNG pictures for people that tests hold: read, cut out, compared, written.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lays two planes into one block of memory with guard bytes before, between and behind them.
 #include "test_picture.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // An NV12 picture for tests: any size, any row padding, planes at any address, guard bytes all around.
 #pragma once
 

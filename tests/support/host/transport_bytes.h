@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tables and packets of transport streams for tests, and bytes from hexadecimal digits.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // As little of ISO/IEC 13818-1 as it takes: a private stream is one whose PES packets start with id BD or FC.
 #include "ts_klv.h"
 

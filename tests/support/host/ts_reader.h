@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A transport stream read from its bytes alone, for comparing streams field by field (ISO/IEC 13818-1, 2.4). It shares
 // nothing with the program that it is to judge.
 #pragma once
