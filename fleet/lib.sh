@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # What the scripts of this folder share; sourced, never run.
 

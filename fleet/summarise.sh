@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Says what became of the clips of a list: one table, and what failed and why.
 set -euo pipefail
 # FLEET_HOME: where this folder is, for an engine that runs a copy of this script.

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # Joins the pieces of a long recording; without all of them says which are missing and why, and joins nothing.
 #   join_pieces.sh PIECES_FOLDER OUTPUT
 set -euo pipefail

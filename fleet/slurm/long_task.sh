@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # One piece of a long recording: array task N burns from the (N-1)-th cut to the N-th. Submitted by burn_long.sh.
 #   long_task.sh INPUT CONFIG PIECES_FOLDER [BURN_OPTION...]
 set -euo pipefail

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Datagrams to the service manager. The library for this would wait for a manager that is busy, and live pictures
 // cannot.
 #include "cli/service_notice.h"

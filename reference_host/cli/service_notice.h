@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a service manager is told by the service that it has started: it is ready, alive, ending.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What burn --live tells the service manager that has started it.
 #include "clips.h"
 #include "run_program.h"

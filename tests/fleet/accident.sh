@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 # The program, with accidents: killed in the midst of its work, or standing still until its node is lost.
 #   killed_*         killed with its first attempt
 #   always_killed_*  killed with every attempt

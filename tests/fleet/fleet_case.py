@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """What the tests of fleet/ share: clips, the program, the program with accidents, and what must hold of the outputs."""
 
 import csv

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The recipe for Kubernetes against a strict schema of what it uses; and its command, run as a pod would run it."""
 
 import copy

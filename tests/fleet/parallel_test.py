@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The recipe for GNU parallel: broken clips, killed programs, and a second run that takes up what was left."""
 
 import os

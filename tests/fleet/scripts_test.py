@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The scripts of fleet/ without an engine: one clip, what is refused and in which words, what shellcheck says."""
 
 import glob

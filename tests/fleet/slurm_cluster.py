@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """A Slurm of two nodes on this machine: daemons, ports and files of its own, ended by their numbers."""
 
 import ctypes

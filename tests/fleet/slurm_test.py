@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The recipes for Slurm under a real Slurm of two nodes: broken clips, killed programs, a node that is lost."""
 
 import json

@@ -1,3 +1,5 @@
+# SPDX-FileCopyrightText: 2026 The stanag-overlay authors
+# SPDX-License-Identifier: Apache-2.0
 """The template unit: what systemd says of it, and how much of the system it leaves to a stream."""
 
 import os

@@ -562,7 +562,8 @@ std::string disagreement(std::string const& text)
 
 std::string templateDisagreement(std::string const& text)
 {
-    if (text.empty() || std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 4; })) {
+    if (text.empty() ||
+        std::any_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 4; })) {
         return "";
     }
     check::TemplateKeys const named = check::templateKeys(text);
