@@ -14,6 +14,12 @@ set(CPACK_DEBIAN_PACKAGE_NAME stanag-overlay)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Stanag Overlay maintainers <maintainers@stanag-overlay.example.com>")
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${PROJECT_HOMEPAGE_URL}")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+if(CMAKE_SYSROOT)
+    foreach(folder lib usr/lib)
+        list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+            "${CMAKE_SYSROOT}/${folder}/${CMAKE_LIBRARY_ARCHITECTURE}")
+    endforeach()
+endif()
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Built for Debian 12 and its libraries.
 set(CPACK_DEBIAN_PACKAGE_VERSION "${PROJECT_VERSION}-1~deb12")

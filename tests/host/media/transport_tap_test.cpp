@@ -40,7 +40,8 @@ Bytes through(media::TransportTap& tap, Bytes const& in, std::size_t piece)
     Bytes some(777);
     auto const takeAll = [&] {
         while (std::size_t const got = tap.take(some)) {
-            out.insert(out.end(), some.begin(), some.begin() + static_cast<std::ptrdiff_t>(got));
+            auto const taken = std::span(some).first(got);
+            out.insert(out.end(), taken.begin(), taken.end());
         }
     };
     for (std::size_t at = 0; at < in.size(); at += piece) {
