@@ -40,8 +40,7 @@ Bytes through(media::TransportTap& tap, Bytes const& in, std::size_t piece)
     Bytes some(777);
     auto const takeAll = [&] {
         while (std::size_t const got = tap.take(some)) {
-            auto const taken = std::span(some).first(got);
-            out.insert(out.end(), taken.begin(), taken.end());
+            out.insert(out.end(), some.begin(), some.begin() + static_cast<std::ptrdiff_t>(got));
         }
     };
     for (std::size_t at = 0; at < in.size(); at += piece) {
