@@ -10,6 +10,8 @@ build=$(cd "${1:?"usage: benchmarks/ablate_json.sh BUILD_DIR"}" && pwd)
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# The name under which the benchmark looks for the library.
+library=$(ldd "$build/bin/json_benchmark" | sed -n 's/^\s*\(libsw_framework[^ ]*\).*/\1/p')
 read -ra compiler <<<"${CMAKE_CXX_COMPILER_LAUNCHER:-} c++"
 
 # build_library FOLDER: of the sources in FOLDER/framework, those that have no newer object.
@@ -22,7 +24,7 @@ build_library() {
         "${compiler[@]}" -std=c++20 -O3 -DNDEBUG -fPIC -fvisibility-inlines-hidden -fno-semantic-interposition -fno-plt \
             -ffp-contract=off -c "$source" -o "$source.o"
     done
-    c++ -shared -Wl,-Bsymbolic-functions "$1"/framework/*.o -lcrypto -o "$1/libsw_framework.so"
+    c++ -shared -Wl,-Bsymbolic-functions "$1"/framework/*.o -lcrypto -o "$1/$library"
 }
 
 # instructions FOLDER TEXT COUNT: that so many readings of a text need, the program around them included.
