@@ -27,6 +27,10 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_VERSION "${PROJECT_VERSION}-1~deb12")
 set(CPACK_PACKAGE_VERSION "${CPACK_DEBIAN_PACKAGE_VERSION}")
 
+if(NOT OVERLAY_SCDOC)
+    message(FATAL_ERROR "scdoc is missing, which makes the manual page")
+endif()
+
 # For which machine: what the compiler builds for, which need not be this one.
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} -dumpmachine
     OUTPUT_VARIABLE machine OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
