@@ -47,7 +47,7 @@ def main():
     print(f"{SECONDS} seconds of 640x360 at 25 pictures per second. Resident MiB: after {SETTLED} s {memory[0]:.1f}, "
           f"least {min(memory):.1f},\nmost {max(memory):.1f}, at the end {memory[-1]:.1f}. Stalls of more than {STALL:.0f} s "
           f"in what comes out: {sum(pause > STALL for pause in pauses)};\nlongest pause {max(pauses):.2f} s, "
-          f"{len(came) / 1e6:.1f} MB came out, the last {began + SECONDS - stream.arrivals[-1]:.1f} s before the end.")
+          f"{len(came) / 1e6:.1f} MB came out, the last {max(0.0, began + SECONDS - stream.arrivals[-1]):.1f} s before the end.")
     sys.exit("the pipeline ended by itself" if died else 0)
 
 
