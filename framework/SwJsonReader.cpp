@@ -16,14 +16,8 @@
 #include <cstdlib>
 #include <new>
 
-using sw_detail::isDigit;
-using sw_detail::isLetter;
-using sw_detail::isSpace;
-using sw_detail::JsonBuilder;
-using sw_detail::JsonProblem;
-using sw_detail::readShortDouble;
-using sw_detail::scanDigits;
-using sw_detail::skipSpace;
+using sw_detail::isDigit, sw_detail::isLetter, sw_detail::isSpace, sw_detail::JsonBuilder, sw_detail::JsonProblem,
+    sw_detail::readShortDouble, sw_detail::scanDigits, sw_detail::skipSpace;
 
 namespace {
 
