@@ -58,6 +58,10 @@ touch forgotten
 refused "the tree has changes" --dry-run
 rm forgotten
 
+git config --unset user.email
+refused "git knows neither user.signingkey nor user.email" --dry-run
+git config user.email tester@example.com
+
 said=$(scripts/release --dry-run)
 says "release: run all tests"
 says "release: no earlier release of 1.x, so there is no ABI to compare with"

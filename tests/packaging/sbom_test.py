@@ -23,16 +23,67 @@ def installed_version(package):
                           check=True, capture_output=True, text=True).stdout
 
 
-def make_package(folder, name, file, code, *flags):
+def make_package(folder, name, file, code, *flags, architecture=ARCHITECTURE):
     """A package NAME_1.0_ARCHITECTURE.deb with one binary."""
     tree = folder / name
     (tree / "DEBIAN").mkdir(parents=True)
     (tree / "DEBIAN/control").write_text(
-        f"Package: {name}\nVersion: 1.0\nArchitecture: {ARCHITECTURE}\nMaintainer: T <t@example.com>\nDescription: t\n")
+        f"Package: {name}\nVersion: 1.0\nArchitecture: {architecture}\nMaintainer: T <t@example.com>\nDescription: t\n")
     (tree / "usr/lib").mkdir(parents=True)
     subprocess.run([CXX, "-x", "c++", "-", "-x", "none", "-o", str(tree / "usr/lib" / file), *flags], input=code, text=True, check=True)
-    subprocess.run(["dpkg-deb", "--root-owner-group", "--build", str(tree), str(folder / f"{name}_1.0_{ARCHITECTURE}.deb")],
+    subprocess.run(["dpkg-deb", "--root-owner-group", "--build", str(tree), str(folder / f"{name}_1.0_{architecture}.deb")],
                    check=True, stdout=subprocess.DEVNULL)
+
+
+def make_root(folder, architecture):
+    """A root as scripts/sysroot-arm64 makes it: a library of one package and two of headers."""
+    triplet = subprocess.run(["dpkg-architecture", f"-a{architecture}", "-qDEB_HOST_MULTIARCH"],
+                             check=True, capture_output=True, text=True).stdout.strip()
+    root = folder / "root"
+    library = root / "usr/lib" / triplet / "libmade.so.1"
+    library.parent.mkdir(parents=True)
+    subprocess.run([CXX, "-x", "c++", "-", "-o", str(library), "-shared", "-fPIC", "-nostdlib", "-Wl,-soname,libmade.so.1"],
+                   input="int made() { return 1; }", text=True, check=True)
+    (root / "dpkg/info").mkdir(parents=True)
+    (root / "dpkg/updates").mkdir()
+    (root / "dpkg/arch").write_text(f"{ARCHITECTURE}\n{architecture}\n")
+    (root / "dpkg/info/format").write_text("1\n")
+    for package, machine, licence, suffix, files in [("libmade1", architecture, "Zlib", f":{architecture}", [library]),
+                                                     ("libcli11-dev", "all", "BSD-3-clause", "", []),
+                                                     ("nlohmann-json3-dev", "all", "Expat", "", [])]:
+        with (root / "dpkg/status").open("a") as status:
+            status.write(f"Package: {package}\nStatus: install ok installed\nVersion: 7.0-1\nArchitecture: {machine}\n"
+                         f"{'Multi-Arch: same' if suffix else 'Multi-Arch: foreign'}\n"
+                         "Maintainer: T <t@example.com>\nDescription: t\n\n")
+        (root / f"dpkg/info/{package}{suffix}.list").write_text("".join(f"{file}\n" for file in files))
+        (root / "usr/share/doc" / package).mkdir(parents=True)
+        (root / "usr/share/doc" / package / "copyright").write_text(f"Format: x\n\nFiles: *\nLicense: {licence}\n")
+    return root, library
+
+
+def check_root():
+    """With --root all comes from there, for packages of another machine, and nothing from this one."""
+    other = "arm64" if ARCHITECTURE != "arm64" else "amd64"
+    with tempfile.TemporaryDirectory() as name:
+        folder = Path(name)
+        root, library = make_root(folder, other)
+        make_package(folder, "stanag-overlay", "libours.so", "int made(); int ours() { return made(); }",
+                     "-shared", "-fPIC", "-nostdlib", str(library), architecture=other)
+        deb = str(folder / f"stanag-overlay_1.0_{other}.deb")
+        document = json.loads(subprocess.run([str(SOURCE / "scripts/sbom"), "--root", str(root), deb],
+                                             check=True, capture_output=True, text=True).stdout)
+        without = subprocess.run([str(SOURCE / "scripts/sbom"), deb], capture_output=True, text=True)
+    assert without.returncode == 1
+    assert without.stderr == f"sbom: libmade.so.1: no such library for {other}; install what the packages depend on\n"
+    check_spdx(document)
+    assert document["name"] == f"stanag-overlay-1.0-{other}"
+    listed = {(package["name"], package["versionInfo"], package["licenseDeclared"],
+               package["externalRefs"][0]["referenceLocator"]) for package in document["packages"]}
+    assert listed == {
+        ("stanag-overlay", "1.0", "Apache-2.0", f"pkg:deb/stanag-overlay@1.0?arch={other}"),
+        ("libmade1", "7.0-1", "Zlib", f"pkg:deb/debian/libmade1@7.0-1?arch={other}&distro=debian-12"),
+        ("libcli11-dev", "7.0-1", "BSD-3-Clause", "pkg:deb/debian/libcli11-dev@7.0-1?arch=all&distro=debian-12"),
+        ("nlohmann-json3-dev", "7.0-1", "MIT", "pkg:deb/debian/nlohmann-json3-dev@7.0-1?arch=all&distro=debian-12")}, listed
 
 
 def check_spdx(document):
@@ -92,3 +143,4 @@ def main():
 
 
 main()
+check_root()
