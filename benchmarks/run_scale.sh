@@ -4,17 +4,42 @@
 # Measures what one core burns in an hour, by picture size and encoder, alone and beside others, and what that makes for
 # many cores; writes the tables into docs/scale.md.
 #   benchmarks/run_scale.sh BUILD_DIR                    all, in four minutes
-#   benchmarks/run_scale.sh BUILD_DIR core|growth|live   one part; figures of the others are those of their last run
+#   benchmarks/run_scale.sh BUILD_DIR core|growth|live   one part, and what follows from the tables as they stand then
+#   benchmarks/run_scale.sh BUILD_DIR thousand           only what follows from the tables
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-build=${1:?"usage: benchmarks/run_scale.sh BUILD_DIR [core|growth|live]"}
+build=${1:?"usage: benchmarks/run_scale.sh BUILD_DIR [core|growth|live|thousand]"}
 part=${2:-all}
 program=$build/bin/stanag-overlay
 hud=$root/examples/full_screen_hud.json
 cores=$(nproc)
+scale=$root/docs/scale.md
 
-kept=$build/scale # figures that another part needs
-mkdir -p "$kept"
+section() { "$root/scripts/write-section" "$scale" "$1"; }
+
+# table NAME: what stands in the section now.
+table() { sed -n "/^<!-- $1:begin/,/^<!-- $1:end/p" "$scale"; }
+
+# thousand: what the tables of one core and of many processes make for a thousand cores.
+thousand() {
+    local share start
+    share=$(table scale-growth | awk -F '|' -v cores="$cores" '$2 + 0 == cores {
+        share = $4 / 100
+        printf "%.2f\n", share < 1 ? share : 1 }')
+    start=$(table scale-core | sed -n 's/^A process costs \(.*\) processor seconds .*/\1/p')
+    echo "| pictures | encoder | video hours an hour on one core | x 1,000 | x $share | clips of 60 s an hour |"
+    echo "| --- | --- | ---: | ---: | ---: | ---: |"
+    table scale-core | awk -F ' *[|] *' -v share="$share" -v start="$start" '$3 ~ /^libx264/ {
+        hours = $6
+        printf "| %s | %s | %s | %.0f | %.0f | %.0f |\n", $2, $3, hours, 1000 * hours, 1000 * hours * share,
+            1000 * share * 3600 / (60 / hours + start) }'
+}
+
+if [ "$part" = thousand ]; then
+    thousand | section scale-thousand
+    exit
+fi
+
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 load=$(cut -d' ' -f1 /proc/loadavg)
@@ -87,15 +112,12 @@ startup=$("$program" burn "$work/720p.ts" -c "$hud" -o "$work/null.nut" --video-
     --summary - --no-progress 2>/dev/null | sed -n 's/^  "processorSeconds": \(.*\),$/\1/p')
 
 one_core() {
-    : >"$kept/results"
-    echo "$startup" >"$kept/startup"
     echo "| pictures | encoder | ms a picture | of it the plugin | video hours | clips of 60 s | MiB |"
     echo "| --- | --- | ---: | ---: | ---: | ---: | ---: |"
     for height in "${heights[@]}"; do
         plugin=$(plugin_seconds "$height")
         for encoder in "${encoders[@]}"; do
             read -r cpu _ frames video memory <<<"$(best "$height" "$encoder")"
-            echo "$height $encoder $cpu $video" >>"$kept/results"
             awk -v height="$height" -v encoder="${called[$encoder]}" -v cpu="$cpu" -v frames="$frames" -v video="$video" \
                 -v memory="$memory" -v plugin="$plugin" -v start="$startup" 'BEGIN {
                 hours = video / (cpu - start)
@@ -128,34 +150,14 @@ growth() {
         awk -v n="$processes" -v rate="$rate" -v alone="$alone" -v cost="$cost" -v cores="$cores" 'BEGIN {
             used = n < cores ? n : cores
             printf "| %d | %.2f | %.0f %% | %.3f |\n", n, rate, 100 * rate / (alone * used), cost }'
-        [ "$processes" -ne "$cores" ] ||
-            awk -v rate="$rate" -v alone="$alone" -v n="$cores" 'BEGIN {
-                share = rate / (alone * n)
-                printf "%.2f\n", share < 1 ? share : 1 }' >"$kept/share"
     done
 }
 
-thousand() {
-    local share start
-    share=$(<"$kept/share")
-    start=$(<"$kept/startup")
-    echo "| pictures | encoder | video hours an hour on one core | x 1,000 | x $share | clips of 60 s an hour |"
-    echo "| --- | --- | ---: | ---: | ---: | ---: |"
-    while read -r height encoder cpu video; do
-        case $encoder in ultrafast | veryfast | medium) ;; *) continue ;; esac
-        awk -v height="$height" -v encoder="${called[$encoder]}" -v cpu="$cpu" -v video="$video" -v share="$share" \
-            -v start="$start" 'BEGIN {
-            hours = video / (cpu - start)
-            printf "| %s | %s | %.2f | %.0f | %.0f | %.0f |\n", height, encoder, hours, 1000 * hours, 1000 * hours * share,
-                1000 * share * 3600 / (60 / hours + start) }'
-    done <"$kept/results"
-}
-
-# As fast as a camera sends.
+# As fast as a camera sends. One core cannot carry 2160p.
 live() {
     echo "| pictures | encoder | ms a picture | cores for 30 pictures a second | streams on a core at 70 % | dropped | MiB |"
     echo "| --- | --- | ---: | ---: | ---: | ---: | ---: |"
-    for height in "${heights[@]}"; do
+    for height in 720p 1080p; do
         for encoder in ultrafast veryfast; do
             # shellcheck disable=SC2086 # options are words
             ffmpeg -v error -nostdin -re -i "$work/$height.ts" -map 0 -c copy -f mpegts - 2>/dev/null |
@@ -171,7 +173,6 @@ live() {
     done
 }
 
-section() { "$root/scripts/write-section" "$root/docs/scale.md" "$1"; }
 if [ "$part" = all ] || [ "$part" = core ]; then
     {
         echo "Machine: $(LC_ALL=C lscpu | sed -n 's/^Model name: *//p'), $cores processors, load $load before the run,"

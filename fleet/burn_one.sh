@@ -13,8 +13,8 @@ usage: burn_one.sh CLIP CONFIG OUT [BURN_OPTION...]
        burn_one.sh --line N LIST CONFIG OUT [BURN_OPTION...]
 
 Burns CLIP, or the clip in line N of LIST, into the folder OUT under its own name, with OUT/logs/NAME.log and
-OUT/summaries/NAME.json. Does nothing when that has been done already and neither CLIP nor CONFIG is newer. Leaves no half
-output, whatever happens. The exit code is that of the burn, 2 for wrong usage.
+OUT/summaries/NAME.json. Does nothing when that has been done already with what CONFIG says, and CLIP is not newer. Leaves no
+half output, whatever happens. The exit code is that of the burn, 2 for wrong usage.
 
   BURN_OPTION     passed on to `stanag-overlay burn`, such as --crf 28; without --threads one thread is used, or as
                   many as SLURM_CPUS_PER_TASK says
@@ -53,7 +53,8 @@ mkdir -p "$out/logs" "$out/summaries"
 log=$out/logs/$name.log
 summary=$out/summaries/$name.json
 
-if is_done "$clip" "$config" "$out"; then
+configuration=$(configuration_sum "$config")
+if is_done "$clip" "$configuration" "$out"; then
     echo "$name: is done already"
     exit 0
 fi
@@ -64,6 +65,7 @@ tidy_up() {
 tidy_up
 # A summary that is there later is that of this attempt.
 rm -f -- "$summary"
+echo "$configuration" >"$out/summaries/$name.configuration"
 
 threads=(--threads "${SLURM_CPUS_PER_TASK:-1}")
 for option in "$@"; do

@@ -6,6 +6,7 @@
 # Every place of one clip follows from the output folder and the clip's file name:
 #   OUT/NAME                 the annotated clip
 #   OUT/summaries/NAME.json  what the burn told
+#   OUT/summaries/NAME.configuration  the sum of the configuration that it was given
 #   OUT/logs/NAME.log        what it said, one part for each attempt
 # NAME is the clip's own, or with FLEET_ENDING its name with that ending instead of its own, or FLEET_NAME.
 
@@ -77,12 +78,74 @@ read_list() {
     [ ${#clips[@]} -gt 0 ] || fail "$1: lists no clip"
 }
 
-# is_done CLIP CONFIG OUT: whether its output is there, whole, and not older than what it is made from.
+# configuration_sum CONFIG: of what it says. Its time tells nothing: an engine may copy it anew for each task.
+configuration_sum() {
+    sha256sum <"$1" | cut -d ' ' -f 1
+}
+
+# is_done CLIP CONFIGURATION_SUM OUT: whether its output is there, whole, made with that configuration, and not older than
+# the clip.
 is_done() {
     output_name "$1"
-    local output=$3/$REPLY summary=$3/summaries/$REPLY.json
+    local output=$3/$REPLY summary=$3/summaries/$REPLY.json made_with=$3/summaries/$REPLY.configuration
     [ -s "$output" ] && [ -s "$summary" ] && [[ $(<"$summary") == *$'\n  "exitCode": 0,\n'* ]] &&
-        [ ! "$1" -nt "$output" ] && [ ! "$2" -nt "$output" ]
+        [ -s "$made_with" ] && [ "$(<"$made_with")" = "$2" ] && [ ! "$1" -nt "$output" ]
+}
+
+# number NAME: sets REPLY to the member of the text in `json`; 0 when it is not there.
+number() {
+    REPLY=0
+    [[ ! $json =~ \"$1\":\ ([0-9.e+-]+) ]] || REPLY=${BASH_REMATCH[1]}
+}
+
+# error_text: sets REPLY to why it failed, in the words of the text in `json`.
+error_text() {
+    REPLY=
+    [[ $json =~ $'\n  "error": "'([^$'\n']*)$'",\n' ]] || return 0
+    local text=${BASH_REMATCH[1]}
+    text=${text//\\\\/$'\1'}
+    text=${text//\\\"/\"}
+    text=${text//\\[nrt]/ }
+    REPLY=${text//$'\1'/\\}
+}
+
+# last_words LOG: the exit code and the last line that a process has left which could not tell more.
+last_words() {
+    [ -s "$1" ] || return 0
+    tail -n 20 -- "$1" | awk '
+        /^== exit code [0-9]+$/ { code = $4; next }
+        /^== /                  { code = ""; text = ""; next }
+                                { text = $0 }
+        END { sub(/^[a-z-]*: /, "", text); print code "|" text }'
+}
+
+# recall NAME OUT: sets `json`, `code` and `attempts` to what summary and log hold of the clip with that output.
+recall() {
+    local summary=$2/summaries/$1.json
+    log=$2/logs/$1.log json='' attempts=0
+    [ ! -s "$summary" ] || json=$(<"$summary")
+    [ ! -s "$log" ] || attempts=$(grep -c '^== [0-9].* on ' -- "$log" || true)
+    number exitCode
+    code=$REPLY
+}
+
+# explain: after recall, of a clip that is not done: sets `reason`, and `code` where no summary told it.
+explain() {
+    if [ "$attempts" -eq 0 ]; then
+        reason="was never begun" code=
+    elif [ -n "$json" ] && [ "$code" -ne 0 ]; then
+        error_text
+        reason=${REPLY:-was interrupted}
+    elif [ -n "$json" ]; then
+        reason="its output is gone, older than the clip, or made with another configuration"
+    else
+        IFS='|' read -r code reason <<<"$(last_words "$log")"
+        if [ -z "$code" ]; then
+            reason="was killed with its job or its node"
+        elif [ "$code" -gt 128 ]; then
+            reason="was killed by signal $((code - 128))${reason:+: $reason}"
+        fi
+    fi
 }
 
 # requeue_when_killed CODE: for a task of a job array. Killed by a signal, for want of memory or by somebody: that may go

@@ -23,33 +23,7 @@ config=$2 out=$3
 read_list "$1"
 need_file "the configuration" "$config"
 [ -d "$out" ] || fail "the output folder ${out@Q} is not there"
-
-# number NAME: sets REPLY to the member of the text in `json`; 0 when it is not there.
-number() {
-    REPLY=0
-    [[ ! $json =~ \"$1\":\ ([0-9.e+-]+) ]] || REPLY=${BASH_REMATCH[1]}
-}
-
-# error_text: sets REPLY to why it failed, in the words of the text in `json`.
-error_text() {
-    REPLY=
-    [[ $json =~ $'\n  "error": "'([^$'\n']*)$'",\n' ]] || return 0
-    local text=${BASH_REMATCH[1]}
-    text=${text//\\\\/$'\1'}
-    text=${text//\\\"/\"}
-    text=${text//\\[nrt]/ }
-    REPLY=${text//$'\1'/\\}
-}
-
-# last_words LOG: the exit code and the last line that a process has left which could not tell more.
-last_words() {
-    [ -s "$1" ] || return 0
-    tail -n 20 -- "$1" | awk '
-        /^== exit code [0-9]+$/ { code = $4; next }
-        /^== /                  { code = ""; text = ""; next }
-                                { text = $0 }
-        END { sub(/^[a-z-]*: /, "", text); print code "|" text }'
-}
+configuration=$(configuration_sum "$config")
 
 # count_warnings: sets REPLY to their number in the text in `json`; each has a line, with four blanks before it.
 count_warnings() {
@@ -64,25 +38,6 @@ count_warnings() {
     done <<<"$json"
 }
 
-# explain: sets `reason`, and `code` where no summary told it.
-explain() {
-    if [ "$attempts" -eq 0 ]; then
-        reason="was never begun" code=
-    elif [ -n "$json" ] && [ "$code" -ne 0 ]; then
-        error_text
-        reason=${REPLY:-was interrupted}
-    elif [ -n "$json" ]; then
-        reason="its output is gone, or older than the clip or the configuration"
-    else
-        IFS='|' read -r code reason <<<"$(last_words "$log")"
-        if [ -z "$code" ]; then
-            reason="was killed with its job or its node"
-        elif [ "$code" -gt 128 ]; then
-            reason="was killed by signal $((code - 128))${reason:+: $reason}"
-        fi
-    fi
-}
-
 table=$(mktemp "$out/.summary.csv.XXXXXX")
 text=$(mktemp "$out/.summary.txt.XXXXXX")
 failures=$(mktemp "$out/.failures.XXXXXX")
@@ -92,16 +47,9 @@ finished=0 failed=0
 echo "clip,output,result,exit_code,attempts,frames,video_seconds,processor_seconds,wall_seconds,peak_memory_mib,warnings,reason" >"$table"
 for clip in "${clips[@]}"; do
     output_name "$clip"
-    name=$REPLY
-    summary=$out/summaries/$name.json
-    log=$out/logs/$name.log
-    json=
-    [ ! -s "$summary" ] || json=$(<"$summary")
-    attempts=0
-    [ ! -s "$log" ] || attempts=$(grep -c '^== [0-9].* on ' -- "$log" || true)
-    number exitCode
-    code=$REPLY reason=
-    if is_done "$clip" "$config" "$out"; then
+    name=$REPLY reason=
+    recall "$name" "$out"
+    if is_done "$clip" "$configuration" "$out"; then
         result="done"
         finished=$((finished + 1))
     else

@@ -57,8 +57,24 @@ fixed=$out/clips.txt
 for clip in "${clips[@]}"; do absolute "$clip"; echo; done >"$fixed.new"
 mv -f -- "$fixed.new" "$fixed"
 # The log knows jobs by their numbers only: another list, configuration or other options have a log of their own.
-key=$({ cat -- "$fixed" "$config" && printf '%s\0' "$config" "$@"; } | cksum)
+key=$({ cat -- "$fixed" "$config" && printf '%s\0' "$config" "${FLEET_ENDING:-}" "$@"; } | cksum)
 joblog=$out/logs/joblog-${key%% *}.tsv
+
+# print_done: the numbers of the clips that are done, as the log counts them.
+print_done() {
+    local configuration position
+    configuration=$(configuration_sum "$config")
+    for position in "${!clips[@]}"; do
+        ! is_done "${clips[position]}" "$configuration" "$out" || echo $((position + 1))
+    done
+}
+# What the log calls a success is passed over. Since then an output may have gone, or its clip be a newer one.
+if [ -s "$joblog" ]; then
+    print_done | awk -F '\t' '
+        BEGIN { while ((getline number <"-") > 0) done[number] }
+        FNR == 1 || $7 != 0 || $1 in done' "$joblog" >"$joblog.new"
+    mv -f -- "$joblog.new" "$joblog"
+fi
 
 # The variables reach other machines as part of the command.
 command=(env "FLEET_PROGRAM=$(program)" "FLEET_ENDING=${FLEET_ENDING:-}" "$here/burn_one.sh")

@@ -27,6 +27,9 @@ HELP
     exit 0
 fi
 
+# The pieces have their own names.
+unset FLEET_ENDING
+
 wait=()
 if [ "${1:-}" = --wait ]; then
     wait=(--wait)
@@ -54,6 +57,10 @@ input=$(absolute "$input")
 config=$(absolute "$config")
 output=$(absolute "$output")
 [ -d "${output%/*}" ] || fail "the folder ${output%/*} does not exist; create it first"
+folder=$output.pieces
+if [ -e "$folder" ] && [ ! -f "$folder/plan" ]; then
+    fail "$folder is needed for the pieces and holds something else; rename it"
+fi
 
 # Of the pictures; where they do not say, of the whole.
 seconds() {
@@ -64,26 +71,38 @@ length=${length%%$'\n'*}
 [[ $length =~ ^[0-9]+(\.[0-9]+)?$ ]] || length=$(seconds -show_entries format=duration)
 [[ $length =~ ^[0-9]+(\.[0-9]+)?$ ]] || fail "$input: does not say how long it is"
 
-folder=$output.pieces
-# Pieces of another cut are of no use.
+# Pieces of another cut are of no use, but go only when others are on their way.
 plan="$pieces pieces of $length s: $*"
-if [ -d "$folder" ] && [ "$(cat -- "$folder/plan" 2>/dev/null || true)" != "$plan" ]; then
-    rm -rf -- "$folder"
+outdated=
+put_back() {
+    [ -z "$outdated" ] || { rm -rf -- "$folder" && mv -- "$outdated/pieces" "$folder" && rmdir -- "$outdated"; }
+}
+if [ -e "$folder" ] && [ "$(<"$folder/plan")" != "$plan" ]; then
+    outdated=$(mktemp -d "$folder.outdated-XXXXXX")
+    trap put_back EXIT
+    mv -- "$folder" "$outdated/pieces"
 fi
 mkdir -p "$folder/logs/slurm"
 printf '%s\n' "$plan" >"$folder/plan"
 printf '%s\n' "${output##*.}" >"$folder/ending"
 awk -v length_="$length" -v pieces="$pieces" \
     'BEGIN { for (cut = 1; cut < pieces; ++cut) printf "%.3f\n", length_ * cut / pieces }' >"$folder/cuts"
+rm -f -- "$folder/missing"
 export FLEET_HOME=$here
+# A sign of percent begins a replacement there.
+logs=${folder//%/%%}/logs/slurm
 
 job=$(sbatch --parsable --requeue --export=ALL --job-name=burn-piece --array="1-$pieces" --ntasks=1 \
-    --cpus-per-task="${FLEET_CPUS:-1}" --output="$folder/logs/slurm/%A_%a.log" \
+    --cpus-per-task="${FLEET_CPUS:-1}" --output="$logs/%A_%a.log" \
     "$here/slurm/long_task.sh" "$input" "$config" "$folder" "$@")
+if [ -n "$outdated" ]; then
+    trap - EXIT
+    rm -rf -- "$outdated"
+fi
 echo "burn_long: $pieces pieces, job ${job%%;*}"
 sbatch --parsable --requeue --export=ALL --job-name=burn-join --dependency="afterany:${job%%;*}" --ntasks=1 \
-    --output="$folder/logs/slurm/join_%j.log" "${wait[@]}" "$here/slurm/join_pieces.sh" "$folder" "$output" >/dev/null ||
+    --output="$logs/join_%j.log" "${wait[@]}" "$here/slurm/join_pieces.sh" "$folder" "$output" >/dev/null ||
     {
-        cat -- "$folder/missing" >&2
+        [ ! -f "$folder/missing" ] || cat -- "$folder/missing" >&2
         exit 1
     }

@@ -4,6 +4,8 @@
 # Joins the pieces of a long recording; without all of them says which are missing and why, and joins nothing.
 #   join_pieces.sh PIECES_FOLDER OUTPUT
 set -euo pipefail
+# shellcheck source-path=SCRIPTDIR source=../lib.sh
+. "${FLEET_HOME:?}/lib.sh"
 folder=${1:?"usage: join_pieces.sh PIECES_FOLDER OUTPUT"}
 output=${2:?"usage: join_pieces.sh PIECES_FOLDER OUTPUT"}
 ending=$(<"$folder/ending")
@@ -29,7 +31,9 @@ for ((piece = 1; piece <= pieces; ++piece)); do
     summary=$folder/summaries/$name.json
     if [ ! -s "$folder/$name" ] || [ "$(member exitCode "$summary")" != 0 ]; then
         missing=$((missing + 1))
-        echo "piece $piece is missing: $(member error "$summary")" >>"$folder/missing"
+        recall "$name" "$folder"
+        explain
+        echo "piece $piece is missing: $reason" >>"$folder/missing"
         continue
     fi
     start=$(begin "$folder/$name" -show_entries format=start_time)

@@ -7,6 +7,7 @@ import json
 import os
 import shutil
 import subprocess
+import time
 import unittest
 
 from fleet_case import CONFIG, FLEET, HERE, PROGRAM, FleetCase, skip_all
@@ -24,7 +25,13 @@ with open(os.path.join(HERE, "kubernetes_job_schema.json")) as file:
 
 
 def faults(job):
-    return [error.message for error in jsonschema.Draft201909Validator(SCHEMA).iter_errors(job)]
+    found = [error.message for error in jsonschema.Draft201909Validator(SCHEMA).iter_errors(job)]
+    # What no schema can say, and the cluster refuses.
+    spec = job["spec"]
+    most_failures = spec.get("maxFailedIndexes", 0)
+    if isinstance(spec["completions"], int) and most_failures > spec["completions"]:
+        found.append(f"maxFailedIndexes {most_failures} exceeds completions")
+    return found
 
 
 class KubernetesTest(FleetCase):
@@ -41,6 +48,7 @@ class KubernetesTest(FleetCase):
         rows = {
             "a member that does not exist": lambda spec: spec.update(backoffLimitPerindex=3),
             "a number as text": lambda spec: spec.update(completions="60"),
+            "more failures than clips": lambda spec: spec.update(maxFailedIndexes=spec["completions"] + 1),
             "restarts in place": lambda spec: pod(spec).update(restartPolicy="OnFailure"),
             "exit codes as texts": lambda spec: spec["podFailurePolicy"]["rules"][1]["onExitCodes"].update(values=["2"]),
             "an action that does not exist": lambda spec: spec["podFailurePolicy"]["rules"][1].update(action="FailPod"),
@@ -50,6 +58,9 @@ class KubernetesTest(FleetCase):
         }
         for name, change in rows.items():
             self.assertNotEqual(changed(change), [], name)
+
+    def test_no_number_of_broken_clips_ends_the_others(self):
+        self.assertNotIn("maxFailedIndexes", JOB["spec"])
 
     def test_wrong_usage_is_not_tried_again(self):
         rules = JOB["spec"]["podFailurePolicy"]["rules"]
@@ -74,10 +85,17 @@ class KubernetesTest(FleetCase):
         words = container["command"] + container["args"]
         for inside, here in places.items():
             words = [word.replace(inside, here) if " " in word else word for word in words]
-        result = subprocess.run(words, env=dict(os.environ, JOB_COMPLETION_INDEX="1", FLEET_PROGRAM=PROGRAM),
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-        self.assertEqual((result.returncode, result.stdout), (0, ""))
+        def pod():
+            # Its files are new ones in each pod.
+            os.utime("overlay.json", (time.time() + 100, time.time() + 100))
+            result = subprocess.run(words, env=dict(os.environ, JOB_COMPLETION_INDEX="1", FLEET_PROGRAM=PROGRAM), text=True,
+                                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            return result.returncode, result.stdout
+        self.assertEqual(pod(), (0, ""))
         self.assertEqual(sorted(os.listdir("out")), ["b.ts", "logs", "summaries"])
+        self.assertEqual(pod(), (0, "b.ts: is done already\n"))
+        told = subprocess.run([f"{FLEET}/summarise.sh", "list.txt", "overlay.json", "out"], stdout=subprocess.PIPE, text=True)
+        self.assertIn("2 clips: 1 done, 1 failed\n", told.stdout)
 
 
 if __name__ == "__main__":

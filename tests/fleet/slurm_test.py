@@ -127,6 +127,24 @@ class SlurmTest(FleetCase):
         self.assertIn("nonsense", result.stdout)
         self.assertFalse(os.path.exists(output))
 
+    def test_the_script_is_a_job_itself(self):
+        names = ["job_1.ts", "job_2.ts"]
+        origin = self.make_clips(names)
+        with open(self.file("job_list.txt"), "w") as listed:
+            listed.writelines(f"clips/{name}\n" for name in names)
+        os.symlink(FLEET, self.file("recipes"))
+        told = self.cluster.run(["sbatch", "recipes/slurm/burn_array.sh", "job_list.txt", CONFIG, "job out", *FIXED],
+                                environment={"FLEET_PROGRAM": PROGRAM}, cwd=self.folder)
+        self.assertEqual(told.returncode, 0, told.stdout)
+        summary = self.file("job out/summary.txt")
+        end = time.monotonic() + 60
+        while not os.path.exists(summary):
+            self.assertLess(time.monotonic(), end, self.cluster.run(["squeue", "-a"]).stdout + self.cluster.logs())
+            time.sleep(0.1)
+        with open(summary) as file:
+            self.assertEqual(file.readline(), "2 clips: 2 done, 0 failed\n")
+        self.expect_outputs(self.file("job out"), origin)
+
     @classmethod
     def setUpClass(cls):
         super().setUpClass()

@@ -6,9 +6,10 @@ import os
 import re
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
+
+from fleet_case import skip_all
 
 PROGRAM = os.environ["OVERLAY_PROGRAM"]
 UNIT = os.environ["OVERLAY_UNIT"]
@@ -53,6 +54,5 @@ class SystemdTest(unittest.TestCase):
 
 if __name__ == "__main__":
     if shutil.which("systemd-analyze") is None:
-        print("skipped: systemd-analyze is not installed (systemd)")
-        sys.exit(77)
+        skip_all("systemd-analyze is not installed (systemd)")
     unittest.main(verbosity=2)

@@ -21,7 +21,7 @@ stand_in() {
     printf '#!/bin/sh\necho "ran %s $*"\n%s\n' "$1" "${2:-}" >"scripts/$1"
     chmod +x "scripts/$1"
 }
-stand_in test
+stand_in test 'echo "engines are $OVERLAY_ENGINES"'
 stand_in abi
 stand_in test-package
 stand_in package 'mkdir -p build/packages; echo deb >build/packages/a.deb; echo {} >build/packages/a.spdx.json'
@@ -74,6 +74,7 @@ git tag v1.1.0
 git tag v0.9.0
 said=$(scripts/release)
 says "ran test "
+says "engines are required"
 says "ran abi v1.1.0"
 says "ran package --twice"
 says "release: no secret key of tester@example.com, so nothing is signed"
@@ -96,5 +97,7 @@ if command -v gpg >/dev/null; then
     says "release: sign SHA256SUMS"
     gpg --batch --quiet --verify build/release/1.2.0/SHA256SUMS.asc build/release/1.2.0/SHA256SUMS 2>/dev/null
     git tag --verify v1.2.0 >/dev/null 2>&1
+else
+    echo "left out: releases with a key, as gpg is not installed (gnupg)"
 fi
 echo "releases are refused, tried, written and signed"
