@@ -13,12 +13,29 @@ as_user() {
     runuser -u pilot -- env -i PATH=/usr/bin:/bin HOME=/home/pilot LC_ALL=C.UTF-8 bash -euc "cd; $1"
 }
 
-# All files but those by which apt and dpkg keep their books.
+# All files but those of this test and those by which apt and dpkg keep their books.
 files() {
-    find / -xdev \( -path /proc -o -path /dev -o -path /packages -o -path /results -o -path /tmp -o -path /var/lib/apt \
-        -o -path /var/cache/apt -o -path /var/lib/dpkg -o -path /var/log \) -prune -o -print | LC_ALL=C sort
+    find / -xdev \( -path /proc -o -path /dev -o -path /packages -o -path /results -o -path /tmp -o -path /home/pilot \
+        -o -path /var/lib/apt -o -path /var/cache/apt -o -path /var/lib/dpkg -o -path /var/log \) -prune -o -print |
+        LC_ALL=C sort
 }
 
+# older DEB FOLDER: the package with version 0.9 and everything else as it is, into the folder
+older() {
+    local tree
+    tree=$(mktemp -d)
+    dpkg-deb --raw-extract "$1" "$tree"
+    sed -i "s/$(dpkg-deb --field "$1" Version)/0.9/g" "$tree/DEBIAN/control"
+    dpkg-deb --root-owner-group -Znone --build "$tree" "$2" >/dev/null
+    rm -rf "$tree"
+}
+
+# versions: those of our packages, each once
+versions() {
+    dpkg-query --show --showformat='${Version}\n' $ours | sort -u
+}
+
+ours=$(for deb in /packages/*.deb; do dpkg-deb --field "$deb" Package; done)
 apt-get update -qq
 useradd --create-home pilot
 files >/tmp/before
@@ -49,17 +66,33 @@ as_user 'cp -r /usr/share/doc/stanag-overlay-dev/examples/minimal_host . && cmak
 as_user 'build-host/minimal_host /usr/lib/*/stanag-overlay/libstanag_overlay_plugin.so' | tee /tmp/host
 grep -qx 'StanagOverlayPlugin changed [1-9][0-9]* of 921600 pixels' /tmp/host
 
+say "going back to the same packages as version 0.9, and upgrading them"
+version=$(versions)
+mkdir /tmp/older
+for deb in /packages/*.deb; do
+    older "$deb" /tmp/older
+done
+apt-get install -y -qq --no-install-recommends --allow-downgrades /tmp/older/*.deb >/tmp/apt.log 2>&1 ||
+    { cat /tmp/apt.log; exit 1; }
+[ "$(versions)" = 0.9 ]
+apt-get install -y -qq --no-install-recommends /packages/*.deb >/tmp/apt.log 2>&1 || { cat /tmp/apt.log; exit 1; }
+[ "$(versions)" = "$version" ]
+for package in $ours; do
+    [ -z "$(dpkg --verify "$package")" ]
+done
+as_user "stanag-overlay frame flight.ts -c $config --at 2 -o upgraded.png && cmp flight.png upgraded.png"
+
 say "removing all"
-ours=$(for deb in /packages/*.deb; do dpkg-deb --field "$deb" Package; done)
-apt-get purge -y -qq $ours cmake make g++ gstreamer1.0-tools >/tmp/apt.log 2>&1
-apt-get autoremove -y -qq --purge >>/tmp/apt.log 2>&1
-rm -rf /home/pilot/*
-files | grep -v '^/home/pilot/' >/tmp/after
+{ apt-get purge -y -qq $ours cmake make g++ gstreamer1.0-tools && apt-get autoremove -y -qq --purge; } >/tmp/apt.log 2>&1 ||
+    { cat /tmp/apt.log; exit 1; }
+files >/tmp/after
 if find / -xdev \( -path /proc -o -path /dev -o -path /packages -o -path /results -o -path /tmp -o -path /var/cache/apt \) \
     -prune -o -name '*stanag*' -print -o -name '*sw[-_]framework*' -print -o -name '*ZelvoTools*' -print | grep .; then
     say "these are left" >&2
     exit 1
 fi
-say "files left that were not there before, of other packages:"
-diff <(grep -v '^/home/pilot/' /tmp/before) /tmp/after | grep '^[<>]' || true
-say "nothing of ours is left"
+if ! diff /tmp/before /tmp/after; then
+    say "the files are not those of before" >&2
+    exit 1
+fi
+say "the files are those of before"
