@@ -72,10 +72,12 @@ mv -f -- "$fixed.new" "$fixed"
 export FLEET_HOME=$here
 # A sign of percent begins a replacement there.
 logs=${out//%/%%}/logs/slurm
-# Within a job: the tasks are jobs of their own.
-for variable in "${!SLURM_@}"; do
-    [ "$variable" = SLURM_CONF ] || unset "$variable"
-done
+# Within a job: the tasks are jobs of their own, of the same cluster.
+if [ -n "${SLURM_JOB_ID:-}" ]; then
+    for variable in "${!SLURM_@}"; do
+        [[ $variable == SLURM_CONF* ]] || unset "$variable"
+    done
+fi
 
 # A cluster takes so many tasks in one array.
 largest=$(scontrol show config | sed -n 's/^MaxArraySize *= *//p')

@@ -153,7 +153,7 @@ class ScriptsTest(FleetCase):
         """An sbatch that only notes its words; gives the environment that has it."""
         shutil.rmtree("stubs", ignore_errors=True)
         os.makedirs("stubs")
-        texts = {"sbatch": """(IFS=$'\\t'; echo "$*" >>"$CALLS")
+        texts = {"sbatch": """(IFS=$'\\t'; echo "$*" >>"$CALLS"; env >"${CALLS%/*}/environment")
                               [ -z "${SBATCH_FAILS:-}" ] || exit 1
                               wc -l <"$CALLS\"""",
                  "scontrol": f"""case $* in
@@ -208,6 +208,7 @@ class ScriptsTest(FleetCase):
                 words = ["bash", "spool/job00007/slurm_script", "list.txt", CONFIG, "out"]
                 result = subprocess.run(words, env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
                 self.assertEqual(result.returncode, 0, result.stdout)
+                self.assertNotIn("SLURM_JOB_ID=", self.read("stubs/environment"), "the tasks are no part of this job")
                 self.assertEqual([call[call.index(f"{FLEET}/slurm/array_task.sh") + 1] for call in self.submitted()[:2]],
                                  [self.file("out/clips.txt")] * 2)
         with self.subTest("nobody knows"):

@@ -133,17 +133,21 @@ class SlurmTest(FleetCase):
         with open(self.file("job_list.txt"), "w") as listed:
             listed.writelines(f"clips/{name}\n" for name in names)
         os.symlink(FLEET, self.file("recipes"))
-        told = self.cluster.run(["sbatch", "recipes/slurm/burn_array.sh", "job_list.txt", CONFIG, "job out", *FIXED],
+        told = self.cluster.run(["sbatch", "recipes/slurm/burn_array.sh", "job_list.txt", CONFIG, "100% job out", *FIXED],
                                 environment={"FLEET_PROGRAM": PROGRAM}, cwd=self.folder)
         self.assertEqual(told.returncode, 0, told.stdout)
-        summary = self.file("job out/summary.txt")
+        out = self.file("100% job out")
+        summary = out + "/summary.txt"
         end = time.monotonic() + 60
-        while not os.path.exists(summary):
+        # The job that sums up is there until it has tidied up.
+        while not os.path.exists(summary) or self.cluster.run(["squeue", "-h"]).stdout:
             self.assertLess(time.monotonic(), end, self.cluster.run(["squeue", "-a"]).stdout + self.cluster.logs())
             time.sleep(0.1)
         with open(summary) as file:
             self.assertEqual(file.readline(), "2 clips: 2 done, 0 failed\n")
-        self.expect_outputs(self.file("job out"), origin)
+        self.expect_outputs(out, origin)
+        # Two tasks and the job that sums up.
+        self.assertEqual(len(os.listdir(out + "/logs/slurm")), 3)
 
     @classmethod
     def setUpClass(cls):
