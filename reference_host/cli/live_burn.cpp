@@ -20,6 +20,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -52,7 +53,11 @@ void refuseWhatIsNotLive(BurnOptions const& options)
 /// Reports every ten seconds, and what has to be known at once.
 class Reporter {
 public:
-    Reporter(std::string input, BurnReport& report) : input_(std::move(input)), report_(report), reports_(Clock::now())
+    Reporter(std::string input, BurnReport& report, ServiceNotice& manager)
+        : input_(std::move(input))
+        , report_(report)
+        , reports_(Clock::now())
+        , manager_(manager)
     {
         manager_.ready();
     }
@@ -92,7 +97,7 @@ private:
     std::string input_;
     BurnReport& report_;
     LiveReports reports_;
-    ServiceNotice manager_;
+    ServiceNotice& manager_;
     std::optional<double> first_;  ///< when the first picture is shown
 };
 
@@ -106,6 +111,23 @@ void burnUntilTheEnd(media::LiveInput& input, clip::LiveClip& clip, clip::LiveWr
             return;  // a signal ends reading, what has been read is still drawn
         }
         reporter.look(clip, writer);
+    }
+}
+
+/// Null when an interrupt comes before somebody who receives. A service that waits for him does its work: nobody shall
+/// start it again.
+std::unique_ptr<clip::LiveWriter> openOutput(BurnOptions const& options, BurnReport& report, ServiceNotice& manager)
+{
+    auto const waits = [&manager] {
+        manager.ready();
+        manager.alive(Clock::now());
+    };
+    try {
+        return std::make_unique<clip::LiveWriter>(options.output, options.encoding, waits);
+    } catch (media::EndedWhileOpening const& ended) {
+        manager.stopping();
+        warnAll(report, {ended.what()});
+        return nullptr;
     }
 }
 
@@ -125,14 +147,19 @@ void runLiveBurn(BurnOptions const& options, BurnReport& report)
     refuseToReplace(options.output, options.input, options.config, "");
     refuseToFeedBack(options.output, options.input);
     ConfigFile const config = readConfig(options.config);
-    media::setTellWaiting(nullptr);  // live work has lines of its own, which tell more
-    clip::LiveWriter writer(options.output, options.encoding);
+    ServiceNotice manager;
+    std::unique_ptr<clip::LiveWriter> const opened = openOutput(options, report, manager);
+    if (!opened) {
+        return;
+    }
+    clip::LiveWriter& writer = *opened;
+    media::setTellWaiting(nullptr);  // live inputs have lines of their own, which tell more
     media::LiveInput input({options.input, options.giveUpSeconds, !isTransportStream(container)});
     clip::LiveClip clip(input.queue(), {options.input, options.telemetry, options.telemetryWaitMs / 1e3, config.text,
                                         options.encoding.threads, options.look});
     clip.setSideObserver(
         [&writer](media::SideUnit& unit, media::LiveProgram const& program) { writer.addSide(unit, program); });
-    Reporter reporter(options.input, report);
+    Reporter reporter(options.input, report, manager);
     burnUntilTheEnd(input, clip, writer, reporter);
     reporter.ending();
     writer.finish();

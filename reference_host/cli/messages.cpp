@@ -48,9 +48,11 @@ void note(std::string const& text)
     std::cerr << "stanag-overlay: " << line << std::endl;
 }
 
-void noteWaiting(std::string const& address)
+void noteWaiting(std::string const& address, media::WaitingFor whom)
 {
-    note(address + ": nothing has come yet; waiting for somebody to send there");
+    note(address + (whom == media::WaitingFor::Sender
+                        ? ": nothing has come yet; waiting for somebody to send there"
+                        : ": nobody has come yet; waiting for somebody to receive there"));
 }
 
 void noteAll(std::vector<std::string> const& remarks)

@@ -4,6 +4,8 @@
 // What the program says on standard error, and how commands refuse.
 #pragma once
 
+#include "media/waiting.h"
+
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -29,8 +31,8 @@ std::vector<std::string> interruptRemark(std::string const& output, double secon
 
 /// Writes "stanag-overlay: " and the text as one line.
 void note(std::string const& text);
-/// Says that nothing has come from the address yet.
-void noteWaiting(std::string const& address);
+/// Says that nobody has come to the address yet.
+void noteWaiting(std::string const& address, media::WaitingFor whom);
 /// note() for each remark.
 void noteAll(std::vector<std::string> const& remarks);
 

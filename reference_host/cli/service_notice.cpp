@@ -46,6 +46,14 @@ ServiceNotice::~ServiceNotice()
     }
 }
 
+void ServiceNotice::ready()
+{
+    if (!isReady_) {
+        isReady_ = true;
+        send_("READY=1");
+    }
+}
+
 void ServiceNotice::alive(Time now)
 {
     if (now >= next_) {

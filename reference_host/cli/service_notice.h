@@ -20,8 +20,8 @@ public:
     ServiceNotice(ServiceNotice const&) = delete;
     ServiceNotice& operator=(ServiceNotice const&) = delete;
 
-    /// The service does its work from now on. "READY=1"
-    void ready() const { send_("READY=1"); }
+    /// The service does its work from now on; says so once. "READY=1"
+    void ready();
     /// The service does its work still; says so once a second at most. "WATCHDOG=1"
     void alive(Time now);
     /// One line for people. "STATUS=..."
@@ -34,6 +34,7 @@ private:
 
     std::string address_;  ///< as the system wants it; empty: nobody listens
     int socket_ = -1;
+    bool isReady_ = false;
     Time next_{};
 };
 

@@ -33,10 +33,10 @@ LiveWriter::Input LiveWriter::inputOf(media::LiveProgram const& program, int str
     return input;
 }
 
-LiveWriter::LiveWriter(std::string output, media::EncoderChoice choice)
+LiveWriter::LiveWriter(std::string output, media::EncoderChoice choice, std::function<void()> whileOpening)
     : output_(std::move(output))
     , choice_(std::move(choice))
-    , muxer_(output_, media::MuxPace::AtOnce)
+    , muxer_(output_, media::MuxPace::AtOnce, std::move(whileOpening))
 {
     choice_.lowDelay = true;
 }

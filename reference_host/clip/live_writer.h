@@ -11,6 +11,7 @@
 #include "media/muxer.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -21,9 +22,9 @@ namespace clip {
 
 class LiveWriter {
 public:
-    /// Opens the output; a file is under its name only after finish(). Throws std::runtime_error with one line, here
-    /// and below: an output that is gone ends live work.
-    LiveWriter(std::string output, media::EncoderChoice choice);
+    /// Opens the output, which may wait as Muxer says; a file is under its name only after finish(). Throws
+    /// std::runtime_error with one line, here and below: an output that is gone ends live work.
+    LiveWriter(std::string output, media::EncoderChoice choice, std::function<void()> whileOpening = {});
 
     /// A packet of what goes beside the pictures, to be written with the picture that is shown at its time. The
     /// packet's owner is the writer from now on.

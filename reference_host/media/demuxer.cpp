@@ -231,7 +231,7 @@ void Demuxer::open_(char const* url, AVInputFormat const* format)
         av_dict_set(&options, "overrun_nonfatal", "1", 0);  // a burst that is too long loses packets, not the address
     }
     if (isLiveAddress(name_)) {
-        tap_->waiting.emplace(name_, Waiting::Clock::now());
+        tap_->waiting.emplace(name_, WaitingFor::Sender, Waiting::Clock::now());
     }
     // On failure the call frees the context.
     int const opened = avformat_open_input(&context, url, format, &options);

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -25,6 +26,9 @@ constexpr std::array<AVCodecID, 13> kInTransportStreams = {
     AV_CODEC_ID_MP2,  AV_CODEC_ID_MP3,          AV_CODEC_ID_AAC,         AV_CODEC_ID_AAC_LATM, AV_CODEC_ID_AC3,
     AV_CODEC_ID_EAC3, AV_CODEC_ID_DTS,          AV_CODEC_ID_OPUS,        AV_CODEC_ID_TRUEHD,   AV_CODEC_ID_S302M,
     AV_CODEC_ID_MP1,  AV_CODEC_ID_DVB_SUBTITLE, AV_CODEC_ID_DVB_TELETEXT};
+
+/// How long a receiver may leave what is sent untaken once the program shall end.
+constexpr auto kPatienceAtTheEnd = std::chrono::seconds(1);
 
 std::string urlOf(OutputFile const& file)
 {
@@ -53,7 +57,10 @@ AVOutputFormat const& containerFor(std::string const& output)
     return *format;
 }
 
-Muxer::Muxer(std::string const& output, MuxPace pace) : file_(output), pace_(pace)
+Muxer::Muxer(std::string const& output, MuxPace pace, std::function<void()> whileOpening)
+    : file_(output)
+    , pace_(pace)
+    , whileOpening_(std::move(whileOpening))
 {
     AVOutputFormat const& format = containerFor(output);
     AVFormatContext* context = nullptr;
@@ -67,13 +74,43 @@ Muxer::Muxer(std::string const& output, MuxPace pace) : file_(output), pace_(pac
         context->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     }
     context->flush_packets = pace == MuxPace::AtOnce ? 1 : -1;
+    context->interrupt_callback = AVIOInterruptCB{&Muxer::onPoll_, this};
     if ((format.flags & AVFMT_NOFILE) == 0) {
-        check_(avio_open2(&context->pb, urlOf(file_).c_str(), AVIO_FLAG_WRITE, nullptr, nullptr));
-        output_.reset(context->pb);
+        open_();
     }
 }
 
 Muxer::~Muxer() = default;
+
+void Muxer::open_()
+{
+    opening_.emplace(file_.path(), WaitingFor::Receiver, Waiting::Clock::now());
+    int const opened =
+        avio_open2(&context_->pb, urlOf(file_).c_str(), AVIO_FLAG_WRITE, &context_->interrupt_callback, nullptr);
+    opening_.reset();
+    if (opened < 0 && interrupted()) {
+        throw EndedWhileOpening(file_.path() + ": interrupted before anything was written");
+    }
+    check_(opened);
+    output_.reset(context_->pb);
+}
+
+/// Asked by the libraries before and while they wait. What is interrupted is still finished: only a receiver that has
+/// stopped taking it ends that. Files are never given up, however long their disk takes.
+int Muxer::onPoll_(void* self)
+{
+    Muxer& muxer = *static_cast<Muxer*>(self);
+    Waiting::Clock::time_point const now = Waiting::Clock::now();
+    if (!muxer.opening_) {
+        bool const isStuck = now - muxer.stepBegan_ > kPatienceAtTheEnd && isLiveAddress(muxer.file_.path());
+        return isStuck && interrupted() ? 1 : 0;
+    }
+    muxer.opening_->look(now);
+    if (muxer.whileOpening_) {
+        muxer.whileOpening_();
+    }
+    return interrupted() ? 1 : 0;
+}
 
 bool Muxer::isTransportStream() const
 {
@@ -82,6 +119,10 @@ bool Muxer::isTransportStream() const
 
 void Muxer::fail_(int code) const
 {
+    if (code == AVERROR_EXIT) {
+        throw std::runtime_error(file_.path() +
+                                 ": interrupted while nobody takes what is sent; what was sent is not whole");
+    }
     throw std::runtime_error(writeFailure(file_.path(), errorText(code), AVUNERROR(code)));
 }
 
@@ -262,6 +303,7 @@ bool Muxer::describeLight(int stream, PictureTraits const& traits)
 
 void Muxer::begin()
 {
+    beginStep_();
     AVDictionary* options = nullptr;
     if (firstMapPid_ != 0) {
         av_dict_set_int(&options, "mpegts_pmt_start_pid", firstMapPid_, 0);
@@ -278,6 +320,7 @@ void Muxer::begin()
 
 void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
 {
+    beginStep_();
     auto const index = static_cast<std::size_t>(stream);
     packet.stream_index = stream;
     packet.pos = -1;
@@ -300,6 +343,7 @@ void Muxer::write(AVPacket& packet, int stream, AVRational timeBase)
 
 void Muxer::finish(std::function<void()> const& lastLook)
 {
+    beginStep_();
     check_(av_write_trailer(context_.get()));
     if (output_) {
         avio_flush(context_->pb);

@@ -10,11 +10,13 @@
 #include "media/output_file.h"
 #include "media/patched_output.h"
 #include "media/picture_traits.h"
+#include "media/waiting.h"
 
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -30,10 +32,17 @@ enum class MuxPace {
     AtOnce,   ///< as they come, each flushed: nothing waits for the packet of another stream
 };
 
+/// An interrupt came while the output was still being opened: nothing was written.
+struct EndedWhileOpening : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 class Muxer {
 public:
-    /// Creates the output; nothing is under its name before finish(). Throws std::runtime_error.
-    explicit Muxer(std::string const& output, MuxPace pace = MuxPace::Ordered);
+    /// Creates the output; nothing is under its name before finish(). An address may wait for its receiver for any
+    /// time; meanwhile `whileOpening` is called some ten times a second. Throws EndedWhileOpening when an interrupt
+    /// ends that, else std::runtime_error.
+    explicit Muxer(std::string const& output, MuxPace pace = MuxPace::Ordered, std::function<void()> whileOpening = {});
     ~Muxer();
     Muxer(Muxer const&) = delete;
     Muxer& operator=(Muxer const&) = delete;
@@ -88,6 +97,10 @@ private:
         void operator()(AVIOContext* context) const { avio_close(context); }
     };
 
+    static int onPoll_(void* self);
+    void open_();
+    /// What is sent from here to the next call is one step.
+    void beginStep_() { stepBegan_ = Waiting::Clock::now(); }
     AVStream& newStream_();
     int copyStream_(AVStream const& source);
     bool takes_(AVStream const& source, bool fromTransportStream) const;
@@ -99,6 +112,9 @@ private:
 
     OutputFile file_;
     MuxPace pace_;
+    std::function<void()> whileOpening_;
+    std::optional<Waiting> opening_;  ///< while the output is being opened
+    Waiting::Clock::time_point stepBegan_;
     std::unique_ptr<AVIOContext, CloseOutput> output_;  ///< what is written to, through patch_ if there is one
     std::optional<PatchedOutput> patch_;
     std::unique_ptr<AVFormatContext, FreeOutput> context_;

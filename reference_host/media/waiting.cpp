@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The stanag-overlay authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Asked by whoever opens a live address.
+// Asked by whoever opens an address.
 #include "media/waiting.h"
 
 namespace media {
@@ -22,7 +22,7 @@ void Waiting::look(Clock::time_point now)
 {
     if (gTell != nullptr && !told_ && now - begin_ >= kTellAfter) {
         told_ = true;
-        gTell(address_);
+        gTell(address_, whom_);
     }
 }
 

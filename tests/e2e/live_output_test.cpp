@@ -5,20 +5,27 @@
 #include "clips.h"
 #include "imaging/imaging_access.h"
 #include "live_clips.h"
+#include "live_relays.h"
 #include "live_stream.h"
 #include "run_program.h"
 #include "temp_folder.h"
+
+extern "C" {
+#include <libavformat/avio.h>
+}
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -292,6 +299,103 @@ TEST_F(LiveOutput, ATerminalThatGoesAwayFinishesTheFile)
         Result const result = e2e::run(words, options);
         EXPECT_EQ(result.exitCode, live ? 0 : 129) << result.err;
         EXPECT_GT(clip_test::packetsOf(output).video, 10) << result.err;
+    }
+}
+
+class WaitingReceiver : public LiveOutput {
+protected:
+    WaitingReceiver() { live_test::makeLiveClip({file("a.ts"), 96, 64, 90000, 50}); }
+
+    /// Burns to an address at which nobody comes and sends the signal after so long; gives the seconds from then on
+    /// too.
+    std::pair<Result, double> burnToNobody(std::string const& address, bool live, int signal, int afterMs) const
+    {
+        std::chrono::steady_clock::time_point sent;
+        e2e::RunOptions options;
+        options.inputFile = file("a.ts");
+        options.watchdogSeconds = 20;
+        options.meanwhile = [&](int program) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(afterMs));
+            sent = std::chrono::steady_clock::now();
+            kill(program, signal);
+        };
+        Words words = {"burn", "-", "-c", file("c.json"), "-o", address, "--preset", "ultrafast"};
+        words.insert(words.end(), live ? 1U : 0U, "--live");
+        Result const result = e2e::run(words, options);
+        return {result, std::chrono::duration<double>(std::chrono::steady_clock::now() - sent).count()};
+    }
+
+    static std::string tcpListener()
+    {
+        return "tcp://127.0.0.1:" + std::to_string(live_test::freeTcpPort()) + "?listen=1";
+    }
+
+    void expectThatSignalsEndTheWait(std::string const& address) const
+    {
+        for (int const signal : {SIGINT, SIGTERM}) {
+            for (bool const live : {true, false}) {
+                SCOPED_TRACE((live ? "live " : "file ") + std::to_string(signal));
+                auto const [result, seconds] = burnToNobody(address, live, signal, 2800);
+                EXPECT_LT(seconds, 2.0);
+                EXPECT_EQ(result.exitCode, live ? 0 : 128 + signal);
+                EXPECT_EQ(result.err, "stanag-overlay: " + address +
+                                          ": nobody has come yet; waiting for somebody to receive there\n"
+                                          "stanag-overlay: " +
+                                          address + ": interrupted before anything was written\n");
+            }
+        }
+    }
+};
+
+// Former bug: signals were ignored, and nothing told what was waited for.
+TEST_F(WaitingReceiver, SignalsEndTheWaitForACallByTcp)
+{
+    expectThatSignalsEndTheWait(tcpListener());
+}
+
+TEST_F(WaitingReceiver, SignalsEndTheWaitForACallBySrt)
+{
+    std::string const address = "srt://127.0.0.1:" + std::to_string(live_test::freePort()) + "?mode=listener";
+    if (avio_find_protocol_name(address.c_str()) == nullptr) {
+        GTEST_SKIP() << "FFmpeg was built without SRT";
+    }
+    expectThatSignalsEndTheWait(address);
+}
+
+TEST_F(WaitingReceiver, GivingUpIsForTheInputOnly)
+{
+    std::string const address = tcpListener();
+    e2e::RunOptions options;
+    options.inputFile = file("a.ts");
+    options.meanwhile = [&](int) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        std::string const from = address.substr(0, address.find('?'));
+        EXPECT_EQ(std::system(("ffmpeg -v error -i " + from + " -map 0 -c copy -f mpegts " + file("o.ts")).c_str()), 0);
+    };
+    Result const result =
+        e2e::run({"burn", "-", "-c", file("c.json"), "-o", address, "--live", "--give-up", "0.5"}, options);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(saidIn(result), Words());
+    EXPECT_EQ(clip_test::packetsOf(file("o.ts")).video, 50) << result.err;
+}
+
+// Former bug: whoever had stopped reading without hanging up held the program for ever.
+TEST_F(WaitingReceiver, WhoTakesNothingAnyMoreIsNotWaitedForAtTheEnd)
+{
+    // Noise: some hundred kilobytes a picture, of which the system keeps a few megabytes.
+    ffmpeg("-y -f lavfi -i color=gray:s=640x480:r=25:d=4,noise=alls=80:allf=t -c:v mpeg2video -q:v 2 " + file("a.ts"));
+    for (bool const live : {true, false}) {
+        SCOPED_TRACE(live);
+        int const port = live_test::freeTcpPort();
+        std::string const address = "tcp://127.0.0.1:" + std::to_string(port);
+        live_test::DeadReceiver const receiver(port);
+        auto const [result, seconds] = burnToNobody(address, live, SIGTERM, 3500);
+        EXPECT_LT(seconds, 3.0);
+        EXPECT_EQ(result.exitCode, 143);
+        Words const lines = e2e::linesOf(result.err);
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines.back(), "stanag-overlay: " + address +
+                                    ": interrupted while nobody takes what is sent; what was sent is not whole");
     }
 }
 

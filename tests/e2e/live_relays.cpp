@@ -209,4 +209,16 @@ void SrtCaller::run_()
     avio_closep(&output);
 }
 
+DeadReceiver::DeadReceiver(int tcpPort) : listener_(boundTo(tcpPort, SOCK_STREAM))
+{
+    int const fewBytes = 4096;
+    setsockopt(listener_, SOL_SOCKET, SO_RCVBUF, &fewBytes, sizeof(fewBytes));
+    listen(listener_, 1);  // the system connects who calls, nobody reads what he sends
+}
+
+DeadReceiver::~DeadReceiver()
+{
+    close(listener_);
+}
+
 }  // namespace live_test

@@ -52,4 +52,16 @@ private:
     std::thread thread_;
 };
 
+/// Can be called at the TCP port, but takes next to nothing of what is sent there.
+class DeadReceiver {
+public:
+    explicit DeadReceiver(int tcpPort);
+    ~DeadReceiver();
+    DeadReceiver(DeadReceiver const&) = delete;
+    DeadReceiver& operator=(DeadReceiver const&) = delete;
+
+private:
+    int listener_;
+};
+
 }  // namespace live_test

@@ -3,6 +3,7 @@
 
 // What burn --live tells the service manager that has started it.
 #include "clips.h"
+#include "live_relays.h"
 #include "run_program.h"
 #include "temp_folder.h"
 
@@ -10,11 +11,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -100,6 +104,25 @@ TEST_F(ServiceNotices, TellThatItIsReadyAliveAndEnding)
         EXPECT_EQ(told[2], "STOPPING=1");
         EXPECT_EQ(told[3].rfind("STATUS=25 pictures, 0 dropped, 0 reopened, no telemetry, delay ", 0), 0U) << told[3];
     }
+}
+
+// Former bug: a service that waited for somebody to receive its output told nothing, and was ended by its manager.
+TEST_F(ServiceNotices, TellThatItWaitsForAReceiver)
+{
+    Manager const manager(file("notify"));
+    e2e::RunOptions options;
+    options.inputFile = file("a.ts");
+    options.watchdogSeconds = 20;
+    options.meanwhile = [](int program) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3500));
+        kill(program, SIGTERM);
+    };
+    std::string const address = "tcp://127.0.0.1:" + std::to_string(live_test::freeTcpPort()) + "?listen=1";
+    EXPECT_EQ(e2e::run({"burn", "-", "-c", file("c.json"), "-o", address, "--live"}, options).exitCode, 0);
+    std::vector<std::string> told = manager.told();
+    EXPECT_GE(std::count(told.begin(), told.end(), "WATCHDOG=1"), 2);
+    told.erase(std::unique(told.begin(), told.end()), told.end());
+    EXPECT_EQ(told, (std::vector<std::string>{"READY=1", "WATCHDOG=1", "STOPPING=1"}));
 }
 
 TEST_F(ServiceNotices, TellNothingBeforeTheWorkCanBegin)

@@ -12,12 +12,13 @@
 namespace {
 
 using media::Waiting;
+using media::WaitingFor;
 
 std::vector<std::string> gTold;
 
-void tell(std::string const& address)
+void tell(std::string const& address, WaitingFor whom)
 {
-    gTold.push_back(address);
+    gTold.push_back(address + (whom == WaitingFor::Sender ? " sends" : " receives"));
 }
 
 Waiting::Clock::time_point at(int milliseconds)
@@ -27,15 +28,17 @@ Waiting::Clock::time_point at(int milliseconds)
 
 TEST(Waiting, IsToldOnceAfterTwoSeconds)
 {
-    gTold.clear();
     media::setTellWaiting(tell);
     std::string const address = "udp://127.0.0.1:5000";
-    Waiting waiting(address, at(500));
-    waiting.look(at(2499));
-    EXPECT_EQ(gTold, std::vector<std::string>());
-    waiting.look(at(2500));
-    waiting.look(at(9000));
-    EXPECT_EQ(gTold, std::vector<std::string>{address});
+    for (WaitingFor const whom : {WaitingFor::Sender, WaitingFor::Receiver}) {
+        gTold.clear();
+        Waiting waiting(address, whom, at(500));
+        waiting.look(at(2499));
+        EXPECT_EQ(gTold, std::vector<std::string>());
+        waiting.look(at(2500));
+        waiting.look(at(9000));
+        EXPECT_EQ(gTold, std::vector<std::string>{address + (whom == WaitingFor::Sender ? " sends" : " receives")});
+    }
 }
 
 TEST(Waiting, NobodyNeedsToKnow)
@@ -43,7 +46,7 @@ TEST(Waiting, NobodyNeedsToKnow)
     gTold.clear();
     media::setTellWaiting(nullptr);
     std::string const address = "udp://127.0.0.1:5000";
-    Waiting waiting(address, at(0));
+    Waiting waiting(address, WaitingFor::Receiver, at(0));
     waiting.look(at(5000));
     EXPECT_EQ(gTold, std::vector<std::string>());
 }
