@@ -7,7 +7,11 @@
 namespace media {
 namespace {
 
-constexpr auto kTellAfter = std::chrono::seconds(2);
+/// An attempt to reach a receiver over SRT ends by itself after three seconds, with a line of its own.
+constexpr std::chrono::seconds tellAfter(WaitingFor whom)
+{
+    return std::chrono::seconds(whom == WaitingFor::Sender ? 2 : 4);
+}
 
 TellWaiting gTell = nullptr;
 
@@ -20,7 +24,7 @@ void setTellWaiting(TellWaiting tell)
 
 void Waiting::look(Clock::time_point now)
 {
-    if (gTell != nullptr && !told_ && now - begin_ >= kTellAfter) {
+    if (gTell != nullptr && !told_ && now - begin_ >= tellAfter(whom_)) {
         told_ = true;
         gTell(address_, whom_);
     }

@@ -17,8 +17,8 @@ enum class WaitingFor {
 
 using TellWaiting = void (*)(std::string const& address, WaitingFor whom);
 
-/// From now on `tell` is called for an address at which nobody has come in two seconds, once for each opening; null:
-/// nobody wants to know. To be called while nothing is being opened.
+/// From now on `tell` is called for an address at which no sender has come in two seconds, or no receiver in four, once
+/// for each opening; null: nobody wants to know. To be called while nothing is being opened.
 void setTellWaiting(TellWaiting tell);
 
 /// The opening of one address.

@@ -335,7 +335,7 @@ protected:
         for (int const signal : {SIGINT, SIGTERM}) {
             for (bool const live : {true, false}) {
                 SCOPED_TRACE((live ? "live " : "file ") + std::to_string(signal));
-                auto const [result, seconds] = burnToNobody(address, live, signal, 2800);
+                auto const [result, seconds] = burnToNobody(address, live, signal, 4800);
                 EXPECT_LT(seconds, 2.0);
                 EXPECT_EQ(result.exitCode, live ? 0 : 128 + signal);
                 EXPECT_EQ(result.err, "stanag-overlay: " + address +

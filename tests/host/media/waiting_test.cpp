@@ -26,19 +26,28 @@ Waiting::Clock::time_point at(int milliseconds)
     return Waiting::Clock::time_point(std::chrono::milliseconds(milliseconds));
 }
 
-TEST(Waiting, IsToldOnceAfterTwoSeconds)
+/// Begins at half a second; is told at `told`, in milliseconds, not before and not again.
+void expectToldOnce(WaitingFor whom, int told, std::string const& line)
 {
     media::setTellWaiting(tell);
+    gTold.clear();
     std::string const address = "udp://127.0.0.1:5000";
-    for (WaitingFor const whom : {WaitingFor::Sender, WaitingFor::Receiver}) {
-        gTold.clear();
-        Waiting waiting(address, whom, at(500));
-        waiting.look(at(2499));
-        EXPECT_EQ(gTold, std::vector<std::string>());
-        waiting.look(at(2500));
-        waiting.look(at(9000));
-        EXPECT_EQ(gTold, std::vector<std::string>{address + (whom == WaitingFor::Sender ? " sends" : " receives")});
-    }
+    Waiting waiting(address, whom, at(500));
+    waiting.look(at(told - 1));
+    EXPECT_EQ(gTold, std::vector<std::string>());
+    waiting.look(at(told));
+    waiting.look(at(told + 6500));
+    EXPECT_EQ(gTold, std::vector<std::string>{line});
+}
+
+TEST(Waiting, ForASenderIsToldOnceAfterTwoSeconds)
+{
+    expectToldOnce(WaitingFor::Sender, 2500, "udp://127.0.0.1:5000 sends");
+}
+
+TEST(Waiting, ForAReceiverIsToldOnceAfterFourSeconds)
+{
+    expectToldOnce(WaitingFor::Receiver, 4500, "udp://127.0.0.1:5000 receives");
 }
 
 TEST(Waiting, NobodyNeedsToKnow)
