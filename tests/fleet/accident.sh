@@ -5,9 +5,9 @@
 #   killed_*         killed with its first attempt
 #   always_killed_*  killed with every attempt
 #   any, on node n2  the first one there stands still; the mark `held` tells its number
-# Called as the program is: burn CLIP -c CONFIG -o OUTPUT ...
+# Called as the program is: burn CLIP -c CONFIG -o OUTPUT --summary FILE ...
 set -euo pipefail
-clip=${2##*/} output=$6
+clip=${2##*/} output=$6 summary=$8
 part=${output%/*}/.${output##*/}.part-
 
 accident=
@@ -18,17 +18,23 @@ case $clip in
 esac
 [ -n "$accident" ] || exec "$OVERLAY_PROGRAM" "$@"
 
-"$OVERLAY_PROGRAM" "$@" &
-burn=$!
-# Its temporary file is there: it has begun and has not ended.
-until [ -e "$part$burn" ]; do
-    if ! kill -0 "$burn" 2>/dev/null; then
-        echo "$clip" >>"$ACCIDENT_MARKS/too_late"
+# The program stands still while its temporary file is there: it has begun and has not ended. One that was quicker than this
+# script has never been here.
+stopped=
+for _ in $(seq 50); do
+    "$OVERLAY_PROGRAM" "$@" &
+    burn=$!
+    until [ -e "$part$burn" ] || ! kill -0 "$burn" 2>/dev/null; do :; done
+    kill -STOP "$burn" 2>/dev/null || true
+    if [ -e "$part$burn" ]; then
+        stopped=1
         break
     fi
+    wait "$burn" || true
+    rm -f -- "$output" "$summary"
 done
+[ -n "$stopped" ] || echo "$clip" >>"$ACCIDENT_MARKS/too_late"
 if [ "$accident" = hold ]; then
-    kill -STOP "$burn"
     echo "$burn" >"$ACCIDENT_MARKS/hold/new" && mv "$ACCIDENT_MARKS/hold/new" "$ACCIDENT_MARKS/held"
 else
     kill -KILL "$burn"
